@@ -1,0 +1,30 @@
+# Libraries of others. THIRD_PARTY_NOTICES.md names them and their licences.
+
+# The JSON library is headers in /usr/include, where a cross compiler must not look: it would find
+# the host's own headers too. A link in the build folder leads to the library alone.
+find_package(nlohmann_json 3.8.0 REQUIRED)
+find_path(JSON_INCLUDE_DIR nlohmann/json.hpp PATHS /usr/include NO_CMAKE_FIND_ROOT_PATH REQUIRED)
+file(MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/third_party")
+file(CREATE_LINK "${JSON_INCLUDE_DIR}/nlohmann" "${PROJECT_BINARY_DIR}/third_party/nlohmann" SYMBOLIC)
+add_library(launcher_json INTERFACE)
+target_include_directories(launcher_json SYSTEM INTERFACE "${PROJECT_BINARY_DIR}/third_party")
+
+# Natively libcrypto stands in for the system's digest, and is what the tests hold the cipher against.
+if(NOT WIN32)
+  find_package(OpenSSL REQUIRED COMPONENTS Crypto)
+endif()
+
+# GoogleTest is built from its sources, since no package has it for Windows.
+if(BUILD_TESTING OR NOT DEFINED BUILD_TESTING)
+  find_path(GOOGLETEST_SOURCE CMakeLists.txt PATHS /usr/src/googletest
+    NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH REQUIRED)
+  set(INSTALL_GTEST OFF)
+  set(BUILD_GMOCK OFF)
+  add_subdirectory("${GOOGLETEST_SOURCE}" "${PROJECT_BINARY_DIR}/googletest" EXCLUDE_FROM_ALL)
+  if(WIN32)
+    # The win32 flavour of the compiler has no std::mutex, which GoogleTest wants for one class.
+    target_compile_definitions(gtest PUBLIC GTEST_HAS_NOTIFICATION_=1)
+    target_compile_options(gtest PUBLIC
+      "$<$<COMPILE_LANGUAGE:CXX>:SHELL:-include ${CMAKE_CURRENT_LIST_DIR}/gtest_notification.h>")
+  endif()
+endif()

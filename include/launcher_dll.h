@@ -1,0 +1,317 @@
+/* LauncherDll: the support library of the game's launcher and of the client that it starts.
+ *
+ * For C and C++. Link with the import library, or load LauncherDll.dll and look the decorated names
+ * up (`_QX_Allocate@8`: a leading underscore, the name, an at sign, four bytes for each argument).
+ *
+ * Every function uses the standard-call convention on Windows. No exception leaves a call, and the
+ * library starts no thread and keeps no pointer that it was given. Text is NUL-terminated and 8-bit
+ * and is passed on byte for byte. A `size` is bytes that are there, a `capacity` bytes on offer,
+ * terminator included. Pointers must be valid for what is read or written through them; where null
+ * is allowed or answered, the function says so.
+ *
+ * Truth values and counts are told with each function; all else answers with a ResultCode, or, in
+ * the file_cipher_ family, with a CipherCode. Like functions differ in their results: the text at
+ * each one decides. */
+
+#ifndef LAUNCHER_DLL_H_
+#define LAUNCHER_DLL_H_
+
+#include <stdint.h>
+
+#if defined(_WIN32)
+#define QX_CALL __stdcall
+#define QX_API
+#elif defined(__GNUC__)
+#define QX_CALL
+#define QX_API __attribute__((visibility("default")))
+#else
+#define QX_CALL
+#define QX_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Zero is success, a negative value a failure. */
+typedef int32_t ResultCode;
+
+#define QX_SUCCEEDED 0
+#define QX_FAILED (-1)         /* the operation failed: a system call, a lookup, a text too short */
+#define QX_BAD_ARGUMENT (-2)   /* a null pointer, a zero size, a destination too small */
+#define QX_NO_STEAM (-3)       /* a Steam interface is missing, or a Steam request failed */
+#define QX_NOT_FOUND (-4)      /* no such string label, no such file */
+#define QX_OUT_OF_MEMORY (-5)  /* memory ran out, or a copy to the caller failed */
+#define QX_OPEN_FAILED (-1000) /* a local file could not be opened */
+#define QX_WRITE_FAILED (-1001) /* a local file could not be written */
+#define QX_READ_FAILED (-1002)  /* a local file could not be read, or is empty */
+#define QX_SIZE_REFUSED (-1005) /* a data size outside the range that QX_Decode accepts */
+
+/* 0 is success and 7 is every failure. Test it against 0: a 7 is no failure to QX_IsFailed. */
+typedef int32_t CipherCode;
+
+#define QX_CIPHER_SUCCEEDED 0
+#define QX_CIPHER_FAILED 7
+
+/* The number of a text in the string table; QX_LoadString lists them. */
+typedef int32_t StringLabel;
+
+/* ---- Results and memory -------------------------------------------------------------------- */
+
+/* Returns 1 if value is negative, else 0. */
+QX_API int32_t QX_CALL QX_IsFailed(int32_t value);
+
+/* Returns 1 if value is zero or positive, else 0. */
+QX_API int32_t QX_CALL QX_IsSucceeded(int32_t value);
+
+/* Takes a block of memory, filled with zero bytes.
+ *
+ * block  receives the block's address, or null where memory ran out; not tested, never null
+ * size   the block's size in bytes
+ *
+ * Returns 0; QX_BAD_ARGUMENT for a size of 0, with *block unwritten; QX_OUT_OF_MEMORY. The block is
+ * the caller's until QX_Deallocate. */
+QX_API ResultCode QX_CALL QX_Allocate(void** block, uint32_t size);
+
+/* Gives a block back that QX_Allocate or QX_LoadStringToMemory handed out. Null is allowed.
+ * Returns 0 always. */
+QX_API ResultCode QX_CALL QX_Deallocate(void* block);
+
+/* ---- Settings and texts -------------------------------------------------------------------- */
+
+/* Every lookup below, also a failing one and whatever the label, prints the line
+ *
+ *     QX_LoadStringToMemory called with label: LABEL
+ *
+ * to the standard output (unflushed) and then loads "config.json" from the current directory:
+ *
+ * - A missing file is created with the defaults, whole or not at all, and the line
+ *   "Created default config: config.json" is printed and flushed. A file that is there but cannot
+ *   be opened is left as it is; the defaults serve, and the same line is printed.
+ * - A file that is there must hold all twelve settings, each a JSON string. If it does not, the
+ *   lookup fails, also that of a fixed text; the file is not touched. QX_IsStaging tells why.
+ *
+ * Nothing is cached: an edit of the file counts from the next lookup on.
+ *
+ * Labels of settings: 1001 Api_server, 1200 Orvane_server, 1210 Purchase_server,
+ * 1220 Telemetry_server, 1240 Download_url, 5000 Orvane_qa_api_url, 5001 Orvane_ci_api_url,
+ * 5100 Game_url. Labels of fixed texts: 0 vendor, 10 build, 1000 HTTP method, 1011 content type,
+ * 1012 and 1014 header names, 1100 to 1102 request templates, 2000 to 2018, 10023, 10194, 10196 and
+ * 10239 messages, 11000 cipher key, 11001 signature marker. */
+
+/* Copies a text into the caller's buffer.
+ *
+ * label        the text's number
+ * destination  receives the text with its terminator; bytes behind that stay as they were
+ * capacity     the bytes at destination
+ *
+ * Returns 0; QX_BAD_ARGUMENT for a null destination or a capacity of 0 (nothing printed or loaded),
+ * and for a text that does not fit: one longer than capacity leaves destination as it was, one of
+ * exactly capacity characters leaves an empty text; else what QX_LoadStringToMemory returns. */
+QX_API ResultCode QX_CALL QX_LoadString(StringLabel label, char* destination, uint32_t capacity);
+
+/* Makes a copy of a text.
+ *
+ * label  the text's number
+ * text   receives the copy's address, on success only; what it held before is not freed
+ *
+ * Returns 0; QX_BAD_ARGUMENT for a null text (the line is printed, nothing is loaded);
+ * QX_FAILED for settings that do not load; QX_NOT_FOUND for a label outside the table;
+ * QX_OUT_OF_MEMORY. The copy is the caller's until QX_UnloadStringFromMemory. A setting that holds
+ * a NUL character counts up to it; an empty one is a text like any other. */
+QX_API ResultCode QX_CALL QX_LoadStringToMemory(StringLabel label, char** text);
+
+/* Frees a copy of QX_LoadStringToMemory.
+ *
+ * text  the address of the pointer to the copy; that pointer may be null and is null afterwards
+ *
+ * Returns 0; QX_BAD_ARGUMENT for a null text. */
+QX_API ResultCode QX_CALL QX_UnloadStringFromMemory(char** text);
+
+/* Returns a text's length in characters, terminator not counted. A failed lookup gives 0, which an
+ * empty text gives as well. */
+QX_API uint32_t QX_CALL QX_GetLengthOfRString(StringLabel label);
+
+/* What this library is, 176 bytes. */
+typedef struct SystemInformation {
+  uint32_t numbers[4];  /* 0, 2, 5, 0 */
+  char buildName[32];   /* the text of label 10, filled up with zero bytes */
+  char vendorName[128]; /* the text of label 0, filled up with zero bytes */
+} SystemInformation;
+
+/* Fills the record. Looks label 10 up, then label 0.
+ *
+ * record  receives 176 bytes
+ * size    the bytes at record, 176 or more
+ *
+ * Returns 0, also where a lookup failed and left its field empty; QX_BAD_ARGUMENT for a null record
+ * or a size below 176, with nothing written, printed or loaded. */
+QX_API ResultCode QX_CALL QX_GetSystemInformation(SystemInformation* record, uint32_t size);
+
+/* Tells whether "config.json" loads; it does not look at the setting Is_Staging.
+ *
+ * Returns 1 if it loads or was created; 0 if not, and then prints "Error: ", the reason and a line
+ * end to the standard error stream, flushed. */
+QX_API int32_t QX_CALL QX_IsStaging(void);
+
+/* ---- The container ------------------------------------------------------------------------- */
+
+/* A container holds a payload of n bytes: the magic "BFBR", then, enciphered by Blowfish in blocks
+ * of 8 bytes from offset 4 on, the length n (4 bytes, little-endian), the payload's SHA-256 digest
+ * (32 bytes), the payload at offset 40, and zero bytes up to the end of the last block. */
+
+/* Returns the size in bytes of the container for a payload of size bytes: size + 36 rounded up to a
+ * multiple of 8, and 4; 0 for a size of 0x80000000 or more. */
+QX_API uint32_t QX_CALL file_cipher_get_encode_size(uint32_t size);
+
+/* Makes a container with the built-in key, the text of label 11000.
+ *
+ * payload  size bytes
+ * size     1 to 0x7FFFFFFF
+ * output   receives file_cipher_get_encode_size(size) bytes, which the library cannot check. It may
+ *          overlap payload where payload is at output + 40 or above; the container then overwrites
+ *          the payload as far as it reaches
+ *
+ * Returns 0, or 7 with output unwritten: a null argument, a size out of range, no digest to be had
+ * from the system. Nothing is allocated, kept or printed. */
+QX_API CipherCode QX_CALL file_cipher_encode(const uint8_t* payload, uint32_t size,
+                                             uint8_t* output);
+
+/* Deciphers a container in place and tells where its payload lies.
+ *
+ * block          blockSize bytes, read and rewritten: once the size, the magic and the key's length
+ *                fit, everything from offset 4 on is deciphered, also when the call fails later
+ * blockSize      the container's size in bytes
+ * key            keyLength bytes, taken as they are
+ * keyLength      4 to 56
+ * payloadSize    receives the payload's size in bytes, prefix not counted
+ * payloadOffset  receives the distance in bytes from block to the payload behind the prefix
+ * prefix         text that the payload must begin with; null or empty for none
+ *
+ * Returns 0, or 7 for every failure: a null argument, a size or magic of no container, a key length
+ * out of range, a wrong key, damaged data, no digest to be had from the system, a missing prefix.
+ * The outputs are written once the digest fits; a missing prefix leaves the whole payload in them.
+ * Nothing is allocated, kept or printed. */
+QX_API CipherCode QX_CALL file_cipher_decode(uint8_t* block, uint32_t blockSize, const uint8_t* key,
+                                             int32_t keyLength, uint32_t* payloadSize,
+                                             uint32_t* payloadOffset, const char* prefix);
+
+/* Returns the size in bytes of the container for a payload of size bytes, as
+ * file_cipher_get_encode_size does, but in plain 32-bit arithmetic that wraps, with no upper
+ * limit. */
+QX_API uint32_t QX_CALL QX_GetEncodeDataSize(uint32_t size);
+
+/* Makes a container with the built-in key. Mind the order: output comes first here.
+ *
+ * output   receives QX_GetEncodeDataSize(size) bytes; overlap as in file_cipher_encode
+ * payload  size bytes
+ * size     1 or more
+ *
+ * Returns 0, or QX_FAILED with output unwritten: a null argument, a size of 0 or below, no digest
+ * to be had from the system. QX_Decode refuses a container of more than 1,048,575 bytes. */
+QX_API ResultCode QX_CALL QX_Encode(uint8_t* output, const uint8_t* payload, int32_t size);
+
+/* Deciphers a container in place with the key of the string table and tells where its payload lies.
+ *
+ * block          blockSize bytes, read; rewritten from offset 4 on if they look like a container
+ * blockSize      1 to 1,048,575
+ * payloadSize    receives the payload's size in bytes, a skipped marker not counted
+ * payloadOffset  receives the distance in bytes from block to the payload; 0 says that the block
+ *                is no intact container
+ * checkMarker    not 0: skip the signature marker if the payload begins with it, and deliver the
+ *                payload whole if not; only the low 8 bits are read
+ *
+ * Looks label 11000 up, then 11001 if checkMarker is not 0, then 11000 again.
+ *
+ * Returns 0 where the call could be carried out, whatever became of the data:
+ *   no container by its size or magic           *payloadSize 0,      *payloadOffset 0,  unchanged
+ *   wrong length or digest inside               *payloadSize 0,      *payloadOffset 0,  deciphered
+ *   intact, marker not asked for or not there   *payloadSize n,      *payloadOffset 40, deciphered
+ *   intact, marker skipped                      *payloadSize n - 22, *payloadOffset 62, deciphered
+ * QX_FAILED for a null argument or a failed lookup, QX_SIZE_REFUSED for a blockSize out of range;
+ * then nothing is written. */
+QX_API ResultCode QX_CALL QX_Decode(uint8_t* block, int32_t blockSize, uint32_t* payloadSize,
+                                    uint32_t* payloadOffset, uint32_t checkMarker);
+
+/* Returns 22, the signature marker's length in bytes. */
+QX_API uint32_t QX_CALL QX_GetSignatureSize(void);
+
+/* Writes the signature marker and then the data, without a terminator.
+ *
+ * destination  receives dataSize + 22 bytes; it may overlap data where data is at destination + 22
+ *              or above
+ * capacity     the bytes at destination
+ * data         dataSize bytes
+ * dataSize     0 or more
+ *
+ * Returns 1 when done, 0 with nothing written when refused: a null argument, a capacity too small.
+ * Only the low 8 bits of the result are defined. */
+QX_API uint8_t QX_CALL QX_SignSignature(uint8_t* destination, uint32_t capacity,
+                                        const uint8_t* data, uint32_t dataSize);
+
+/* ---- Starting the client -------------------------------------------------------------------- */
+
+/* Starts the client with a launch line and waits until it has ended, half a second at least and
+ * without a limit.
+ *
+ * clientPath  the program, at most 2028 characters
+ * data        dataSize bytes that the client may read from this process while it runs, or null
+ * dataSize    0 for no data
+ *
+ * The client's command line is its path in double quotes, a blank, this process's id and the
+ * address of a copy of the data, each as eight lower-case hexadecimal digits; without data the
+ * address is eight zeros. The client gets a new console and the caller's environment and directory.
+ *
+ * Returns 0 after the client has ended, whatever its exit code; QX_FAILED where clientPath is null
+ * or too long, or the client could not be started. */
+QX_API ResultCode QX_CALL QX_CreateProcess(const char* clientPath, const void* data,
+                                           uint32_t dataSize);
+
+/* Takes a number off the end of a text: the last 8 characters, as hexadecimal digits.
+ *
+ * value  receives the number, or null; digits count up to the first character that is none
+ * text   loses its last 8 characters
+ *
+ * Returns 0; QX_BAD_ARGUMENT for a null text; QX_FAILED for a text of fewer than 8 characters, with
+ * nothing written. */
+QX_API ResultCode QX_CALL QX_RightDWORD(uint32_t* value, char* text);
+
+/* Reads bytes off the end of a text, two hexadecimal digits a byte, left to right.
+ *
+ * destination  receives count bytes and zero bytes up to capacity; null to test the text only
+ * capacity     the bytes at destination, count or more; a NUL follows the bytes where there is room
+ * text         not changed
+ * count        the bytes wanted
+ *
+ * A character that is no hexadecimal digit counts as 0.
+ * Returns 0; QX_BAD_ARGUMENT for a null text; QX_FAILED for a text of fewer than 2 * count
+ * characters or a capacity below count, with nothing written. */
+QX_API ResultCode QX_CALL QX_RightBinary(uint8_t* destination, uint32_t capacity, const char* text,
+                                         uint32_t count);
+
+/* Reads an address off the end of a text: the last 8 characters, as hexadecimal digits, most
+ * significant first.
+ *
+ * address  receives the address, or null
+ * text     not changed
+ *
+ * A character that is no hexadecimal digit counts as 0.
+ * Returns 0; QX_BAD_ARGUMENT for a null text; QX_FAILED for a text of fewer than 8 characters. */
+QX_API ResultCode QX_CALL QX_RightAddress(uint32_t* address, const char* text);
+
+/* Gives this process's arguments, split by the system's rules, in the ANSI code page.
+ *
+ * block     receives the address of the arguments, NUL-terminated and one directly behind the
+ *           other; the caller's until LocalFree; written on success only
+ * capacity  refuse arguments of more than so many characters in all, terminators included
+ * count     receives the number of arguments, also if the call fails after the split
+ *
+ * Neither pointer is tested. Returns 0; QX_BAD_ARGUMENT for arguments beyond capacity; QX_FAILED
+ * where the system could not split or convert them, or memory ran out. */
+QX_API ResultCode QX_CALL QX_CommandLineToArgvA(char** block, uint32_t capacity, int32_t* count);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* LAUNCHER_DLL_H_ */

@@ -1,0 +1,72 @@
+// Owners of system handles: each releases its handle when it goes out of scope.
+
+#ifndef LAUNCHER_PLATFORM_OWNERS_H_
+#define LAUNCHER_PLATFORM_OWNERS_H_
+
+#include <utility>
+
+#include "platform/win32.h"
+
+namespace launcher {
+
+// Kind gives the handle's type, the value that stands for none, and Release.
+template <class Kind>
+class Owner {
+ public:
+  using Handle = typename Kind::Handle;
+
+  Owner() = default;
+  explicit Owner(Handle handle) : handle_(handle) {}
+  Owner(const Owner&) = delete;
+  Owner& operator=(const Owner&) = delete;
+  ~Owner() { Reset(); }
+
+  explicit operator bool() const { return handle_ != Kind::kNone; }
+  Handle Get() const { return handle_; }
+
+  // Gives the handle away, unreleased.
+  Handle Detach() { return std::exchange(handle_, Kind::kNone); }
+
+  void Reset() {
+    if (handle_ != Kind::kNone) Kind::Release(handle_);
+    handle_ = Kind::kNone;
+  }
+
+ private:
+  Handle handle_ = Kind::kNone;
+};
+
+struct KernelHandleKind {
+  using Handle = HANDLE;
+  static constexpr Handle kNone = nullptr;
+  static void Release(Handle handle) { CloseHandle(handle); }
+};
+using KernelHandle = Owner<KernelHandleKind>;
+
+struct CryptProviderKind {
+  using Handle = HCRYPTPROV;
+  static constexpr Handle kNone = 0;
+  static void Release(Handle handle) { CryptReleaseContext(handle, 0); }
+};
+using CryptProvider = Owner<CryptProviderKind>;
+
+struct CryptHashKind {
+  using Handle = HCRYPTHASH;
+  static constexpr Handle kNone = 0;
+  static void Release(Handle handle) { CryptDestroyHash(handle); }
+};
+using CryptHash = Owner<CryptHashKind>;
+
+// A block of LocalAlloc.
+template <class T>
+struct LocalBlockKind {
+  using Handle = T*;
+  static constexpr Handle kNone = nullptr;
+  static void Release(Handle handle) { LocalFree(handle); }
+};
+template <class T>
+using LocalBlock = Owner<LocalBlockKind<T>>;
+
+}  // namespace launcher
+
+#endif  // LAUNCHER_PLATFORM_OWNERS_H_

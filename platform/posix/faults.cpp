@@ -1,0 +1,62 @@
+#include "platform/posix/faults.h"
+
+#include <atomic>
+#include <cstring>
+#include <mutex>
+
+namespace launcher::posix {
+namespace {
+
+struct Plan {
+  const char* name = nullptr;
+  int callsUntilFailure = 0;
+  bool andAllAfter = false;
+  bool isActive = false;
+  bool hasFailed = false;
+};
+
+std::mutex planMutex;
+Plan plan;
+
+std::atomic<int> objectCount{0};
+thread_local DWORD lastError = 0;
+
+}  // namespace
+
+void FailCall(const char* name, int n, bool andAllAfter) {
+  const std::lock_guard<std::mutex> lock(planMutex);
+  plan = {name, n, andAllAfter, true, false};
+}
+
+bool StopFailing() {
+  const std::lock_guard<std::mutex> lock(planMutex);
+  plan.isActive = false;
+  return plan.hasFailed;
+}
+
+bool MustFail(const char* name) {
+  const std::lock_guard<std::mutex> lock(planMutex);
+  if (!plan.isActive) return false;
+  if (plan.name != nullptr && std::strcmp(plan.name, name) != 0) return false;
+  if (plan.callsUntilFailure > 1) {
+    --plan.callsUntilFailure;
+    return false;
+  }
+  plan.hasFailed = true;
+  plan.isActive = plan.andAllAfter;
+  lastError = kErrorGeneralFailure;
+  return true;
+}
+
+BOOL Fail(DWORD error) {
+  lastError = error;
+  return FALSE;
+}
+
+void CountObject(int change) { objectCount += change; }
+
+int OpenObjectCount() { return objectCount; }
+
+}  // namespace launcher::posix
+
+DWORD GetLastError() { return launcher::posix::lastError; }

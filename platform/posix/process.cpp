@@ -1,0 +1,239 @@
+// Processes: handles, a child by fork and exec, its end by waitpid.
+
+#include <fcntl.h>
+#include <sys/prctl.h>
+#include <sys/uio.h>
+#include <sys/wait.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/posix/command_line.h"
+#include "platform/posix/faults.h"
+#include "platform/posix/process_handle.h"
+
+namespace launcher::posix {
+namespace {
+
+// What both handles of a child refer to.
+struct Process {
+  pid_t pid = 0;
+  bool isChild = false;
+  std::mutex mutex;
+  bool hasEnded = false;
+  DWORD exitCode = STILL_ACTIVE;
+};
+
+struct Handle {
+  std::shared_ptr<Process> process;
+};
+
+using OwnedHandle = std::unique_ptr<Handle>;
+
+OwnedHandle MakeHandle(const std::shared_ptr<Process>& process) {
+  return std::make_unique<Handle>(Handle{process});
+}
+
+HANDLE HandOut(OwnedHandle handle) {
+  CountObject(1);
+  return handle.release();
+}
+
+Process* ProcessOf(HANDLE handle) {
+  return handle == nullptr ? nullptr : static_cast<Handle*>(handle)->process.get();
+}
+
+void AskWhetherEnded(Process& process) {
+  if (process.hasEnded) return;
+  if (!process.isChild) {
+    process.hasEnded = kill(process.pid, 0) != 0 && errno == ESRCH;
+    return;
+  }
+  int status = 0;
+  if (waitpid(process.pid, &status, WNOHANG) != process.pid) return;
+  process.hasEnded = true;
+  process.exitCode = WIFEXITED(status) ? static_cast<DWORD>(WEXITSTATUS(status))
+                                       : 0x80000000 + static_cast<DWORD>(WTERMSIG(status));
+}
+
+// A pipe whose ends close by themselves, also when the child starts its program.
+class Pipe {
+ public:
+  Pipe() { isOpen_ = pipe2(ends_, O_CLOEXEC) == 0; }
+  Pipe(const Pipe&) = delete;
+  Pipe& operator=(const Pipe&) = delete;
+  ~Pipe() {
+    CloseEnd(0);
+    CloseEnd(1);
+  }
+
+  bool IsOpen() const { return isOpen_; }
+
+  void CloseEnd(int end) {
+    if (isOpen_ && ends_[end] >= 0) close(ends_[end]);
+    ends_[end] = -1;
+  }
+
+  // Answers whether a byte came before the other end closed.
+  bool ReadByte() const {
+    char byte = 0;
+    ssize_t count = 0;
+    do {
+      count = read(ends_[0], &byte, 1);
+    } while (count < 0 && errno == EINTR);
+    return count == 1;
+  }
+
+  void WriteByte() const {
+    const char byte = 0;
+    while (write(ends_[1], &byte, 1) < 0 && errno == EINTR) {
+    }
+  }
+
+ private:
+  int ends_[2] = {-1, -1};
+  bool isOpen_ = false;
+};
+
+// Runs between fork and exec, so it makes only calls that are safe in a child of a process with
+// threads. Waits for a byte from its parent, which first has to let it read its memory.
+[[noreturn]] void BecomeProgram(const char* path, char* const* arguments, Pipe& go, Pipe& failed) {
+  go.CloseEnd(1);
+  if (go.ReadByte()) {
+    close_range(3, ~0U, CLOSE_RANGE_CLOEXEC);
+    execv(path, arguments);
+  }
+  failed.WriteByte();
+  _exit(127);
+}
+
+// The child's process id, or a reason in GetLastError and 0. `arguments` end in null.
+pid_t StartChild(const char* path, char* const* arguments) {
+  Pipe go;
+  Pipe failed;
+  if (!go.IsOpen() || !failed.IsOpen()) return Fail(kErrorGeneralFailure);
+  const pid_t pid = fork();
+  if (pid < 0) return Fail(kErrorNotEnoughMemory);
+  if (pid == 0) BecomeProgram(path, arguments, go, failed);
+
+  // Some kernels let only a declared process read another's memory, a child of its own too.
+  prctl(PR_SET_PTRACER, static_cast<unsigned long>(pid));
+  go.WriteByte();
+  failed.CloseEnd(1);
+  if (failed.ReadByte()) {
+    waitpid(pid, nullptr, 0);
+    return Fail(kErrorFileNotFound);
+  }
+  return pid;
+}
+
+BOOL StartProgram(const std::string& commandLine, PROCESS_INFORMATION& started) {
+  std::vector<std::string> texts = SplitCommandLine(commandLine);
+  if (texts.empty()) return Fail(kErrorFileNotFound);
+  const std::string path = NativePath(texts[0].c_str());
+  std::vector<char*> arguments;
+  for (std::string& text : texts) arguments.push_back(text.data());
+  arguments.push_back(nullptr);
+
+  // All memory is taken before the child runs: a started child is always handed out.
+  const auto process = std::make_shared<Process>();
+  OwnedHandle processHandle = MakeHandle(process);
+  OwnedHandle threadHandle = MakeHandle(process);
+  process->pid = StartChild(path.c_str(), arguments.data());
+  process->isChild = true;
+  if (process->pid == 0) return FALSE;
+
+  started.hProcess = HandOut(std::move(processHandle));
+  started.hThread = HandOut(std::move(threadHandle));
+  started.dwProcessId = static_cast<DWORD>(process->pid);
+  started.dwThreadId = static_cast<DWORD>(process->pid);
+  return TRUE;
+}
+
+}  // namespace
+
+pid_t ProcessIdOf(HANDLE handle) {
+  const Process* const process = ProcessOf(handle);
+  return process == nullptr ? 0 : process->pid;
+}
+
+}  // namespace launcher::posix
+
+DWORD GetCurrentProcessId() { return static_cast<DWORD>(getpid()); }
+
+DWORD GetCurrentThreadId() { return static_cast<DWORD>(gettid()); }
+
+HANDLE OpenProcess(DWORD /*access*/, BOOL /*inheritHandle*/, DWORD processId) {
+  using namespace launcher::posix;
+  if (MustFail(__func__)) return nullptr;
+  const auto pid = static_cast<pid_t>(processId);
+  if (pid <= 0 || (kill(pid, 0) != 0 && errno == ESRCH)) {
+    Fail(kErrorInvalidParameter);
+    return nullptr;
+  }
+  constexpr HANDLE kNone = nullptr;
+  return WithoutThrowing(kNone, [=] {
+    const auto process = std::make_shared<Process>();
+    process->pid = pid;
+    return HandOut(MakeHandle(process));
+  });
+}
+
+BOOL CreateProcessA(const char* application, char* commandLine, void* processAttributes,
+                    void* threadAttributes, BOOL inheritHandles, DWORD /*flags*/, void* environment,
+                    const char* directory, STARTUPINFOA* startup, PROCESS_INFORMATION* started) {
+  using namespace launcher::posix;
+  if (MustFail(__func__)) return FALSE;
+  if (application != nullptr || processAttributes != nullptr || threadAttributes != nullptr ||
+      inheritHandles != FALSE || environment != nullptr || directory != nullptr ||
+      startup->cb != sizeof *startup) {
+    return Fail(kErrorInvalidParameter);
+  }
+  return WithoutThrowing(FALSE, [=] { return StartProgram(commandLine, *started); });
+}
+
+BOOL GetExitCodeProcess(HANDLE handle, DWORD* exitCode) {
+  using namespace launcher::posix;
+  if (MustFail(__func__)) return FALSE;
+  Process* const process = ProcessOf(handle);
+  if (process == nullptr) return Fail(kErrorInvalidHandle);
+  const std::lock_guard<std::mutex> lock(process->mutex);
+  AskWhetherEnded(*process);
+  *exitCode = process->exitCode;
+  return TRUE;
+}
+
+DWORD WaitForSingleObject(HANDLE handle, DWORD milliseconds) {
+  using namespace launcher::posix;
+  if (MustFail(__func__)) return WAIT_FAILED;
+  Process* const process = ProcessOf(handle);
+  if (process == nullptr || milliseconds != 0) {
+    Fail(kErrorInvalidParameter);
+    return WAIT_FAILED;
+  }
+  const std::lock_guard<std::mutex> lock(process->mutex);
+  AskWhetherEnded(*process);
+  return process->hasEnded ? WAIT_OBJECT_0 : WAIT_TIMEOUT;
+}
+
+BOOL CloseHandle(HANDLE handle) {
+  using namespace launcher::posix;
+  if (handle == nullptr) return Fail(kErrorInvalidHandle);
+  delete static_cast<Handle*>(handle);
+  CountObject(-1);
+  return MustFail(__func__) ? FALSE : TRUE;
+}
+
+void Sleep(DWORD milliseconds) {
+  timespec left = {static_cast<time_t>(milliseconds / 1000),
+                   static_cast<long>(milliseconds % 1000) * 1000000};
+  while (nanosleep(&left, &left) != 0 && errno == EINTR) {
+  }
+}

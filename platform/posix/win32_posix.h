@@ -1,0 +1,138 @@
+// The native layer: the Win32 names that the library uses, on Linux.
+//
+// It exists so that the sources of src/ run natively under sanitizers, fuzzers and coverage. Each
+// function does what the Windows one does, as far as the library asks for it, with real processes,
+// memory, files and digests; what it has no honest answer for fails. faults.h makes any of them
+// fail on purpose.
+//
+// Only what differs from Windows is told here.
+
+#ifndef LAUNCHER_PLATFORM_POSIX_WIN32_POSIX_H_
+#define LAUNCHER_PLATFORM_POSIX_WIN32_POSIX_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+
+#define WINAPI
+
+using BOOL = int;
+using BYTE = std::uint8_t;
+using DWORD = std::uint32_t;
+using UINT = std::uint32_t;
+using SIZE_T = std::size_t;
+using HANDLE = void*;
+using HINSTANCE = void*;
+using HLOCAL = void*;
+using LPVOID = void*;
+using ALG_ID = std::uint32_t;
+using HCRYPTPROV = std::uintptr_t;
+using HCRYPTHASH = std::uintptr_t;
+using HCRYPTKEY = std::uintptr_t;
+
+inline constexpr BOOL FALSE = 0;
+inline constexpr BOOL TRUE = 1;
+
+DWORD GetLastError();
+
+// ---- Processes ----
+
+inline constexpr DWORD CREATE_NEW_CONSOLE = 0x10;
+inline constexpr DWORD PROCESS_VM_READ = 0x10;
+inline constexpr DWORD STILL_ACTIVE = 259;
+inline constexpr DWORD WAIT_OBJECT_0 = 0;
+inline constexpr DWORD WAIT_TIMEOUT = 258;
+inline constexpr DWORD WAIT_FAILED = 0xFFFFFFFF;
+
+struct STARTUPINFOA {
+  DWORD cb;
+};
+
+struct PROCESS_INFORMATION {
+  HANDLE hProcess;
+  HANDLE hThread;
+  DWORD dwProcessId;
+  DWORD dwThreadId;
+};
+
+DWORD GetCurrentProcessId();
+DWORD GetCurrentThreadId();
+
+// The access mask is not looked at: the kernel decides when the process is touched.
+HANDLE OpenProcess(DWORD access, BOOL inheritHandle, DWORD processId);
+
+// Takes the program from the head of the command line and the rest as its arguments, by the rules
+// of CommandLineToArgvW. The child keeps the terminal, inherits no other descriptor, and may read
+// this process's memory, as any child of the same user may on Windows. Only what the library passes
+// is accepted: no application name, attributes, environment or directory. An exit code is cut to 8
+// bits by the system; a child ended by signal N counts as 0x80000000 + N.
+BOOL CreateProcessA(const char* application, char* commandLine, void* processAttributes,
+                    void* threadAttributes, BOOL inheritHandles, DWORD flags, void* environment,
+                    const char* directory, STARTUPINFOA* startup, PROCESS_INFORMATION* started);
+BOOL GetExitCodeProcess(HANDLE process, DWORD* exitCode);
+
+// Takes a process handle and a time of 0 only: it asks and does not wait.
+DWORD WaitForSingleObject(HANDLE object, DWORD milliseconds);
+
+BOOL CloseHandle(HANDLE object);
+void Sleep(DWORD milliseconds);
+
+// ---- Memory ----
+
+inline constexpr DWORD MEM_COMMIT = 0x1000;
+inline constexpr DWORD MEM_RESERVE = 0x2000;
+inline constexpr DWORD MEM_RELEASE = 0x8000;
+inline constexpr DWORD PAGE_READWRITE = 4;
+inline constexpr UINT LMEM_FIXED = 0;
+
+// In this process only, and below 4 GiB, since the library hands addresses on as 32 bits.
+void* VirtualAllocEx(HANDLE process, void* address, SIZE_T size, DWORD type, DWORD protection);
+BOOL VirtualFreeEx(HANDLE process, void* address, SIZE_T size, DWORD type);
+BOOL WriteProcessMemory(HANDLE process, void* address, const void* data, SIZE_T size,
+                        SIZE_T* written);
+BOOL ReadProcessMemory(HANDLE process, const void* address, void* buffer, SIZE_T size,
+                       SIZE_T* read);
+
+HLOCAL LocalAlloc(UINT flags, SIZE_T size);
+HLOCAL LocalFree(HLOCAL block);
+
+// ---- Files; a backslash separates names as a slash does ----
+
+inline constexpr int _SH_DENYNO = 0x40;
+
+std::FILE* _fsopen(const char* path, const char* mode, int share);
+BOOL DeleteFileA(const char* path);
+
+// With flags of 0 only: fails where `to` exists.
+BOOL MoveFileExA(const char* from, const char* to, DWORD flags);
+
+// ---- The command line; the ANSI code page is UTF-8 and a wide character is a code point ----
+
+inline constexpr UINT CP_ACP = 0;
+
+char* GetCommandLineA();
+wchar_t* GetCommandLineW();
+wchar_t** CommandLineToArgvW(const wchar_t* commandLine, int* count);
+
+// From NUL-terminated text (a length of -1) in code page 0 only.
+int WideCharToMultiByte(UINT codePage, DWORD flags, const wchar_t* text, int length,
+                        char* destination, int capacity, const char* defaultCharacter,
+                        BOOL* usedDefault);
+
+// ---- SHA-256, by libcrypto ----
+
+inline constexpr DWORD PROV_RSA_AES = 24;
+inline constexpr DWORD CRYPT_VERIFYCONTEXT = 0xF0000000;
+inline constexpr ALG_ID CALG_SHA_256 = 0x800C;
+inline constexpr DWORD HP_HASHVAL = 2;
+
+BOOL CryptAcquireContextA(HCRYPTPROV* provider, const char* container, const char* name, DWORD type,
+                          DWORD flags);
+BOOL CryptCreateHash(HCRYPTPROV provider, ALG_ID algorithm, HCRYPTKEY key, DWORD flags,
+                     HCRYPTHASH* hash);
+BOOL CryptHashData(HCRYPTHASH hash, const BYTE* data, DWORD size, DWORD flags);
+BOOL CryptGetHashParam(HCRYPTHASH hash, DWORD parameter, BYTE* value, DWORD* size, DWORD flags);
+BOOL CryptDestroyHash(HCRYPTHASH hash);
+BOOL CryptReleaseContext(HCRYPTPROV provider, DWORD flags);
+
+#endif  // LAUNCHER_PLATFORM_POSIX_WIN32_POSIX_H_

@@ -1,0 +1,26 @@
+// The Win32 names that the library uses: the system's own on Windows, those of the native layer
+// elsewhere. The sources in src/ include this and know no platform.
+
+#ifndef LAUNCHER_PLATFORM_WIN32_H_
+#define LAUNCHER_PLATFORM_WIN32_H_
+
+#if defined(_WIN32)
+
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+// <windows.h> first: the others build on it.
+#include <windows.h>
+// then
+#include <share.h>
+#include <shellapi.h>
+#include <stdio.h>
+#include <wincrypt.h>
+
+#else
+
+#include "platform/posix/win32_posix.h"
+
+#endif
+
+#endif  // LAUNCHER_PLATFORM_WIN32_H_

@@ -1,0 +1,25 @@
+#!/usr/bin/env bash
+# Configures and builds one preset of CMakePresets.json. Its output goes to build/PRESET.
+#
+#   scripts/build.sh PRESET [TARGET...]
+#
+# Without targets everything is built. Quiet but for errors. Exit status: CMake's.
+set -euo pipefail
+
+[ $# -ge 1 ] || { sed -n '2,/^set -/{/^set -/d;s/^# \{0,1\}//;p}' "$0" >&2; exit 2; }
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+preset=$1
+shift
+
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
+run_quietly() {
+  if "$@" >"$log" 2>&1; then return 0; fi
+  cat "$log" >&2
+  printf 'build: this failed: %s\n' "$*" >&2
+  return 1
+}
+
+printf 'build: %s\n' "$preset"
+run_quietly cmake --preset "$preset"
+run_quietly cmake --build --preset "$preset" ${1:+--target "$@"}

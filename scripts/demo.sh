@@ -1,0 +1,45 @@
+#!/usr/bin/env bash
+# Builds LauncherDll.dll and shows its main job: a launcher signs and enciphers data and starts a
+# client, which reads the data out of the launcher's memory and deciphers them.
+#
+#   scripts/demo.sh [--help]
+#
+# Installs what is missing. Runs the 32-bit DLL under Wine; where that is not to be had, the native
+# build instead. Exit status: 0 if the client got exactly the launcher's data.
+set -euo pipefail
+
+case "${1:-}" in
+  '') ;;
+  --help)
+    sed -n '2,/^set -/{/^set -/d;s/^# \{0,1\}//;p}' "$0"
+    exit 0
+    ;;
+  *)
+    printf "demo: unknown option '%s'; try --help\n" "$1" >&2
+    exit 2
+    ;;
+esac
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+scripts/setup.sh
+scripts/build.sh windows LauncherDll example_launcher example_client
+printf 'demo: built build/windows/bin/LauncherDll.dll, %s bytes\n' \
+  "$(stat -c %s build/windows/bin/LauncherDll.dll)"
+
+if why=$(scripts/wine.sh --check); then
+  preset=windows
+  what='the 32-bit DLL under Wine'
+else
+  printf 'demo: no Wine: %s; the native build takes its place\n' "$why"
+  preset=native
+  what="the native build, since $why"
+  scripts/build.sh native LauncherDll example_launcher example_client
+fi
+
+printf 'demo: running in build/%s/demo\n' "$preset"
+if scripts/run_examples.sh "$preset"; then
+  printf "demo: passed: the client got exactly the launcher's data (%s)\n" "$what"
+else
+  printf "demo: FAILED: the client did not get the launcher's data (%s)\n" "$what"
+  exit 1
+fi

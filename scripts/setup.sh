@@ -1,0 +1,142 @@
+#!/usr/bin/env bash
+# Installs what building and testing LauncherDll needs on Debian. Safe to run any number of times:
+# what is there already is left alone, and when nothing is missing it ends at once, without network.
+#
+#   scripts/setup.sh [--check] [--help]
+#
+#   --check   only say what is missing; exit status 1 if anything is
+#
+# Runs as root, or as a user who may use sudo. Exit status: 0 when the library can be built and
+# tested natively and for Windows; 1 when not. Wine alone may fail: that is told, and scripts that
+# need it decide for themselves.
+set -euo pipefail
+
+build_packages=(
+  cmake ninja-build g++ g++-mingw-w64-i686 binutils
+  nlohmann-json3-dev libgtest-dev googletest libssl-dev
+  openssl python3 git
+)
+# Wine runs the 32-bit DLL; Xvfb and Mesa give it a screen, and with it consoles and Direct3D.
+wine_packages=(
+  wine wine32:i386 libgl1:i386 libgl1-mesa-dri:i386 xvfb xauth
+)
+
+say() { printf 'setup: %s\n' "$*"; }
+complain() { printf 'setup: %s\n' "$*" >&2; }
+
+case "${1:-}" in
+  '' | --check) ;;
+  --help)
+    sed -n '2,/^set -/{/^set -/d;s/^# \{0,1\}//;p}' "$0"
+    exit 0
+    ;;
+  *)
+    complain "unknown option '$1'; try --help"
+    exit 2
+    ;;
+esac
+
+is_installed() {
+  [ "$(dpkg-query -W -f '${db:Status-Abbrev}' "$1" 2>/dev/null)" = 'ii ' ]
+}
+
+# Fills the array `missing` with those of its arguments that are not installed.
+find_missing() {
+  missing=()
+  local package
+  for package in "$@"; do
+    is_installed "$package" || missing+=("$package")
+  done
+}
+
+if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then
+  complain 'this is no Debian system: install the equivalents of these packages by hand:'
+  complain "  ${build_packages[*]} ${wine_packages[*]}"
+  exit 1
+fi
+
+find_missing "${build_packages[@]}" "${wine_packages[@]}"
+if [ "${#missing[@]}" -eq 0 ]; then
+  say 'nothing to install'
+  exit 0
+fi
+if [ "${1:-}" = --check ]; then
+  say "missing: ${missing[*]}"
+  exit 1
+fi
+
+as_root=()
+if [ "$(id -u)" -ne 0 ]; then
+  if ! command -v sudo >/dev/null; then
+    complain "missing: ${missing[*]}"
+    complain 'installing them takes root: run this as root, or install sudo'
+    exit 1
+  fi
+  as_root=(sudo)
+fi
+
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+apt() {
+  "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -y -q \
+    -o Acquire::Retries=3 -o DPkg::Lock::Timeout=300 "$@"
+}
+
+# An i386 library must have the version of its amd64 twin. Where the twin came from the security
+# suite and that suite's i386 index is out of step, the plain install can't be resolved. The
+# release's main suite holds every library for both, so the second try takes all from there.
+install_from_main_suite() {
+  local codename
+  codename=$(. /etc/os-release && printf '%s' "${VERSION_CODENAME:-}")
+  [ -n "$codename" ] || return 1
+  printf 'Package: *\nPin: release n=%s\nPin-Priority: 1001\n' "$codename" >"$work/preferences"
+  chmod 755 "$work" && chmod 644 "$work/preferences"
+  apt install --no-install-recommends --allow-downgrades \
+    -o "Dir::Etc::Preferences=$work/preferences" "$@"
+}
+
+run_logged() {
+  if "$@" >"$work/log" 2>&1; then return 0; fi
+  complain "this failed: $*"
+  tail -n 15 "$work/log" | sed 's/^/setup:   /' >&2
+  return 1
+}
+
+say "missing: ${missing[*]}"
+if [ "$(dpkg --print-architecture)" = amd64 ] &&
+  ! dpkg --print-foreign-architectures | grep -qx i386; then
+  say 'adding the architecture i386, for Wine'
+  run_logged "${as_root[@]}" dpkg --add-architecture i386
+fi
+
+say 'reading the package lists'
+run_logged apt update || complain 'some package lists are out of step; going on with what there is'
+
+say 'installing (a few minutes the first time)'
+if run_logged apt install --no-install-recommends "${missing[@]}"; then
+  say 'installed'
+else
+  say "trying again with the release's main suite, downgrades allowed"
+  if run_logged install_from_main_suite "${missing[@]}"; then
+    say "installed from the main suite; packages may have gone back to the release's version"
+  else
+    find_missing "${build_packages[@]}"
+    if [ "${#missing[@]}" -gt 0 ]; then
+      say 'installing without Wine'
+      run_logged apt install --no-install-recommends "${missing[@]}" || true
+    fi
+  fi
+fi
+
+find_missing "${build_packages[@]}"
+if [ "${#missing[@]}" -gt 0 ]; then
+  complain "a package failure, not one of this project: not installed: ${missing[*]}"
+  exit 1
+fi
+find_missing "${wine_packages[@]}"
+if [ "${#missing[@]}" -gt 0 ]; then
+  complain "a package failure, not one of this project: no Wine here, missing: ${missing[*]}"
+else
+  say 'all is there'
+fi

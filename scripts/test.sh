@@ -1,0 +1,77 @@
+#!/usr/bin/env bash
+# Builds and runs all tests: native, native with sanitizers, and the 32-bit DLL itself under Wine.
+#
+#   scripts/test.sh [PRESET...]
+#
+#   PRESET   native, native-asan or windows; all three if none is named
+#
+# Installs what is missing. What cannot run is reported as skipped, with the reason. Exit status: 0
+# if everything that ran passed; 1 if not, and in CI also where Wine is not installed.
+set -euo pipefail
+
+case "${1:-}" in
+  -*)
+    sed -n '2,/^set -/{/^set -/d;s/^# \{0,1\}//;p}' "$0"
+    exit 0
+    ;;
+esac
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+presets=("$@")
+[ $# -gt 0 ] || presets=(native native-asan windows)
+passed=0
+failed=0
+skipped=0
+
+skip() {
+  printf 'test: skipped: %s\n' "$1"
+  skipped=$((skipped + 1))
+}
+
+# Runs a preset's tests and adds up its figures; further arguments are ctest's.
+run_tests() {
+  local preset=$1 report="$PWD/build/$1/tests.xml"
+  shift
+  rm -f "$report"
+  "${around[@]}" ctest --preset "$preset" --parallel "$(nproc)" --output-junit "$report" "$@" ||
+    printf 'test: %s: not all passed\n' "$preset"
+  # One that found no test, or ended early, leaves no report.
+  if [ ! -e "$report" ]; then
+    failed=$((failed + 1))
+    return
+  fi
+  local counts=()
+  read -ra counts <<<"$(python3 - "$report" <<'PYTHON'
+import sys, xml.etree.ElementTree as tree
+suite = tree.parse(sys.argv[1]).getroot()
+total, failures, skips = (int(suite.get(k)) for k in ("tests", "failures", "skipped"))
+print(total - failures - skips, failures, skips)
+PYTHON
+)"
+  passed=$((passed + counts[0]))
+  failed=$((failed + counts[1]))
+  skipped=$((skipped + counts[2]))
+}
+
+scripts/setup.sh
+for preset in "${presets[@]}"; do
+  scripts/build.sh "$preset"
+  around=()
+  if [ "$preset" != windows ]; then
+    run_tests "$preset"
+  elif why=$(scripts/wine.sh --check); then
+    around=(xvfb-run -a)
+    run_tests "$preset"
+  else
+    # Everything but running the DLL.
+    run_tests "$preset" --label-exclude wine
+    skip "the tests of the DLL under Wine: $why"
+    if [ "${CI:-}" = true ] && ! command -v wine >/dev/null; then
+      printf 'test: in CI that counts as a failure\n'
+      failed=$((failed + 1))
+    fi
+  fi
+done
+
+printf '%d passed, %d failed, %d skipped\n' "$passed" "$failed" "$skipped"
+[ "$failed" -eq 0 ]

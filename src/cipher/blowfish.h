@@ -1,0 +1,44 @@
+// Blowfish, B. Schneier, "Description of a New Variable-Length Key, 64-Bit Block Cipher", 1993:
+// 16 rounds, blocks of two 32-bit halves. How bytes become halves is the caller's matter.
+
+#ifndef LAUNCHER_CIPHER_BLOWFISH_H_
+#define LAUNCHER_CIPHER_BLOWFISH_H_
+
+#include <cstddef>
+#include <cstdint>
+
+namespace launcher {
+
+inline constexpr std::size_t kBlowfishRounds = 16;
+inline constexpr std::uint32_t kBlowfishMinKeySize = 4;
+inline constexpr std::uint32_t kBlowfishMaxKeySize = 56;
+
+// The subkeys of one key. 4168 bytes; lives on the stack of the operation that uses it.
+struct BlowfishContext {
+  std::uint32_t p[kBlowfishRounds + 2];
+  std::uint32_t s[4][256];
+};
+
+// The key lengths, in bytes, that BlowfishSetKey takes.
+constexpr bool IsBlowfishKeyLength(std::uint32_t keyLength) {
+  return keyLength >= kBlowfishMinKeySize && keyLength <= kBlowfishMaxKeySize;
+}
+
+// The round function.
+inline std::uint32_t BlowfishF(const std::uint32_t (&s)[4][256], std::uint32_t x) {
+  return ((s[0][x >> 24] + s[1][(x >> 16) & 0xFF]) ^ s[2][(x >> 8) & 0xFF]) + s[3][x & 0xFF];
+}
+
+// Expands a key of keyLength bytes into `context`. Does nothing at all for a null key or a length
+// that IsBlowfishKeyLength refuses.
+void BlowfishSetKey(BlowfishContext& context, const std::uint8_t* key, std::uint32_t keyLength);
+
+// Encipher and decipher one block in place.
+void BlowfishEncipherBlock(const BlowfishContext& context, std::uint32_t& left,
+                           std::uint32_t& right);
+void BlowfishDecipherBlock(const BlowfishContext& context, std::uint32_t& left,
+                           std::uint32_t& right);
+
+}  // namespace launcher
+
+#endif  // LAUNCHER_CIPHER_BLOWFISH_H_

@@ -1,0 +1,121 @@
+// The container for callers that hold no key, and the signature marker.
+
+#include <cstdint>
+#include <cstring>
+
+#include "cipher/container.h"
+#include "config/cipher_texts.h"
+#include "config/string_table.h"
+#include "frame/bounded_text.h"
+#include "launcher_dll.h"
+
+namespace launcher {
+namespace {
+
+constexpr std::int32_t kMaxBlockSize = 0xFFFFF;
+constexpr std::uint32_t kMarkerLength = sizeof kSignatureMarker - 1;
+
+// Copies a text of the table into an area that is zero before. Answers false where the lookup fails
+// or the text does not fit with its terminator.
+template <std::size_t kCapacity>
+bool CopyTableText(StringLabel label, char (&area)[kCapacity]) {
+  const OwnedText text = LookUpText(label);
+  return text && CopyText(area, kCapacity, text.get());
+}
+
+// The key and the marker as the string table has them at the time of a call.
+class TableTexts {
+ public:
+  bool LoadKey() { return CopyTableText(kCipherKeyLabel, key_); }
+  bool LoadMarker() { return CopyTableText(kSignatureMarkerLabel, marker_); }
+
+  // The key's length is a lookup of its own, by the table's contract with its callers: each lookup
+  // prints a line.
+  bool LoadKeyLength() {
+    keyLength_ = QX_GetLengthOfRString(kCipherKeyLabel);
+    return IsBlowfishKeyLength(keyLength_);
+  }
+
+  void SetKey(BlowfishContext& context) const {
+    BlowfishSetKey(context, reinterpret_cast<const std::uint8_t*>(key_), keyLength_);
+  }
+
+  // Empty where LoadMarker was not called.
+  const char* Marker() const { return marker_; }
+
+ private:
+  char key_[kBlowfishMaxKeySize] = {};
+  char marker_[256] = {};
+  std::uint32_t keyLength_ = 0;
+};
+
+// What became of a block: size and offset of its payload, both 0 for a block that is no intact
+// container.
+struct Delivery {
+  std::uint32_t payloadSize;
+  std::uint32_t payloadOffset;
+};
+
+Delivery Deliver(const TableTexts& texts, std::uint8_t* block, std::uint32_t blockSize) {
+  if (!LooksLikeContainer(block, blockSize)) return {0, 0};
+
+  BlowfishContext context;
+  texts.SetKey(context);
+  DecipherContainer(context, block, blockSize);
+  const std::optional<std::uint32_t> intactSize = IntactPayloadSize(block, blockSize);
+  if (!intactSize) return {0, 0};
+
+  const std::size_t length = std::strlen(texts.Marker());
+  // A payload without the marker is delivered too, whole.
+  if (!BeginsWith(block + kPayloadOffset, *intactSize, texts.Marker(), length)) {
+    return {*intactSize, kPayloadOffset};
+  }
+  const auto skipped = static_cast<std::uint32_t>(length);
+  return {*intactSize - skipped, kPayloadOffset + skipped};
+}
+
+}  // namespace
+}  // namespace launcher
+
+std::uint32_t QX_CALL QX_GetEncodeDataSize(std::uint32_t size) {
+  return launcher::ContainerSize(size);
+}
+
+ResultCode QX_CALL QX_Encode(std::uint8_t* output, const std::uint8_t* payload, std::int32_t size) {
+  // file_cipher_encode refuses null pointers and a size of 0, and a negative one as too large.
+  return file_cipher_encode(payload, static_cast<std::uint32_t>(size), output) == 0 ? QX_SUCCEEDED
+                                                                                    : QX_FAILED;
+}
+
+ResultCode QX_CALL QX_Decode(std::uint8_t* block, std::int32_t blockSize,
+                             std::uint32_t* payloadSize, std::uint32_t* payloadOffset,
+                             std::uint32_t checkMarker) {
+  using namespace launcher;
+  if (block == nullptr || payloadSize == nullptr || payloadOffset == nullptr) return QX_FAILED;
+  if (blockSize < 1 || blockSize > kMaxBlockSize) return QX_SIZE_REFUSED;
+
+  const bool wantsMarker = (checkMarker & 0xFF) != 0;
+  TableTexts texts;
+  if (!texts.LoadKey()) return QX_FAILED;
+  if (wantsMarker && !texts.LoadMarker()) return QX_FAILED;
+  if (!texts.LoadKeyLength()) return QX_FAILED;
+
+  const Delivery delivery = Deliver(texts, block, static_cast<std::uint32_t>(blockSize));
+  *payloadSize = delivery.payloadSize;
+  *payloadOffset = delivery.payloadOffset;
+  return QX_SUCCEEDED;
+}
+
+std::uint32_t QX_CALL QX_GetSignatureSize() { return launcher::kMarkerLength; }
+
+std::uint8_t QX_CALL QX_SignSignature(std::uint8_t* destination, std::uint32_t capacity,
+                                      const std::uint8_t* data, std::uint32_t dataSize) {
+  using namespace launcher;
+  if (destination == nullptr || data == nullptr) return 0;
+  // By what is left, since dataSize + kMarkerLength can wrap.
+  if (capacity < kMarkerLength || dataSize > capacity - kMarkerLength) return 0;
+
+  std::memcpy(destination, kSignatureMarker, kMarkerLength);
+  std::memmove(destination + kMarkerLength, data, dataSize);  // data may stand in its place already
+  return 1;
+}

@@ -1,0 +1,22 @@
+// The deployment's host names: what a new config.json says. A deployment changes them here and
+// nowhere else.
+
+#ifndef LAUNCHER_CONFIG_DEPLOYMENT_H_
+#define LAUNCHER_CONFIG_DEPLOYMENT_H_
+
+namespace launcher {
+
+inline constexpr char kDefaultApiServer[] = "https://api.orvane.example/api";
+inline constexpr char kDefaultPurchaseServer[] = "http://purchase.orvane.example/";
+inline constexpr char kDefaultTelemetryServer[] = "https://telemetry.orvane.example/api";
+// The caller fills in the locale and the three numbers.
+inline constexpr char kDefaultDownloadUrl[] =
+    "https://download.orvane.example/cmsresource/Quexara"
+    "?locale=%s&itempath=DownloadList_PC%02d%02d_%02d";
+inline constexpr char kDefaultQaApiHost[] = "qa-api.orvane.example";
+inline constexpr char kDefaultCiApiHost[] = "ci-api.orvane.example";
+inline constexpr char kDefaultGameDomain[] = ".orvane.example";
+
+}  // namespace launcher
+
+#endif  // LAUNCHER_CONFIG_DEPLOYMENT_H_

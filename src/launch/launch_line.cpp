@@ -1,0 +1,27 @@
+#include "launch/launch_line.h"
+
+#include <cstdio>
+#include <cstring>
+
+#include "cipher/container.h"
+#include "launcher_dll.h"
+
+namespace launcher {
+
+static_assert(kMaxClientPathLength == 2028);
+static_assert(ContainerSize(kSignedAreaSize) == kEncipheredLineSize);
+
+void FormatLaunchLine(char (&line)[kLaunchLineCapacity], const char* clientPath,
+                      std::uint32_t processId, std::uint32_t dataAddress) {
+  std::snprintf(line, sizeof line, "\"%s\" %08lx%08lx", clientPath,
+                static_cast<unsigned long>(processId), static_cast<unsigned long>(dataAddress));
+}
+
+bool EncipherLaunchLine(std::uint8_t (&block)[kEncipheredLineSize], const char* line) {
+  std::uint8_t signedArea[kSignedAreaSize] = {};
+  QX_SignSignature(signedArea, sizeof signedArea, reinterpret_cast<const std::uint8_t*>(line),
+                   static_cast<std::uint32_t>(std::strlen(line)));
+  return file_cipher_encode(signedArea, sizeof signedArea, block) == QX_CIPHER_SUCCEEDED;
+}
+
+}  // namespace launcher

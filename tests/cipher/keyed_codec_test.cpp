@@ -1,0 +1,202 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "launcher_dll.h"
+#include "support/bytes.h"
+#include "support/captured_output.h"
+#include "support/known_containers.h"
+#include "support/scratch_directory.h"
+
+namespace launcher {
+namespace {
+
+using test::Bytes;
+using test::CallLine;
+using test::GuardedBuffer;
+using test::KnownContainer;
+
+const std::string kMarker = "/* QTRMWO_Kd3Z_HLvN */";
+
+class KeyedCodec : public test::ScratchTest {
+ protected:
+  struct Decoding {
+    ResultCode result;
+    std::uint32_t size;
+    std::uint32_t offset;
+
+    bool operator==(const Decoding& other) const {
+      return result == other.result && size == other.size && offset == other.offset;
+    }
+    friend std::ostream& operator<<(std::ostream& out, const Decoding& decoding) {
+      return out << "result " << decoding.result << ", size " << decoding.size << ", offset "
+                 << decoding.offset;
+    }
+  };
+
+  // What an output holds that was not written.
+  static constexpr std::uint32_t kUnwritten = 0xCDCDCDCD;
+
+  static Decoding Decode(std::uint8_t* block, std::int32_t blockSize, std::uint32_t checkMarker) {
+    Decoding decoding = {0, kUnwritten, kUnwritten};
+    decoding.result = QX_Decode(block, blockSize, &decoding.size, &decoding.offset, checkMarker);
+    return decoding;
+  }
+
+  static Bytes Encoded(const Bytes& payload) {
+    const GuardedBuffer output(QX_GetEncodeDataSize(static_cast<std::uint32_t>(payload.size())));
+    EXPECT_EQ(QX_Encode(output.Data(), payload.data(), static_cast<std::int32_t>(payload.size())),
+              QX_SUCCEEDED);
+    return output.Content();
+  }
+};
+
+TEST_F(KeyedCodec, DeliversWhatIsIntact) {
+  struct Case {
+    const char* name;
+    std::uint32_t checkMarker;
+    Decoding expected;
+  };
+  const Case cases[] = {
+      {"size-100", 0, {0, 100, 40}},
+      {"size-100", 1, {0, 100, 40}},
+      {"size-1", 1, {0, 1, 40}},
+      {"signed", 0, {0, 73, 40}},
+      {"signed", 1, {0, 51, 62}},
+      {"signed", 0x100, {0, 73, 40}},  // one byte is read
+      {"signed", 0x180, {0, 51, 62}},
+      {"marker-alone", 1, {0, 0, 62}},
+      {"marker-cut", 1, {0, 21, 40}},
+      {"empty", 0, {0, 0, 40}},
+      {"empty", 1, {0, 0, 40}},
+      {"filler-not-zero", 0, {0, 5, 40}},
+      {"other-key", 0, {0, 0, 0}},
+      {"digest-wrong", 0, {0, 0, 0}},
+      {"length-wraps", 0, {0, 0, 0}},
+      {"length-92-of-100", 0, {0, 0, 0}},
+      {"length-93-of-100", 0, {0, 93, 40}},
+  };
+  for (const Case& tried : cases) {
+    SCOPED_TRACE(tried.name);
+    const KnownContainer known = test::KnownContainerNamed(tried.name);
+    const GuardedBuffer block(known.container);
+    EXPECT_EQ(Decode(block.Data(), static_cast<std::int32_t>(block.Size()), tried.checkMarker),
+              tried.expected);
+    EXPECT_NE(block.Content(), known.container) << "deciphered, intact or not";
+    if (known.isIntact && tried.expected.offset != 0) {
+      EXPECT_EQ(Bytes(block.Data() + 40, block.Data() + 40 + known.payload.size()), known.payload);
+    }
+  }
+}
+
+TEST_F(KeyedCodec, LeavesAloneWhatIsNoContainer) {
+  const Bytes container = test::KnownContainerNamed("size-4").container;
+  Bytes otherMagic = container;
+  otherMagic[0] = 'b';
+  for (const Bytes& content : {Bytes(100, 'a'), Bytes(1, 'B'), otherMagic,
+                               Bytes(container.begin(), container.begin() + 39),
+                               Bytes(container.begin(), container.begin() + 40)}) {
+    const GuardedBuffer block(content);
+    EXPECT_EQ(Decode(block.Data(), static_cast<std::int32_t>(block.Size()), 1),
+              (Decoding{0, 0, 0}));
+    EXPECT_EQ(block.Content(), content);
+  }
+}
+
+TEST_F(KeyedCodec, LooksTheTextsUpForEveryBlock) {
+  QX_IsStaging();
+  Bytes block(100, 'a');
+  EXPECT_EQ(test::StandardOutputOf([&] { Decode(block.data(), 100, 0); }),
+            CallLine(11000) + CallLine(11000));
+  EXPECT_EQ(test::StandardOutputOf([&] { Decode(block.data(), 100, 1); }),
+            CallLine(11000) + CallLine(11001) + CallLine(11000));
+}
+
+TEST_F(KeyedCodec, RefusesBadArgumentsWithoutALookup) {
+  Bytes block = test::KnownContainerNamed("size-4").container;
+  const Bytes before = block;
+  std::uint32_t number = kUnwritten;
+  const std::string printed = test::StandardOutputOf([&] {
+    EXPECT_EQ(QX_Decode(nullptr, 44, &number, &number, 0), QX_FAILED);
+    EXPECT_EQ(QX_Decode(block.data(), 44, nullptr, &number, 0), QX_FAILED);
+    EXPECT_EQ(QX_Decode(block.data(), 0, &number, nullptr, 0), QX_FAILED) << "ahead of the size";
+    for (const std::int32_t size : {-44, 0, 0x100000, 0x7FFFFFFF}) {
+      EXPECT_EQ(QX_Decode(block.data(), size, &number, &number, 0), QX_SIZE_REFUSED) << size;
+    }
+  });
+  EXPECT_EQ(printed, "");
+  EXPECT_EQ(number, kUnwritten);
+  EXPECT_EQ(block, before);
+}
+
+TEST_F(KeyedCodec, FailsWhereTheSettingsDoNotLoad) {
+  test::WriteFile("config.json", "{}");
+  Bytes block = test::KnownContainerNamed("size-4").container;
+  const Bytes before = block;
+  EXPECT_EQ(Decode(block.data(), 44, 0), (Decoding{QX_FAILED, kUnwritten, kUnwritten}));
+  EXPECT_EQ(block, before);
+}
+
+TEST_F(KeyedCodec, ReadsBlocksBelowAMebibyte) {
+  Bytes largest = Encoded(test::Pattern(0xFFFD4));
+  ASSERT_EQ(largest.size(), 0xFFFFCu);
+  EXPECT_EQ(Decode(largest.data(), 0xFFFFC, 0), (Decoding{0, 0xFFFD4, 40}));
+
+  Bytes tooLarge = Encoded(test::Pattern(0xFFFD5));
+  EXPECT_EQ(Decode(tooLarge.data(), static_cast<std::int32_t>(tooLarge.size()), 0),
+            (Decoding{QX_SIZE_REFUSED, kUnwritten, kUnwritten}));
+
+  tooLarge.resize(0xFFFFF);
+  EXPECT_EQ(Decode(tooLarge.data(), 0xFFFFF, 0), (Decoding{0, 0, 0})) << "no size of a container";
+}
+
+TEST_F(KeyedCodec, EncodesNothingThatIsNotThere) {
+  Bytes output(44, 0xEE);
+  const Bytes payload(4, 'p');
+  EXPECT_EQ(QX_Encode(nullptr, payload.data(), 4), QX_FAILED);
+  EXPECT_EQ(QX_Encode(output.data(), nullptr, 4), QX_FAILED);
+  for (const std::int32_t size : {0, -1, -0x7FFFFFFF - 1}) {
+    EXPECT_EQ(QX_Encode(output.data(), payload.data(), size), QX_FAILED) << size;
+  }
+  EXPECT_EQ(output, Bytes(44, 0xEE));
+}
+
+TEST_F(KeyedCodec, SignsWithinTheCapacity) {
+  EXPECT_EQ(QX_GetSignatureSize(), kMarker.size());
+  const Bytes data = test::BytesOf("some data");
+  const auto dataSize = static_cast<std::uint32_t>(data.size());
+
+  const GuardedBuffer fitting(22 + data.size());
+  EXPECT_EQ(QX_SignSignature(fitting.Data(), fitting.Size(), data.data(), dataSize), 1);
+  EXPECT_EQ(fitting.Content(), test::BytesOf(kMarker + "some data"));
+
+  const GuardedBuffer markerOnly(22);
+  EXPECT_EQ(QX_SignSignature(markerOnly.Data(), 22, data.data(), 0), 1);
+  EXPECT_EQ(markerOnly.Content(), test::BytesOf(kMarker));
+
+  // The last three sums with 22 go beyond 32 bits.
+  const GuardedBuffer small(22 + data.size() - 1);
+  for (const auto& [capacity, size] :
+       {std::pair{small.Size(), dataSize}, std::pair{21u, 0u}, std::pair{0u, 0u},
+        std::pair{small.Size(), 0xFFFFFFFFu}, std::pair{small.Size(), 0xFFFFFFEAu},
+        std::pair{0xFFFFFFFFu, 0xFFFFFFEAu}}) {
+    EXPECT_EQ(QX_SignSignature(small.Data(), capacity, data.data(), size), 0)
+        << capacity << ' ' << size;
+  }
+  EXPECT_EQ(QX_SignSignature(small.Data(), 100, nullptr, 0), 0);
+  EXPECT_EQ(QX_SignSignature(nullptr, 100, data.data(), 1), 0);
+  EXPECT_TRUE(small.IsUntouched());
+}
+
+TEST_F(KeyedCodec, BringsSignedDataBack) {
+  const Bytes data = test::Pattern(1000);
+  Bytes payload(1022);
+  ASSERT_EQ(QX_SignSignature(payload.data(), 1022, data.data(), 1000), 1);
+  Bytes block = Encoded(payload);
+  EXPECT_EQ(Decode(block.data(), static_cast<std::int32_t>(block.size()), 1),
+            (Decoding{0, 1000, 62}));
+  EXPECT_EQ(Bytes(block.data() + 62, block.data() + 1062), data);
+}
+
+}  // namespace
+}  // namespace launcher

@@ -1,0 +1,31 @@
+#include "cipher/sha256.h"
+
+#include <gtest/gtest.h>
+
+#include "support/bytes.h"
+
+namespace launcher {
+namespace {
+
+using test::Bytes;
+
+// The examples of NIST's "Secure Hash Standard" (FIPS 180-4), and the empty message.
+TEST(Sha256, GivesThePublishedDigests) {
+  const std::pair<std::string, const char*> cases[] = {
+      {"", "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855"},
+      {"abc", "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad"},
+      {"abcdbcdecdefdefgefghfghighijhijkijkljklmklmnlmnomnopnopq",
+       "248d6a61d20638b8e5c026930c3e6039a33ce45964ff2167f6ecedd419db06c1"},
+      {std::string(1000000, 'a'),
+       "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0"},
+  };
+  for (const auto& [message, digits] : cases) {
+    const Bytes bytes = test::BytesOf(message);
+    std::uint8_t digest[kDigestSize];
+    ASSERT_TRUE(Sha256Digest(bytes.data(), static_cast<std::uint32_t>(bytes.size()), digest));
+    EXPECT_EQ(Bytes(digest, digest + sizeof digest), test::BytesFromHex(digits));
+  }
+}
+
+}  // namespace
+}  // namespace launcher

@@ -1,0 +1,33 @@
+#include "config/new_text_file.h"
+
+#include <gtest/gtest.h>
+
+#include "support/data_file.h"
+#include "support/scratch_directory.h"
+#include "support/system.h"
+
+namespace launcher {
+namespace {
+
+using NewTextFile = test::ScratchTest;
+
+TEST_F(NewTextFile, IsWrittenWithThePlatformsLineEnds) {
+  EXPECT_TRUE(CreateTextFile("a.txt", "one\ntwo\n"));
+  EXPECT_EQ(test::ReadFile("a.txt"), std::string("one") + test::kLineEnd + "two" + test::kLineEnd);
+  EXPECT_EQ(test::ScratchDirectory::FileCount(), 1u);
+}
+
+TEST_F(NewTextFile, ReplacesNothing) {
+  test::WriteFile("a.txt", "kept");
+  EXPECT_FALSE(CreateTextFile("a.txt", "new"));
+  EXPECT_EQ(test::ReadFile("a.txt"), "kept");
+  EXPECT_EQ(test::ScratchDirectory::FileCount(), 1u);
+}
+
+TEST_F(NewTextFile, LeavesNothingWhereItCannotBeMade) {
+  EXPECT_FALSE(CreateTextFile("no_such_directory/a.txt", "new"));
+  EXPECT_EQ(test::ScratchDirectory::FileCount(), 0u);
+}
+
+}  // namespace
+}  // namespace launcher

@@ -1,0 +1,51 @@
+#include "support/failing_memory.h"
+
+#include <cstddef>
+#include <cstdlib>
+#include <new>
+
+// The linker leads every call of malloc here; the true one has this name then.
+extern "C" void* __real_malloc(std::size_t size);
+
+namespace {
+
+int requestsUntilFailure = 0;  // 0: none is to fail
+bool allAfter = false;
+bool hasFailed = false;
+
+void* Allocate(std::size_t size) {
+  if (requestsUntilFailure == 1) {
+    hasFailed = true;
+    if (!allAfter) requestsUntilFailure = 0;
+    return nullptr;
+  }
+  if (requestsUntilFailure > 1) --requestsUntilFailure;
+  return __real_malloc(size);
+}
+
+}  // namespace
+
+extern "C" void* __wrap_malloc(std::size_t size) { return Allocate(size); }
+
+void* operator new(std::size_t size) {
+  void* const block = Allocate(size == 0 ? 1 : size);
+  if (block == nullptr) throw std::bad_alloc();
+  return block;
+}
+void operator delete(void* block) noexcept { std::free(block); }
+void operator delete(void* block, std::size_t /*size*/) noexcept { std::free(block); }
+
+namespace launcher::test {
+
+void FailAllocation(int n, bool andAllAfter) {
+  requestsUntilFailure = n;
+  allAfter = andAllAfter;
+  hasFailed = false;
+}
+
+bool StopFailingAllocations() {
+  requestsUntilFailure = 0;
+  return hasFailed;
+}
+
+}  // namespace launcher::test
