@@ -26,17 +26,16 @@ scripts/build.sh windows LauncherDll example_launcher example_client
 printf 'demo: built build/windows/bin/LauncherDll.dll, %s bytes\n' \
   "$(stat -c %s build/windows/bin/LauncherDll.dll)"
 
-if why=$(scripts/wine.sh --check); then
+if what=$(scripts/wine.sh --check); then
   preset=windows
-  what='the 32-bit DLL under Wine'
+  what="the 32-bit DLL under $what"
 else
-  printf 'demo: no Wine: %s; the native build takes its place\n' "$why"
   preset=native
-  what="the native build, since $why"
+  what="the native build, since $what"
   scripts/build.sh native LauncherDll example_launcher example_client
 fi
 
-printf 'demo: running in build/%s/demo\n' "$preset"
+printf 'demo: running %s, in build/%s/demo\n' "$what" "$preset"
 if scripts/run_examples.sh "$preset"; then
   printf "demo: passed: the client got exactly the launcher's data (%s)\n" "$what"
 else

@@ -13,13 +13,18 @@ set -euo pipefail
 
 build_packages=(
   cmake ninja-build g++ g++-mingw-w64-i686 binutils
-  nlohmann-json3-dev libgtest-dev googletest libssl-dev
-  openssl python3 git
+  nlohmann-json3-dev googletest libssl-dev openssl python3
 )
 # Wine runs the 32-bit DLL; Xvfb and Mesa give it a screen, and with it consoles and Direct3D.
 wine_packages=(
   wine wine32:i386 libgl1:i386 libgl1-mesa-dri:i386 xvfb xauth
 )
+# Only for a machine whose processor runs no 32-bit programs; a kernel comes on top.
+emulator_packages=(
+  qemu-system-x86 busybox-static
+)
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 say() { printf 'setup: %s\n' "$*"; }
 complain() { printf 'setup: %s\n' "$*" >&2; }
@@ -36,6 +41,12 @@ case "${1:-}" in
     ;;
 esac
 
+if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then
+  complain 'this is no Debian system: install the equivalents of these packages by hand:'
+  complain "  ${build_packages[*]} ${wine_packages[*]}"
+  exit 1
+fi
+
 is_installed() {
   [ "$(dpkg-query -W -f '${db:Status-Abbrev}' "$1" 2>/dev/null)" = 'ii ' ]
 }
@@ -49,19 +60,26 @@ find_missing() {
   done
 }
 
-if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then
-  complain 'this is no Debian system: install the equivalents of these packages by hand:'
-  complain "  ${build_packages[*]} ${wine_packages[*]}"
-  exit 1
-fi
+# Whether Wine is there and the processor refuses it. Only root can use the emulator.
+needs_emulator() {
+  is_installed wine32:i386 && ! wine --version >/dev/null 2>&1 && [ "$(id -u)" -eq 0 ]
+}
 
-find_missing "${build_packages[@]}" "${wine_packages[@]}"
-if [ "${#missing[@]}" -eq 0 ]; then
+find_all_missing() {
+  local packages=("${build_packages[@]}" "${wine_packages[@]}")
+  if needs_emulator; then packages+=("${emulator_packages[@]}"); fi
+  find_missing "${packages[@]}"
+}
+
+has_all_files() { ! needs_emulator || "$root/scripts/emulate.sh" --check >/dev/null; }
+
+find_all_missing
+if [ "${#missing[@]}" -eq 0 ] && has_all_files; then
   say 'nothing to install'
   exit 0
 fi
 if [ "${1:-}" = --check ]; then
-  say "missing: ${missing[*]}"
+  say "missing: ${missing[*]:-the kernel for the emulator}"
   exit 1
 fi
 
@@ -103,7 +121,15 @@ run_logged() {
   return 1
 }
 
-say "missing: ${missing[*]}"
+# Installs all its arguments in one transaction, or none.
+install() {
+  say "installing (this can take minutes): $*"
+  if run_logged apt install --no-install-recommends "$@"; then return 0; fi
+  say "trying again with the release's main suite, downgrades allowed"
+  run_logged install_from_main_suite "$@" || return 1
+  say "installed from the main suite; packages may have gone back to the release's version"
+}
+
 if [ "$(dpkg --print-architecture)" = amd64 ] &&
   ! dpkg --print-foreign-architectures | grep -qx i386; then
   say 'adding the architecture i386, for Wine'
@@ -113,20 +139,17 @@ fi
 say 'reading the package lists'
 run_logged apt update || complain 'some package lists are out of step; going on with what there is'
 
-say 'installing (a few minutes the first time)'
-if run_logged apt install --no-install-recommends "${missing[@]}"; then
-  say 'installed'
-else
-  say "trying again with the release's main suite, downgrades allowed"
-  if run_logged install_from_main_suite "${missing[@]}"; then
-    say "installed from the main suite; packages may have gone back to the release's version"
-  else
-    find_missing "${build_packages[@]}"
-    if [ "${#missing[@]}" -gt 0 ]; then
-      say 'installing without Wine'
-      run_logged apt install --no-install-recommends "${missing[@]}" || true
-    fi
-  fi
+if [ "${#missing[@]}" -gt 0 ] && ! install "${missing[@]}"; then
+  find_missing "${build_packages[@]}"
+  if [ "${#missing[@]}" -gt 0 ]; then install "${missing[@]}" || true; fi
+fi
+
+# Only now can it be known whether Wine's programs run.
+if needs_emulator; then
+  say 'this machine runs no 32-bit programs: installing an emulator for Wine'
+  find_missing "${emulator_packages[@]}"
+  if [ "${#missing[@]}" -gt 0 ]; then install "${missing[@]}" || true; fi
+  run_logged "$root/scripts/emulate.sh" --install || complain 'the kernel for it was not to be had'
 fi
 
 find_missing "${build_packages[@]}"
@@ -134,9 +157,8 @@ if [ "${#missing[@]}" -gt 0 ]; then
   complain "a package failure, not one of this project: not installed: ${missing[*]}"
   exit 1
 fi
-find_missing "${wine_packages[@]}"
-if [ "${#missing[@]}" -gt 0 ]; then
-  complain "a package failure, not one of this project: no Wine here, missing: ${missing[*]}"
+if why=$("$root/scripts/wine.sh" --check); then
+  say "all is there: the DLL runs under $why"
 else
-  say 'all is there'
+  complain "the DLL cannot run here, for want of packages or of the machine: $why"
 fi

@@ -1,33 +1,52 @@
 #!/usr/bin/env bash
-# Runs a Windows program under Wine, in a prefix of this project's own and, where there is no
-# display, with one that nobody sees.
+# Runs Windows programs under Wine, in a prefix of this project's own, with a display that nobody sees
+# where there is none, and on an emulated processor where this machine's runs no 32-bit programs.
 #
 #   scripts/wine.sh PROGRAM.exe [ARGUMENT...]
-#   scripts/wine.sh --check                    says why Wine cannot run here; exit status 1 then
+#   scripts/wine.sh --with COMMAND [ARGUMENT...]   one display and one emulator for all programs that
+#                                                  COMMAND runs by this script
+#   scripts/wine.sh --check                        says what will be used, or why nothing can be;
+#                                                  exit status 1 then
 #
 # WINEPREFIX  the prefix; build/wine if unset. It is made on first use.
 set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+
+is_installed() { command -v wine >/dev/null && command -v xvfb-run >/dev/null; }
+runs_here() { wine --version >/dev/null 2>&1; }
+
+case "${1:-}" in
+  --check)
+    if ! is_installed; then
+      echo 'Wine is not installed'
+      exit 1
+    elif runs_here; then
+      echo 'Wine'
+    elif why=$("$root/scripts/emulate.sh" --check); then
+      echo 'Wine on an emulated processor'
+    else
+      echo "this machine runs no 32-bit programs, and $why"
+      exit 1
+    fi
+    exit
+    ;;
+  '' | --help)
+    sed -n '2,/^set -/{/^set -/d;s/^# \{0,1\}//;p}' "$0"
+    exit 2
+    ;;
+esac
+
+if ! runs_here; then exec "$root/scripts/emulate.sh" "$root/scripts/wine.sh" "$@"; fi
+# A console of its own, which the client gets, is a window under Wine.
+if [ -z "${DISPLAY:-}" ]; then exec xvfb-run -a "$root/scripts/wine.sh" "$@"; fi
+if [ "$1" = --with ]; then exec "${@:2}"; fi
+
 export WINEPREFIX="${WINEPREFIX:-$root/build/wine}"
 export WINEARCH=win32
 export WINEDEBUG="${WINEDEBUG:--all}"
 # Neither Mono nor Gecko is used, and without this Wine asks for them in a window.
 export WINEDLLOVERRIDES="${WINEDLLOVERRIDES:-mscoree,mshtml=}"
-
-if [ "${1:-}" = --check ]; then
-  if ! command -v wine >/dev/null || ! command -v xvfb-run >/dev/null; then
-    echo 'Wine is not installed'
-    exit 1
-  elif ! wine --version >/dev/null 2>&1; then
-    echo 'this machine runs no 32-bit programs'
-    exit 1
-  fi
-  exit 0
-fi
-
-# A console of its own, which the client gets, is a window under Wine.
-if [ -z "${DISPLAY:-}" ]; then exec xvfb-run -a "$0" "$@"; fi
 
 if [ ! -e "$WINEPREFIX/system.reg" ]; then
   mkdir -p "$WINEPREFIX"

@@ -9,11 +9,14 @@ namespace launcher::test {
 
 namespace fs = std::filesystem;
 
-ScratchDirectory::ScratchDirectory()
-    : previous_(fs::current_path()),
-      own_(previous_ / ("scratch-" + std::to_string(GetCurrentProcessId()))) {
-  fs::remove_all(own_);
-  fs::create_directory(own_);
+ScratchDirectory::ScratchDirectory() : previous_(fs::current_path()) {
+  // On Windows a directory stays as long as a process works in it, and a client's console may for a
+  // while: each gets a name that is free.
+  const std::string name = "scratch-" + std::to_string(GetCurrentProcessId()) + '-';
+  int number = 0;
+  do {
+    own_ = previous_ / (name + std::to_string(++number));
+  } while (!fs::create_directory(own_));
   fs::current_path(own_);
 }
 

@@ -1,0 +1,138 @@
+#!/usr/bin/env bash
+# Runs a command on an emulated processor, for machines whose own runs no 32-bit programs.
+#
+#   scripts/emulate.sh COMMAND [ARGUMENT...]
+#   scripts/emulate.sh --install    unpacks a kernel for it into build/emulator
+#   scripts/emulate.sh --check      says why it cannot run here; exit status 1 then
+#
+# A Debian kernel is started under QEMU with this machine's files as its own, so the command finds
+# everything where it is here and what it writes stays. It has root's rights, a /tmp of its own, no
+# network, and is some twenty times slower. Takes root. Exit status: the command's.
+set -euo pipefail
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+emulator=$root/build/emulator
+kernel_package=linux-image-cloud-amd64
+# Shares a directory of this machine with the guest; it comes with qemu-system-x86.
+virtiofsd=/usr/lib/qemu/virtiofsd
+# In the order in which they need each other.
+modules=(virtio/virtio_ring virtio/virtio virtio/virtio_pci_legacy_dev virtio/virtio_pci_modern_dev
+  virtio/virtio_pci fuse virtiofs)
+
+why_not() {
+  if [ "$(id -u)" -ne 0 ]; then
+    echo 'the emulator takes root'
+  elif ! command -v qemu-system-x86_64 busybox >/dev/null || [ ! -x "$virtiofsd" ]; then
+    echo 'the emulator is not installed'
+  elif [ ! -e "$emulator/vmlinuz" ]; then
+    echo 'the kernel for the emulator is not there'
+  fi
+}
+
+write_init() {
+  cat >"$1" <<'INIT'
+#!/bin/busybox sh
+/bin/busybox --install -s /bin
+export PATH=/bin
+mount -t proc proc /proc
+mount -t devtmpfs dev /dev
+for module in $(cat /modules/order); do insmod "/modules/$module.ko"; done
+mount -t virtiofs root /machine || poweroff -f
+for folder in tmp run; do mount -t tmpfs "$folder" "/machine/$folder"; done
+mount -t proc proc /machine/proc
+mount -t sysfs sys /machine/sys
+mount -t devtmpfs dev /machine/dev
+mkdir -p /machine/dev/pts /machine/dev/shm
+mount -t devpts pts /machine/dev/pts
+mount -t tmpfs shm /machine/dev/shm
+ip link set lo up
+# The second serial line is the command's output; the first has the kernel's messages.
+stty -F /dev/ttyS1 raw
+emulator=$(sed -n 's/.*emulator=\([^ ]*\).*/\1/p' /proc/cmdline)
+chroot /machine /bin/bash "$emulator/job" >/dev/ttyS1 2>&1 </dev/null
+echo $? >"/machine$emulator/status"
+sync
+poweroff -f
+INIT
+  chmod +x "$1"
+}
+
+install_kernel() {
+  [ ! -e "$emulator/vmlinuz" ] || return 0
+  local work package
+  work=$(mktemp -d)
+  trap 'rm -rf "$work"' RETURN
+  chmod 755 "$work"
+  # The package that the kernel's name stands for now.
+  package=$(apt-cache depends "$kernel_package" | sed -n 's/^ *Depends: \(linux-image\)/\1/p')
+  (cd "$work" && apt-get download -q "$package" && dpkg -x "$package"_*.deb kernel) >/dev/null 2>&1
+
+  local image=$work/image module
+  mkdir -p "$image"/{bin,dev,machine,modules,proc}
+  cp /bin/busybox "$image/bin/"
+  for module in "${modules[@]}"; do
+    cp "$(find "$work/kernel" -path "*/$module.ko" | head -n 1)" "$image/modules/"
+    printf '%s ' "${module##*/}" >>"$image/modules/order"
+  done
+  write_init "$image/init"
+  mkdir -p "$emulator"
+  (cd "$image" && find . | busybox cpio -o -H newc 2>/dev/null | gzip -1) >"$emulator/initrd"
+  cp "$work"/kernel/boot/vmlinuz-* "$emulator/vmlinuz"
+}
+
+case "${1:-}" in
+  --install)
+    install_kernel
+    exit
+    ;;
+  --check)
+    why_not
+    [ -z "$(why_not)" ]
+    exit
+    ;;
+  '' | -*)
+    sed -n '2,/^set -/{/^set -/d;s/^# \{0,1\}//;p}' "$0" >&2
+    exit 2
+    ;;
+esac
+if why=$(why_not) && [ -n "$why" ]; then
+  printf 'emulate: %s\n' "$why" >&2
+  exit 1
+fi
+
+exec 9>"$emulator/.running"
+flock 9  # one at a time: they would share what follows
+{
+  printf 'cd %q\n' "$PWD"
+  # Where it is empty the guest's shell has none either.
+  for name in PATH HOME CI LANG; do
+    [ -z "${!name:-}" ] || printf 'export %s=%q\n' "$name" "${!name}"
+  done
+  printf '%q ' "$@"
+} >"$emulator/job"
+rm -f "$emulator/status" "$emulator/files.socket"
+
+"$virtiofsd" --socket-path="$emulator/files.socket" -o source=/ -o cache=always -o sandbox=chroot \
+  >"$emulator/files.log" 2>&1 9>&- &
+files=$!
+trap 'kill "$files" 2>/dev/null || true' EXIT
+for _ in $(seq 100); do
+  [ ! -S "$emulator/files.socket" ] || break
+  sleep 0.1
+done
+
+# smap=off: with it, QEMU faults where Wine returns to 32-bit code by IRET.
+qemu-system-x86_64 -accel tcg,thread=multi -cpu max,smap=off,pku=off,la57=off -smp "$(nproc)" \
+  -m 3G -object memory-backend-memfd,id=memory,size=3G,share=on -numa node,memdev=memory \
+  -chardev socket,id=files,path="$emulator/files.socket" \
+  -device vhost-user-fs-pci,chardev=files,tag=root \
+  -kernel "$emulator/vmlinuz" -initrd "$emulator/initrd" \
+  -append "console=ttyS0 quiet panic=-1 emulator=$emulator" \
+  -display none -vga none -net none -no-reboot \
+  -serial "file:$emulator/console.log" -serial stdio -monitor none </dev/null 9>&-
+
+if [ ! -e "$emulator/status" ]; then
+  printf 'emulate: the guest ended early; see %s\n' "$emulator/console.log" >&2
+  exit 1
+fi
+exit "$(cat "$emulator/status")"
