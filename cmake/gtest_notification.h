@@ -1,5 +1,6 @@
-// A class that GoogleTest makes of std::mutex, which the win32 flavour of the compiler does not have.
-// Included ahead of everything that includes GoogleTest, with GTEST_HAS_NOTIFICATION_ set to say so.
+// A class that GoogleTest makes of std::mutex, which the win32 flavour of the compiler does not
+// have. Included ahead of everything that includes GoogleTest, with GTEST_HAS_NOTIFICATION_ set to
+// say so.
 
 #ifndef LAUNCHER_CMAKE_GTEST_NOTIFICATION_H_
 #define LAUNCHER_CMAKE_GTEST_NOTIFICATION_H_

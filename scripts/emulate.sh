@@ -49,8 +49,11 @@ ip link set lo up
 # The second serial line is the command's output; the first has the kernel's messages.
 stty -F /dev/ttyS1 raw
 emulator=$(sed -n 's/.*emulator=\([^ ]*\).*/\1/p' /proc/cmdline)
-chroot /machine /bin/bash "$emulator/job" >/dev/ttyS1 2>&1 </dev/null
-echo $? >"/machine$emulator/status"
+# Through cat, since programs treat a terminal in ways of their own.
+{
+  chroot /machine /bin/bash "$emulator/job" 2>&1 </dev/null
+  echo $? >"/machine$emulator/status"
+} | cat >/dev/ttyS1
 sync
 poweroff -f
 INIT

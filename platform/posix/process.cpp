@@ -139,6 +139,7 @@ BOOL StartProgram(const std::string& commandLine, PROCESS_INFORMATION& started) 
   if (texts.empty()) return Fail(kErrorFileNotFound);
   const std::string path = NativePath(texts[0].c_str());
   std::vector<char*> arguments;
+  arguments.reserve(texts.size() + 1);
   for (std::string& text : texts) arguments.push_back(text.data());
   arguments.push_back(nullptr);
 

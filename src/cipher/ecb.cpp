@@ -10,29 +10,29 @@
 namespace launcher {
 namespace {
 
-constexpr std::uint32_t kLanes = 6;
+constexpr std::size_t kLanes = 6;
 
 // `context.p` holds the subkeys in the order of their use, which is all that tells one direction
 // from the other.
-template <std::uint32_t kCount>
+template <std::size_t kCount>
 inline void TransformBlocks(const BlowfishContext& context, std::uint8_t* blocks) {
   std::uint32_t left[kCount];
   std::uint32_t right[kCount];
-  for (std::uint32_t i = 0; i < kCount; ++i) {
+  for (std::size_t i = 0; i < kCount; ++i) {
     left[i] = LoadLittleEndian(blocks + i * kBlockSize);
     right[i] = LoadLittleEndian(blocks + i * kBlockSize + 4);
   }
   for (std::size_t round = 0; round < kBlowfishRounds; round += 2) {
-    for (std::uint32_t i = 0; i < kCount; ++i) {
+    for (std::size_t i = 0; i < kCount; ++i) {
       left[i] ^= context.p[round];
       right[i] ^= BlowfishF(context.s, left[i]);
     }
-    for (std::uint32_t i = 0; i < kCount; ++i) {
+    for (std::size_t i = 0; i < kCount; ++i) {
       right[i] ^= context.p[round + 1];
       left[i] ^= BlowfishF(context.s, right[i]);
     }
   }
-  for (std::uint32_t i = 0; i < kCount; ++i) {
+  for (std::size_t i = 0; i < kCount; ++i) {
     StoreLittleEndian(blocks + i * kBlockSize, right[i] ^ context.p[kBlowfishRounds + 1]);
     StoreLittleEndian(blocks + i * kBlockSize + 4, left[i] ^ context.p[kBlowfishRounds]);
   }
@@ -41,7 +41,7 @@ inline void TransformBlocks(const BlowfishContext& context, std::uint8_t* blocks
 // The context comes by value: in this frame its tables are at known distances, and 32-bit x86 has
 // no register to spare for their address.
 void TransformRegion(const BlowfishContext context, std::uint8_t* region, std::uint32_t size) {
-  std::uint32_t offset = 0;
+  std::size_t offset = 0;
   for (; size - offset >= kLanes * kBlockSize; offset += kLanes * kBlockSize) {
     TransformBlocks<kLanes>(context, region + offset);
   }

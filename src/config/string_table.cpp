@@ -12,6 +12,7 @@
 #include "config/launcher_config.h"
 #include "frame/bounded_text.h"
 #include "frame/guard.h"
+#include "platform/heap.h"
 
 namespace launcher {
 namespace {
@@ -92,7 +93,7 @@ ResultCode CopyTextToMemory(StringLabel label, char** text) {
   if (source == nullptr) return QX_NOT_FOUND;
 
   const std::size_t size = std::strlen(source) + 1;
-  char* const copy = static_cast<char*>(std::malloc(size));
+  char* const copy = static_cast<char*>(AllocateBlock(size));
   if (copy == nullptr) return QX_OUT_OF_MEMORY;
 
   std::memcpy(copy, source, size);

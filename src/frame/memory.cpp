@@ -5,11 +5,12 @@
 #include <cstring>
 
 #include "launcher_dll.h"
+#include "platform/heap.h"
 
 ResultCode QX_CALL QX_Allocate(void** block, std::uint32_t size) {
   if (size == 0) return QX_BAD_ARGUMENT;
 
-  *block = std::malloc(size);
+  *block = launcher::AllocateBlock(size);
   if (*block == nullptr) return QX_OUT_OF_MEMORY;
 
   std::memset(*block, 0, size);

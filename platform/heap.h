@@ -1,0 +1,27 @@
+// The runtime's heap, for blocks that callers get.
+
+#ifndef LAUNCHER_PLATFORM_HEAP_H_
+#define LAUNCHER_PLATFORM_HEAP_H_
+
+#include <cstddef>
+#include <cstdlib>
+
+#if defined(_WIN32)
+// The linker's name for malloc itself, past platform/windows/runtime_reserve.cpp.
+extern "C" void* __real_malloc(std::size_t size);
+#endif
+
+namespace launcher {
+
+// A block of `size` bytes, or null where memory ran out. It goes back by std::free.
+inline void* AllocateBlock(std::size_t size) {
+#if defined(_WIN32)
+  return __real_malloc(size);
+#else
+  return std::malloc(size);
+#endif
+}
+
+}  // namespace launcher
+
+#endif  // LAUNCHER_PLATFORM_HEAP_H_
