@@ -25,6 +25,6 @@ if(BUILD_TESTING OR NOT DEFINED BUILD_TESTING)
     # The win32 flavour of the compiler has no std::mutex, which GoogleTest wants for one class.
     target_compile_definitions(gtest PUBLIC GTEST_HAS_NOTIFICATION_=1)
     target_compile_options(gtest PUBLIC
-      "$<$<COMPILE_LANGUAGE:CXX>:SHELL:-include ${CMAKE_CURRENT_LIST_DIR}/gtest_notification.h>")
+      "$<$<COMPILE_LANGUAGE:CXX>:SHELL:-include \"${CMAKE_CURRENT_LIST_DIR}/gtest_notification.h\">")
   endif()
 endif()

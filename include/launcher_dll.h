@@ -148,10 +148,13 @@ typedef struct SystemInformation {
  * or a size below 176, with nothing written, printed or loaded. */
 QX_API ResultCode QX_CALL QX_GetSystemInformation(SystemInformation* record, uint32_t size);
 
-/* Tells whether "config.json" loads; it does not look at the setting Is_Staging.
+/* Tells whether "config.json" loads; it does not look at the setting Is_Staging. A missing file is
+ * created as by a lookup, with the line "Created default config: config.json"; nothing else is
+ * printed to the standard output.
  *
- * Returns 1 if it loads or was created; 0 if not, and then prints "Error: ", the reason and a line
- * end to the standard error stream, flushed. */
+ * Returns 1 if the file loads, was created, or could be neither opened nor created; 0 if it does
+ * not load or memory runs out, and then prints "Error: ", the reason and a line end to the standard
+ * error stream, flushed. */
 QX_API int32_t QX_CALL QX_IsStaging(void);
 
 /* ---- The container ------------------------------------------------------------------------- */
@@ -260,7 +263,8 @@ QX_API uint8_t QX_CALL QX_SignSignature(uint8_t* destination, uint32_t capacity,
  *
  * The client's command line is its path in double quotes, a blank, this process's id and the
  * address of a copy of the data, each as eight lower-case hexadecimal digits; without data the
- * address is eight zeros. The client gets a new console and the caller's environment and directory.
+ * address is eight zeros. dataSize is not told: the data have to begin with it, if the client needs
+ * it. The client gets a new console and the caller's environment and directory.
  *
  * Returns 0 after the client has ended, whatever its exit code; QX_FAILED where clientPath is null
  * or too long, or the client could not be started. */
@@ -269,7 +273,8 @@ QX_API ResultCode QX_CALL QX_CreateProcess(const char* clientPath, const void* d
 
 /* Takes a number off the end of a text: the last 8 characters, as hexadecimal digits.
  *
- * value  receives the number, or null; digits count up to the first character that is none
+ * value  receives the number, or null; what strtoul makes of the 8 characters: blanks, a sign and
+ *        "0x" may come first, and digits count up to the first character that is none
  * text   loses its last 8 characters
  *
  * Returns 0; QX_BAD_ARGUMENT for a null text; QX_FAILED for a text of fewer than 8 characters, with

@@ -22,7 +22,8 @@ modules=(virtio/virtio_ring virtio/virtio virtio/virtio_pci_legacy_dev virtio/vi
 why_not() {
   if [ "$(id -u)" -ne 0 ]; then
     echo 'the emulator takes root'
-  elif ! command -v qemu-system-x86_64 busybox >/dev/null || [ ! -x "$virtiofsd" ]; then
+  elif ! command -v qemu-system-x86_64 >/dev/null || ! command -v busybox >/dev/null ||
+    [ ! -x "$virtiofsd" ]; then
     echo 'the emulator is not installed'
   elif [ ! -e "$emulator/vmlinuz" ]; then
     echo 'the kernel for the emulator is not there'
@@ -38,7 +39,13 @@ mount -t proc proc /proc
 mount -t devtmpfs dev /dev
 for module in $(cat /modules/order); do insmod "/modules/$module.ko"; done
 mount -t virtiofs root /machine || poweroff -f
+# In base 64, since a path may hold blanks.
+project=$(sed -n 's/.* project=\([^ ]*\).*/\1/p' /proc/cmdline | base64 -d)
+# The project may lie in a folder that is hidden now.
+mount --bind "/machine$project" /project
 for folder in tmp run; do mount -t tmpfs "$folder" "/machine/$folder"; done
+mkdir -p "/machine$project"
+mount --bind /project "/machine$project"
 mount -t proc proc /machine/proc
 mount -t sysfs sys /machine/sys
 mount -t devtmpfs dev /machine/dev
@@ -48,7 +55,7 @@ mount -t tmpfs shm /machine/dev/shm
 ip link set lo up
 # The second serial line is the command's output; the first has the kernel's messages.
 stty -F /dev/ttyS1 raw
-emulator=$(sed -n 's/.*emulator=\([^ ]*\).*/\1/p' /proc/cmdline)
+emulator=$project/build/emulator
 # Through cat, since programs treat a terminal in ways of their own.
 {
   chroot /machine /bin/bash "$emulator/job" 2>&1 </dev/null
@@ -62,16 +69,16 @@ INIT
 
 install_kernel() {
   [ ! -e "$emulator/vmlinuz" ] || return 0
-  local work package
+  local package
   work=$(mktemp -d)
-  trap 'rm -rf "$work"' RETURN
+  trap 'rm -rf "$work"' EXIT
   chmod 755 "$work"
   # The package that the kernel's name stands for now.
   package=$(apt-cache depends "$kernel_package" | sed -n 's/^ *Depends: \(linux-image\)/\1/p')
-  (cd "$work" && apt-get download -q "$package" && dpkg -x "$package"_*.deb kernel) >/dev/null 2>&1
+  (cd "$work" && apt-get download -q "$package" && dpkg -x "$package"_*.deb kernel)
 
   local image=$work/image module
-  mkdir -p "$image"/{bin,dev,machine,modules,proc}
+  mkdir -p "$image"/{bin,dev,machine,modules,proc,project}
   cp /bin/busybox "$image/bin/"
   for module in "${modules[@]}"; do
     cp "$(find "$work/kernel" -path "*/$module.ko" | head -n 1)" "$image/modules/"
@@ -108,7 +115,7 @@ flock 9  # one at a time: they would share what follows
 {
   printf 'cd %q\n' "$PWD"
   # Where it is empty the guest's shell has none either.
-  for name in PATH HOME CI LANG; do
+  for name in PATH HOME CI LANG WINEPREFIX WINEDEBUG WINEDLLOVERRIDES; do
     [ -z "${!name:-}" ] || printf 'export %s=%q\n' "$name" "${!name}"
   done
   printf '%q ' "$@"
@@ -127,12 +134,12 @@ done
 # smap=off: with it, QEMU faults where Wine returns to 32-bit code by IRET.
 qemu-system-x86_64 -accel tcg,thread=multi -cpu max,smap=off,pku=off,la57=off -smp "$(nproc)" \
   -m 3G -object memory-backend-memfd,id=memory,size=3G,share=on -numa node,memdev=memory \
-  -chardev socket,id=files,path="$emulator/files.socket" \
+  -chardev socket,id=files,path="${emulator//,/,,}/files.socket" \
   -device vhost-user-fs-pci,chardev=files,tag=root \
   -kernel "$emulator/vmlinuz" -initrd "$emulator/initrd" \
-  -append "console=ttyS0 quiet panic=-1 emulator=$emulator" \
+  -append "console=ttyS0 quiet panic=-1 project=$(printf %s "$root" | base64 -w 0)" \
   -display none -vga none -net none -no-reboot \
-  -serial "file:$emulator/console.log" -serial stdio -monitor none </dev/null 9>&-
+  -serial "file:${emulator//,/,,}/console.log" -serial stdio -monitor none </dev/null 9>&-
 
 if [ ! -e "$emulator/status" ]; then
   printf 'emulate: the guest ended early; see %s\n' "$emulator/console.log" >&2

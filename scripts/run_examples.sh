@@ -12,6 +12,10 @@ set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 bin="$root/build/$1/bin"
 
+if [ ! -d "$bin" ]; then
+  printf "examples: no build '%s'; run scripts/build.sh %s\n" "$1" "$1" >&2
+  exit 2
+fi
 rm -rf "$root/build/$1/demo"
 mkdir -p "$root/build/$1/demo"
 cd "$root/build/$1/demo"

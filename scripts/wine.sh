@@ -6,7 +6,8 @@
 #   scripts/wine.sh --with COMMAND [ARGUMENT...]   one display and one emulator for all programs that
 #                                                  COMMAND runs by this script
 #   scripts/wine.sh --check                        says what will be used, or why nothing can be;
-#                                                  exit status 1 then
+#                                                  exit status 2 if Wine is not installed, 1 if
+#                                                  this machine cannot run it
 #
 # WINEPREFIX  the prefix; build/wine if unset. It is made on first use.
 set -euo pipefail
@@ -20,7 +21,7 @@ case "${1:-}" in
   --check)
     if ! is_installed; then
       echo 'Wine is not installed'
-      exit 1
+      exit 2
     elif runs_here; then
       echo 'Wine'
     elif why=$("$root/scripts/emulate.sh" --check); then
@@ -37,6 +38,10 @@ case "${1:-}" in
     ;;
 esac
 
+if ! is_installed; then
+  echo 'wine: Wine is not installed: run scripts/setup.sh' >&2
+  exit 1
+fi
 if ! runs_here; then exec "$root/scripts/emulate.sh" "$root/scripts/wine.sh" "$@"; fi
 # A console of its own, which the client gets, is a window under Wine.
 if [ -z "${DISPLAY:-}" ]; then exec xvfb-run -a "$root/scripts/wine.sh" "$@"; fi
@@ -53,7 +58,13 @@ if [ ! -e "$WINEPREFIX/system.reg" ]; then
   # Two programs that start at once must not both make the prefix.
   exec 9>"$WINEPREFIX/.making"
   flock 9
-  [ -e "$WINEPREFIX/system.reg" ] || wineboot --init >"$WINEPREFIX/wineboot.log" 2>&1 9>&-
+  if [ ! -e "$WINEPREFIX/system.reg" ]; then
+    {
+      wineboot --init
+      # A program that crashes ends, and nobody is asked in a window.
+      wine reg add 'HKCU\Software\Wine\WineDbg' /v ShowCrashDialog /t REG_DWORD /d 0 /f
+    } >"$WINEPREFIX/wineboot.log" 2>&1 9>&-
+  fi
   exec 9>&-
 fi
 

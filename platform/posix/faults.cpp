@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstring>
 #include <mutex>
+#include <utility>
 
 namespace launcher::posix {
 namespace {
@@ -17,6 +18,8 @@ struct Plan {
 
 std::mutex planMutex;
 Plan plan;
+bool isRecording = false;
+std::vector<std::string> recordedCalls;
 
 std::atomic<int> objectCount{0};
 thread_local DWORD lastError = 0;
@@ -34,8 +37,20 @@ bool StopFailing() {
   return plan.hasFailed;
 }
 
+void StartRecording() {
+  const std::lock_guard<std::mutex> lock(planMutex);
+  isRecording = true;
+}
+
+std::vector<std::string> StopRecording() {
+  const std::lock_guard<std::mutex> lock(planMutex);
+  isRecording = false;
+  return std::exchange(recordedCalls, {});
+}
+
 bool MustFail(const char* name) {
   const std::lock_guard<std::mutex> lock(planMutex);
+  if (isRecording) recordedCalls.push_back(name);
   if (!plan.isActive) return false;
   if (plan.name != nullptr && std::strcmp(plan.name, name) != 0) return false;
   if (plan.callsUntilFailure > 1) {

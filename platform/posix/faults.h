@@ -5,6 +5,8 @@
 #define LAUNCHER_PLATFORM_POSIX_FAULTS_H_
 
 #include <new>
+#include <string>
+#include <vector>
 
 #include "platform/win32.h"
 
@@ -26,6 +28,11 @@ void FailCall(const char* name, int n, bool andAllAfter = false);
 
 // Ends that. Answers whether any call was made to fail since FailCall.
 bool StopFailing();
+
+// Writes down the names of the layer's functions as they are called, but for those that cannot
+// fail.
+void StartRecording();
+std::vector<std::string> StopRecording();
 
 // The handles, blocks, hashes and providers of the native layer that are open at the moment.
 int OpenObjectCount();

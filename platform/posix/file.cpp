@@ -1,6 +1,7 @@
 // Files, by paths in which a backslash separates names too.
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -39,7 +40,24 @@ std::FILE* _fsopen(const char* path, const char* mode, int share) {
   constexpr std::FILE* kNone = nullptr;
   return WithoutThrowing(kNone, [=] {
     // "e": a child does not inherit it.
-    return std::fopen(NativePath(path).c_str(), (std::string(mode) + 'e').c_str());
+    std::FILE* const file = std::fopen(NativePath(path).c_str(), (std::string(mode) + 'e').c_str());
+    struct stat status = {};
+    if (file == nullptr || fstat(fileno(file), &status) != 0 || !S_ISDIR(status.st_mode)) {
+      return file;
+    }
+    std::fclose(file);  // Windows opens no directory
+    return kNone;
+  });
+}
+
+int _stat64(const char* path, struct __stat64* status) {
+  using namespace launcher::posix;
+  if (MustFail(__func__)) return -1;
+  return WithoutThrowing(-1, [=] {
+    struct stat found = {};
+    if (stat(NativePath(path).c_str(), &found) != 0) return -1;
+    status->st_size = found.st_size;
+    return 0;
   });
 }
 

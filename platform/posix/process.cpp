@@ -22,6 +22,8 @@
 namespace launcher::posix {
 namespace {
 
+constexpr DWORD kFullAccess = 0x1FFFFF;
+
 // What both handles of a child refer to.
 struct Process {
   pid_t pid = 0;
@@ -57,7 +59,10 @@ void AskWhetherEnded(Process& process) {
     return;
   }
   int status = 0;
-  if (waitpid(process.pid, &status, WNOHANG) != process.pid) return;
+  const pid_t ended = waitpid(process.pid, &status, WNOHANG);
+  // Where the caller ignores the ends of its children nobody has the exit code.
+  const bool isLost = ended < 0 && errno == ECHILD;
+  if (ended != process.pid && !isLost) return;
   process.hasEnded = true;
   process.exitCode = WIFEXITED(status) ? static_cast<DWORD>(WEXITSTATUS(status))
                                        : 0x80000000 + static_cast<DWORD>(WTERMSIG(status));
@@ -171,11 +176,12 @@ DWORD GetCurrentProcessId() { return static_cast<DWORD>(getpid()); }
 
 DWORD GetCurrentThreadId() { return static_cast<DWORD>(gettid()); }
 
-HANDLE OpenProcess(DWORD /*access*/, BOOL /*inheritHandle*/, DWORD processId) {
+HANDLE OpenProcess(DWORD access, BOOL inheritHandle, DWORD processId) {
   using namespace launcher::posix;
   if (MustFail(__func__)) return nullptr;
   const auto pid = static_cast<pid_t>(processId);
-  if (pid <= 0 || (kill(pid, 0) != 0 && errno == ESRCH)) {
+  const bool isAccess = access == kFullAccess || access == PROCESS_VM_READ;
+  if (!isAccess || inheritHandle != FALSE || pid <= 0 || (kill(pid, 0) != 0 && errno == ESRCH)) {
     Fail(kErrorInvalidParameter);
     return nullptr;
   }

@@ -58,7 +58,8 @@ struct PROCESS_INFORMATION {
 DWORD GetCurrentProcessId();
 DWORD GetCurrentThreadId();
 
-// The access mask is not looked at: the kernel decides when the process is touched.
+// With full access or PROCESS_VM_READ only; what that is worth the kernel decides when the process
+// is touched.
 HANDLE OpenProcess(DWORD access, BOOL inheritHandle, DWORD processId);
 
 // Takes the program from the head of the command line and the rest as its arguments, by the rules
@@ -101,6 +102,12 @@ HLOCAL LocalFree(HLOCAL block);
 inline constexpr int _SH_DENYNO = 0x40;
 
 std::FILE* _fsopen(const char* path, const char* mode, int share);
+
+struct __stat64 {
+  std::int64_t st_size;
+};
+int _stat64(const char* path, struct __stat64* status);
+
 BOOL DeleteFileA(const char* path);
 
 // With flags of 0 only: fails where `to` exists.

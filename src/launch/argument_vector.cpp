@@ -29,7 +29,7 @@ ResultCode PackArguments(const wchar_t* const* arguments, std::int32_t count,
   // The caller's limit counts characters; the block counts bytes, and there may be more of these.
   std::size_t length = 0;
   for (std::int32_t i = 0; i < count; ++i) length += std::wcslen(arguments[i]) + 1;
-  if (count > 0 && capacity < length) return QX_BAD_ARGUMENT;
+  if (capacity < length) return QX_BAD_ARGUMENT;
 
   std::size_t size = 0;
   for (std::int32_t i = 0; i < count; ++i) {

@@ -3,13 +3,12 @@
 #include <cstdio>
 #include <cstring>
 
-#include "cipher/container.h"
 #include "launcher_dll.h"
 
 namespace launcher {
 
 static_assert(kMaxClientPathLength == 2028);
-static_assert(ContainerSize(kSignedAreaSize) == kEncipheredLineSize);
+static_assert(kEncipheredLineSize == 2092);
 
 void FormatLaunchLine(char (&line)[kLaunchLineCapacity], const char* clientPath,
                       std::uint32_t processId, std::uint32_t dataAddress) {

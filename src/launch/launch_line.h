@@ -11,6 +11,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "cipher/container.h"
 #include "launch/hex_digits.h"
 
 namespace launcher {
@@ -32,7 +33,7 @@ void FormatLaunchLine(char (&line)[kLaunchLineCapacity], const char* clientPath,
 // kSignedAreaSize bytes, the signature marker, the line without its terminator and zero bytes. A
 // line that does not fit behind the marker leaves all of the payload zero.
 inline constexpr std::uint32_t kSignedAreaSize = 2048;
-inline constexpr std::uint32_t kEncipheredLineSize = 2092;
+inline constexpr std::uint32_t kEncipheredLineSize = ContainerSize(kSignedAreaSize);
 
 // Writes the enciphered form. Answers false, with `block` unwritten, where the system gives no
 // digest.

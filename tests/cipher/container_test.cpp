@@ -91,8 +91,10 @@ TEST(Container, IsRefusedUnchangedByItsShape) {
     std::uint32_t size;
     int flippedOffset;  // of one byte, -1 for none
   };
-  for (const Case& refused : {Case{"39 bytes", 39, -1}, Case{"40 bytes", 40, -1},
-                              Case{"43 bytes", 43, -1}, Case{"wrong magic", 44, 3}}) {
+  for (const Case& refused :
+       {Case{"4 bytes", 4, -1}, Case{"12 bytes", 12, -1}, Case{"28 bytes", 28, -1},
+        Case{"36 bytes", 36, -1}, Case{"39 bytes", 39, -1}, Case{"40 bytes", 40, -1},
+        Case{"43 bytes", 43, -1}, Case{"wrong magic", 44, 3}}) {
     SCOPED_TRACE(refused.what);
     Bytes content(known.container.data(), known.container.data() + refused.size);
     if (refused.flippedOffset >= 0) content[static_cast<std::size_t>(refused.flippedOffset)] ^= 1;
@@ -179,7 +181,7 @@ TEST(Container, SkipsAPrefixThatThePayloadBeginsWith) {
 
 TEST(Container, MayTakeThePlaceOfItsPayload) {
   const KnownContainer known = test::KnownContainerNamed("size-2048");
-  // At 40 the payload stands where it has to be; at 2048 the header reaches into it.
+  // At 40 the payload stands where it has to be; at 2048 the container ends in it.
   for (const std::size_t payloadOffset : {40u, 41u, 77u, 2048u}) {
     const GuardedBuffer area(std::max<std::size_t>(2092, payloadOffset + 2048));
     std::copy(known.payload.begin(), known.payload.end(), area.Data() + payloadOffset);

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 
 #include "launcher_dll.h"
@@ -93,9 +94,11 @@ TEST_F(KeyedCodec, LeavesAloneWhatIsNoContainer) {
   const Bytes container = test::KnownContainerNamed("size-4").container;
   Bytes otherMagic = container;
   otherMagic[0] = 'b';
-  for (const Bytes& content : {Bytes(100, 'a'), Bytes(1, 'B'), otherMagic,
-                               Bytes(container.begin(), container.begin() + 39),
-                               Bytes(container.begin(), container.begin() + 40)}) {
+  for (const Bytes& content :
+       {Bytes(100, 'a'), Bytes(1, 'B'), otherMagic, Bytes(container.begin(), container.begin() + 4),
+        Bytes(container.begin(), container.begin() + 36),
+        Bytes(container.begin(), container.begin() + 39),
+        Bytes(container.begin(), container.begin() + 40)}) {
     const GuardedBuffer block(content);
     EXPECT_EQ(Decode(block.Data(), static_cast<std::int32_t>(block.Size()), 1),
               (Decoding{0, 0, 0}));
@@ -186,6 +189,17 @@ TEST_F(KeyedCodec, SignsWithinTheCapacity) {
   EXPECT_EQ(QX_SignSignature(small.Data(), 100, nullptr, 0), 0);
   EXPECT_EQ(QX_SignSignature(nullptr, 100, data.data(), 1), 0);
   EXPECT_TRUE(small.IsUntouched());
+}
+
+TEST_F(KeyedCodec, SignsDataThatStandBehindTheMarkersPlace) {
+  const std::string data = "data that move towards the front or not at all";
+  const auto dataSize = static_cast<std::uint32_t>(data.size());
+  for (const std::size_t dataOffset : {22u, 23u, 40u}) {
+    const GuardedBuffer area(dataOffset + data.size());
+    std::copy(data.begin(), data.end(), area.Data() + dataOffset);
+    EXPECT_EQ(QX_SignSignature(area.Data(), area.Size(), area.Data() + dataOffset, dataSize), 1);
+    EXPECT_EQ(std::string(area.Text(), 22 + data.size()), kMarker + data) << dataOffset;
+  }
 }
 
 TEST_F(KeyedCodec, BringsSignedDataBack) {

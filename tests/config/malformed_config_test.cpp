@@ -94,6 +94,10 @@ TEST_F(MalformedConfig, IsToldForDocumentAndSection) {
     ExpectError(value, WrongContainer(type));
     ExpectError(std::string("{\"Orvane\": ") + value + "}", WrongContainer(type));
   }
+  // Members count in their own section alone, and of two sections the last.
+  ExpectError(DefaultsWith("\"Api_server\": ", "\"x\": {\"Api_server\": \"a\"}, \"y\": "),
+              WrongType("null"));
+  ExpectError(DefaultsWith("\"Settings\"", "\"Orvane\": {}, \"Settings\""), WrongType("null"));
   // Of several faults the first setting's is told.
   ExpectError(R"({"Orvane": {"Api_server": 1}, "Settings": []})", WrongType("number"));
 }

@@ -52,6 +52,7 @@ TEST_F(StringTable, HoldsNoOtherLabel) {
     char* text = &untouched;
     EXPECT_EQ(QX_LoadStringToMemory(label, &text), QX_NOT_FOUND) << label;
     EXPECT_EQ(text, &untouched) << label;
+    EXPECT_EQ(QX_LoadString(label, &untouched, 1), QX_NOT_FOUND) << label;
     EXPECT_EQ(QX_GetLengthOfRString(label), 0u) << label;
   }
 }

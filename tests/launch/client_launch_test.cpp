@@ -30,8 +30,9 @@ class ClientLaunch : public test::ScratchTest {
   const Bytes data_ = test::Pattern(100000);
 
   // Has the child end with `exitCode`.
-  ResultCode Launch(const std::string& path, std::uint32_t exitCode) const {
-    const test::LaunchHeader header = {exitCode, static_cast<std::uint32_t>(data_.size())};
+  ResultCode Launch(const std::string& path, std::uint32_t exitCode,
+                    std::uint32_t delay = 0) const {
+    const test::LaunchHeader header = {exitCode, delay, static_cast<std::uint32_t>(data_.size())};
     Bytes block(sizeof header);
     std::memcpy(block.data(), &header, sizeof header);
     block.insert(block.end(), data_.begin(), data_.end());
@@ -60,6 +61,12 @@ TEST_F(ClientLaunch, LeavesTheDataForTheClient) {
   EXPECT_EQ(Launch(child_, 0), QX_SUCCEEDED);
   EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(500));
   EXPECT_EQ(LineStart(), LineStartFor(child_));
+  EXPECT_TRUE(test::BytesOf(test::ReadFile(test::kDataFile)) == data_);
+}
+
+// Longer than one look at the client's exit code.
+TEST_F(ClientLaunch, WaitsForTheClient) {
+  EXPECT_EQ(Launch(child_, 0, 1200), QX_SUCCEEDED);
   EXPECT_TRUE(test::BytesOf(test::ReadFile(test::kDataFile)) == data_);
 }
 

@@ -32,6 +32,7 @@ int TakeLaunchData() {
   const KernelHandle parent(OpenProcess(PROCESS_VM_READ, FALSE, processId));
   LaunchHeader header = {};
   if (!parent || !ReadFromProcess(parent.Get(), address, &header, sizeof header)) return kFailed;
+  Sleep(header.delay);
   std::string data(header.dataSize, '\0');
   if (!ReadFromProcess(parent.Get(), address + std::uint32_t{sizeof header}, data.data(),
                        data.size())) {

@@ -1,10 +1,9 @@
 // What launch_child, the client of the launch tests, leaves in the current directory.
 //
-//   launch_child PPPPPPPPAAAAAAAA      as QX_CreateProcess starts it: its command line; the data at
-//                                      that address; ends with the exit code that the data ask for
-//   launch_child CAPACITY ARGUMENT...  the result of QX_CommandLineToArgvA, the count, and each
-//   text
-//                                      of the block on a line of its own
+//   launch_child PPPPPPPPAAAAAAAA      as QX_CreateProcess starts it: writes its command line down,
+//                                      then the data at that address; ends as the data ask it to
+//   launch_child CAPACITY ARGUMENT...  writes down what QX_CommandLineToArgvA answers: the result
+//                                      and the count, then each text on a line of its own
 
 #ifndef LAUNCHER_TESTS_LAUNCH_LAUNCH_CHILD_H_
 #define LAUNCHER_TESTS_LAUNCH_LAUNCH_CHILD_H_
@@ -20,6 +19,7 @@ constexpr char kArgumentsFile[] = "arguments.txt";
 // Ahead of the data.
 struct LaunchHeader {
   std::uint32_t exitCode;
+  std::uint32_t delay;  // in milliseconds, ahead of the second look at the data
   std::uint32_t dataSize;
 };
 

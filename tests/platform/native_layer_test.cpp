@@ -34,7 +34,7 @@ TEST(NativeLayer, SplitsCommandLinesAsWindowsDoes) {
 }
 
 TEST(NativeLayer, PlacesBlocksWhereAnAddressOf32BitsReaches) {
-  const HANDLE self = OpenProcess(0, FALSE, GetCurrentProcessId());
+  const HANDLE self = OpenProcess(PROCESS_VM_READ, FALSE, GetCurrentProcessId());
   for (int i = 0; i < 100; ++i) {
     void* const block =
         VirtualAllocEx(self, nullptr, 1 << 20, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
@@ -48,7 +48,7 @@ TEST(NativeLayer, PlacesBlocksWhereAnAddressOf32BitsReaches) {
 }
 
 TEST(NativeLayer, RefusesMemoryThatIsNotThere) {
-  const HANDLE self = OpenProcess(0, FALSE, GetCurrentProcessId());
+  const HANDLE self = OpenProcess(PROCESS_VM_READ, FALSE, GetCurrentProcessId());
   char byte = 0;
   EXPECT_FALSE(ReadProcessMemory(self, reinterpret_cast<void*>(16), &byte, 1, nullptr));
   EXPECT_EQ(GetLastError(), kErrorNoAccess);
@@ -57,10 +57,15 @@ TEST(NativeLayer, RefusesMemoryThatIsNotThere) {
 }
 
 TEST(NativeLayer, OpensNoProcessThatIsNotThere) {
-  EXPECT_EQ(OpenProcess(0, FALSE, 0x7FFFFFFF), nullptr);
+  EXPECT_EQ(OpenProcess(PROCESS_VM_READ, FALSE, 0x7FFFFFFF), nullptr);
 }
 
 using NativeLayerFiles = test::ScratchTest;
+
+TEST_F(NativeLayerFiles, AreNoDirectories) {
+  std::filesystem::create_directory("sub");
+  EXPECT_EQ(_fsopen("sub", "r", _SH_DENYNO), nullptr);
+}
 
 TEST_F(NativeLayerFiles, TakeABackslashBetweenNames) {
   std::filesystem::create_directory("sub");
