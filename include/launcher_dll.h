@@ -315,6 +315,211 @@ QX_API ResultCode QX_CALL QX_RightAddress(uint32_t* address, const char* text);
  * where the system could not split or convert them, or memory ran out. */
 QX_API ResultCode QX_CALL QX_CommandLineToArgvA(char** block, uint32_t capacity, int32_t* count);
 
+/* ---- Steam: session and identity ------------------------------------------------------------ */
+
+/* The Steam client library, steam_api.dll, is loaded when the first of these functions is called,
+ * from the program's own folder or the system's. Where it is missing everything answers as without
+ * Steam. QX_SteamAPI_Init comes before the two language functions; the others fetch what they need
+ * themselves, as far as Steam allows it. A text that does not fit leaves an empty one. */
+
+/* Starts the link to the Steam client.
+ *
+ * Returns 1 if Steam came up and knows the game; 0 if Steam did not come up, with what an earlier
+ * call found still in use, or came up without its part for games. */
+QX_API int32_t QX_CALL QX_SteamAPI_Init(void);
+
+/* Ends the link to the Steam client. No language function may follow until QX_SteamAPI_Init has
+ * succeeded again. */
+QX_API void QX_CALL QX_SteamAPI_Shutdown(void);
+
+/* Returns 1 if the Steam client runs, else 0. May come before QX_SteamAPI_Init. */
+QX_API int32_t QX_CALL QX_SteamAPI_IsSteamRunning(void);
+
+/* Has Steam start the game if it was not started by Steam. May come before QX_SteamAPI_Init.
+ *
+ * appId  the game's number at Steam
+ *
+ * Returns 0 if Steam starts the game anew, so that the caller should end; QX_FAILED if there is no
+ * need to, or no Steam. */
+QX_API ResultCode QX_CALL QX_SteamAPI_RestartAppIfNecessary(uint32_t appId);
+
+/* Returns 1 if the user is logged on to Steam, else 0, also without Steam. Only the low 8 bits of
+ * the result are defined. */
+QX_API uint8_t QX_CALL QX_SteamAPI_IsLoggedOn(void);
+
+/* Returns the account's 64-bit identifier, 0 without Steam. */
+QX_API uint64_t QX_CALL QX_SteamAPI_GetSteamIDConvertToUint64(void);
+
+/* Copies the user's name.
+ *
+ * destination  receives the name with its terminator
+ * capacity     the bytes at destination
+ *
+ * Returns 0, also without Steam, with destination unwritten; QX_BAD_ARGUMENT for a null
+ * destination, a capacity of 0, and a name that does not fit. */
+QX_API ResultCode QX_CALL QX_SteamAPI_GetPersonaName(char* destination, uint32_t capacity);
+
+/* Takes a ticket by which a server can tell the user, and writes it in upper-case hexadecimal
+ * digits.
+ *
+ * destination  receives two characters for each byte of the ticket, 1024 bytes at most, and a
+ *              terminator
+ * capacity     the bytes at destination
+ *
+ * Returns the characters written, terminator not counted; QX_FAILED without Steam, where Steam
+ * gives no ticket, for a null destination, and for a capacity too small. Also a call with a bad
+ * destination takes a ticket. No ticket is ever cancelled. */
+QX_API int32_t QX_CALL QX_SteamAPI_GetSteamAuthTicket(char* destination, uint32_t capacity);
+
+/* Copies the list of the languages that the game has.
+ *
+ * destination  receives the list with its terminator
+ * capacity     the bytes at destination
+ *
+ * Returns 0, also for a list that does not fit; QX_BAD_ARGUMENT for a null destination or a
+ * capacity of 0; QX_NO_STEAM before QX_SteamAPI_Init. */
+QX_API ResultCode QX_CALL QX_SteamAPI_GetAvailableGameLanguages(char* destination,
+                                                                uint32_t capacity);
+
+/* Copies the name of the language that the game runs in.
+ *
+ * destination  receives the name with its terminator
+ * capacity     the bytes at destination
+ *
+ * Returns 0; QX_BAD_ARGUMENT for a null destination or a capacity of 0; QX_NO_STEAM before
+ * QX_SteamAPI_Init; QX_NOT_FOUND for an empty name, with destination unwritten; QX_OUT_OF_MEMORY
+ * for a name that does not fit. */
+QX_API ResultCode QX_CALL QX_SteamAPI_GetCurrentGameLanguage(char* destination, uint32_t capacity);
+
+/* ---- Steam: the user's files on this machine ------------------------------------------------- */
+
+/* A fileName goes unchanged behind the folder that Steam gives the user and a backslash. The path
+ * has at most 259 characters. */
+
+/* Writes the path of the user's folder.
+ *
+ * destination  receives the path with its terminator
+ * capacity     the bytes at destination
+ *
+ * Returns 1, not 0, on success; 0 where Steam refuses, for example for a capacity too small;
+ * QX_BAD_ARGUMENT for a null destination or a capacity of 0 or below; QX_NO_STEAM. */
+QX_API ResultCode QX_CALL QX_SteamAPI_GetUserDataFolder(char* destination, int32_t capacity);
+
+/* Writes the path of a file in the user's folder, whether there is one or not.
+ *
+ * destination  receives the path with its terminator
+ * capacity     the bytes at destination
+ * fileName     the file's name
+ *
+ * Returns 0; QX_FAILED where Steam gives no folder, and for a path that does not fit, which leaves
+ * an empty text; QX_BAD_ARGUMENT for a null pointer or a capacity of 0 or below; QX_NO_STEAM. */
+QX_API ResultCode QX_CALL QX_SteamAPI_CatUserFilePath(char* destination, int32_t capacity,
+                                                      const char* fileName);
+
+/* Returns 1 if there is a file, or a folder, of that name in the user's folder; 0 if not, for a
+ * null fileName, a path that does not fit, and without Steam. */
+QX_API int32_t QX_CALL QX_SteamAPI_IsFileExist(const char* fileName);
+
+/* Reads a whole file of the user's folder.
+ *
+ * fileName  the file's name
+ * buffer    receives the file's bytes and no terminator
+ * capacity  the bytes at buffer
+ *
+ * Returns 0; QX_BAD_ARGUMENT for a null pointer, a capacity of 0, and a file larger than capacity,
+ * with nothing read; QX_NO_STEAM; QX_FAILED where Steam gives no folder or the path does not fit;
+ * QX_NOT_FOUND where there is no file; QX_READ_FAILED for an empty file, or one that could not be
+ * read whole; QX_OPEN_FAILED. The result does not tell the file's size. */
+QX_API ResultCode QX_CALL QX_SteamAPI_ReadFile(const char* fileName, void* buffer,
+                                               uint32_t capacity);
+
+/* Writes a file of the user's folder anew. A failed write can leave a shortened file.
+ *
+ * fileName  the file's name
+ * data      size bytes
+ * size      1 or more
+ *
+ * Returns 0; QX_BAD_ARGUMENT for a null pointer or a size of 0; QX_NO_STEAM; QX_FAILED where Steam
+ * gives no folder or the path does not fit; QX_OPEN_FAILED; QX_WRITE_FAILED. */
+QX_API ResultCode QX_CALL QX_SteamAPI_WriteFile(const char* fileName, const void* data,
+                                                uint32_t size);
+
+/* ---- Steam: the user's files in the cloud ---------------------------------------------------- */
+
+/* Mind how the results for a bad argument and for a missing Steam differ. What becomes of a name is
+ * Steam's affair. */
+
+/* Writes a file of size bytes, 1 or more, at data.
+ * Returns 0; QX_FAILED where Steam refuses; QX_BAD_ARGUMENT for a null pointer or a size of 0 or
+ * below; QX_NO_STEAM. */
+QX_API ResultCode QX_CALL QX_SteamAPI_RemoteStorageFileWrite(const char* name, const void* data,
+                                                             int32_t size);
+
+/* Reads a file into the size bytes at buffer.
+ * Returns the bytes read, as Steam counts them; QX_BAD_ARGUMENT for a null pointer; QX_NO_STEAM.
+ * The size goes to Steam untested. */
+QX_API int32_t QX_CALL QX_SteamAPI_RemoteStorageFileRead(const char* name, void* buffer,
+                                                         int32_t size);
+
+/* Deletes a file, here and in the cloud.
+ * Returns 0; QX_FAILED where Steam refuses, and without Steam; QX_BAD_ARGUMENT for a null name. */
+QX_API ResultCode QX_CALL QX_SteamAPI_RemoteStorageFileDelete(const char* name);
+
+/* Returns 1 if there is such a file; 0 if not, for a null name, and without Steam. */
+QX_API int32_t QX_CALL QX_SteamAPI_RemoteStorageFileExist(const char* name);
+
+/* Takes a file out of the cloud and keeps it on this machine.
+ * Returns 1 if done; 0 where Steam refuses, for a null name, and without Steam. */
+QX_API int32_t QX_CALL QX_SteamAPI_RemoteStorageFileForget(const char* name);
+
+/* Returns a file's size in bytes as Steam tells it; 0 for a null name, and without Steam. */
+QX_API int32_t QX_CALL QX_SteamAPI_RemoteStorageGetFileSize(const char* name);
+
+/* Returns the number of files; QX_FAILED, which is no count, without Steam. */
+QX_API int32_t QX_CALL QX_SteamAPI_RemoteStorageGetFileCount(void);
+
+/* Copies the name of one file.
+ *
+ * index        0 up to the number of files
+ * destination  receives the name with its terminator
+ * capacity     the bytes at destination
+ *
+ * Returns 0, also for a name that does not fit; QX_BAD_ARGUMENT for a null destination or a
+ * capacity of 0; QX_FAILED without Steam. */
+QX_API ResultCode QX_CALL QX_SteamAPI_RemoteStorageGetFileName(int32_t index, char* destination,
+                                                               uint32_t capacity);
+
+/* Returns 1 if the user has the cloud switched on; 0 if not, and without Steam. */
+QX_API int32_t QX_CALL QX_SteamAPI_RemoteStorageIsCloudEnabledForAccount(void);
+
+/* Returns 1 if the cloud is switched on for the game; 0 if not, and without Steam. */
+QX_API int32_t QX_CALL QX_SteamAPI_RemoteStorageIsCloudEnabledForApp(void);
+
+/* Switches the cloud on (not 0) or off (0) for the game.
+ * Returns 0 when done and 1 without Steam: 1 tells that nothing was done. Only the low 8 bits of
+ * the result are defined. */
+QX_API uint8_t QX_CALL QX_SteamAPI_RemoteStorageSetCloudEnabledForApp(int32_t enabled);
+
+/* ---- Steam: HTTP ----------------------------------------------------------------------------- */
+
+/* Sends one HTTP request and waits for the response, whose body it prints to the standard output:
+ * "Response: ", the body up to its first NUL, a line end, flushed.
+ *
+ * url          the address
+ * method       1 GET, 2 HEAD, 3 POST, 4 PUT, 5 DELETE, 6 OPTIONS, 7 PATCH
+ * contentType  of the body, or null
+ * body         bodyLength bytes, or null
+ * bodyLength   0 for no body
+ *
+ * Only a POST with a content type, a body and a length sends its body. An HTTP error status is a
+ * response like any other.
+ * Returns 0; QX_NO_STEAM without Steam, or where Steam could not send the request or get the whole
+ * response; QX_BAD_ARGUMENT for a null url; QX_OUT_OF_MEMORY where the body cannot be held. Nothing
+ * is printed unless the result is 0. */
+QX_API ResultCode QX_CALL QX_SteamAPI_HTTPRequest(const char* url, int32_t method,
+                                                  const char* contentType, const uint8_t* body,
+                                                  uint32_t bodyLength);
+
 #ifdef __cplusplus
 }
 #endif

@@ -3,6 +3,8 @@
 #ifndef LAUNCHER_PLATFORM_OWNERS_H_
 #define LAUNCHER_PLATFORM_OWNERS_H_
 
+#include <cstdio>
+#include <memory>
 #include <utility>
 
 #include "platform/win32.h"
@@ -66,6 +68,11 @@ struct LocalBlockKind {
 };
 template <class T>
 using LocalBlock = Owner<LocalBlockKind<T>>;
+
+struct FileCloser {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using OwnedFile = std::unique_ptr<std::FILE, FileCloser>;
 
 }  // namespace launcher
 

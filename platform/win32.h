@@ -15,6 +15,7 @@
 #include <share.h>
 #include <shellapi.h>
 #include <stdio.h>
+#include <sys/stat.h>
 #include <wincrypt.h>
 
 #else

@@ -11,6 +11,7 @@
 
 #include "config/deployment.h"
 #include "config/new_text_file.h"
+#include "platform/owners.h"
 #include "platform/win32.h"
 
 namespace launcher {

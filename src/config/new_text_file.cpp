@@ -3,6 +3,7 @@
 
 #include "config/new_text_file.h"
 
+#include "platform/owners.h"
 #include "platform/win32.h"
 
 namespace launcher {

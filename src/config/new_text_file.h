@@ -3,16 +3,9 @@
 #ifndef LAUNCHER_CONFIG_NEW_TEXT_FILE_H_
 #define LAUNCHER_CONFIG_NEW_TEXT_FILE_H_
 
-#include <cstdio>
-#include <memory>
 #include <string>
 
 namespace launcher {
-
-struct FileCloser {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using OwnedFile = std::unique_ptr<std::FILE, FileCloser>;
 
 // Makes the file `path` with `text` in it, line ends as the platform writes them. Whoever opens
 // `path` meanwhile finds no file or the whole one. Answers false where something is at `path`

@@ -1,4 +1,4 @@
-// Copies of text into buffers of a given capacity.
+// Text in buffers of a given capacity.
 
 #ifndef LAUNCHER_FRAME_BOUNDED_TEXT_H_
 #define LAUNCHER_FRAME_BOUNDED_TEXT_H_
@@ -8,17 +8,31 @@
 
 namespace launcher {
 
-// Copies `source` with its terminator and answers true; where that takes more than `capacity`
-// bytes, leaves an empty text and answers false. The runtime's strcpy_s does the same but then
-// stops the process, unless the caller of the library has installed a handler of its own.
+// The runtime's strcpy_s and strcat_s, which stop the process where a text does not fit, unless
+// somebody has installed a handler. These answer false then, and leave an empty text.
+
+// Copies `source` with its terminator into the `capacity` bytes at `destination`. A null source
+// does not fit.
 inline bool CopyText(char* destination, std::size_t capacity, const char* source) {
-  const std::size_t length = std::strlen(source);
+  const std::size_t length = source != nullptr ? std::strlen(source) : capacity;
   if (length >= capacity) {
     if (capacity != 0) destination[0] = '\0';
     return false;
   }
   std::memcpy(destination, source, length + 1);
   return true;
+}
+
+// Copies `source` behind the text at `destination`, which has `capacity` bytes in all. A text there
+// without its terminator leaves no room.
+inline bool AppendText(char* destination, std::size_t capacity, const char* source) {
+  const void* const end = std::memchr(destination, '\0', capacity);
+  const std::size_t used =
+      end != nullptr ? static_cast<std::size_t>(static_cast<const char*>(end) - destination)
+                     : capacity;
+  if (CopyText(destination + used, capacity - used, source)) return true;
+  destination[0] = '\0';
+  return false;
 }
 
 }  // namespace launcher

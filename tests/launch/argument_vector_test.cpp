@@ -6,8 +6,8 @@
 
 #include "launch/launch_child.h"
 #include "launcher_dll.h"
-#include "platform/owners.h"
 #include "support/data_file.h"
+#include "support/run_program.h"
 #include "support/scratch_directory.h"
 #include "support/system.h"
 
@@ -20,17 +20,7 @@ class ArgumentVector : public test::ScratchTest {
 
   // What the child makes of its arguments, of which `capacity` is the first.
   std::string Answer(std::uint32_t capacity, const std::string& arguments) const {
-    std::string line = '"' + child_ + "\" " + std::to_string(capacity) + arguments;
-    STARTUPINFOA startup = {};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION started = {};
-    if (!CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                        &startup, &started)) {
-      return "not started";
-    }
-    const KernelHandle process(started.hProcess);
-    const KernelHandle thread(started.hThread);
-    while (WaitForSingleObject(process.Get(), 0) == WAIT_TIMEOUT) Sleep(10);
+    test::RunProgram('"' + child_ + "\" " + std::to_string(capacity) + arguments);
     return test::ReadFile(test::kArgumentsFile);
   }
 };

@@ -10,8 +10,18 @@ namespace launcher::test {
 // How a line ends in a text file.
 extern const char* const kLineEnd;
 
-// The path of a program that lies beside this one.
+// Has programs started from now on look into this folder for libraries ahead of where they would;
+// an empty one ends that. Nothing on Windows, where a program looks into its own folder first.
+void SetLibraryPath(const std::string& folder);
+
+// The path of a program that lies beside this one, by its name without an ending.
 std::string ProgramBeside(const std::string& name);
+
+// A function of the library file `path`, which is loaded and stays so. Throws where there is none.
+void* LoadFunction(const std::string& path, const char* name);
+
+// The path of a file that lies beside this program, by its whole name.
+std::string PathBeside(const std::string& name);
 
 // The handles that this process has open, as the system counts them.
 int OpenHandleCount();

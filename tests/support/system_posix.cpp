@@ -1,4 +1,8 @@
+#include <dlfcn.h>
+
+#include <cstdlib>
 #include <filesystem>
+#include <stdexcept>
 
 #include "support/system.h"
 
@@ -6,8 +10,25 @@ namespace launcher::test {
 
 const char* const kLineEnd = "\n";
 
-std::string ProgramBeside(const std::string& name) {
+std::string PathBeside(const std::string& name) {
   return (std::filesystem::read_symlink("/proc/self/exe").parent_path() / name).string();
+}
+
+std::string ProgramBeside(const std::string& name) { return PathBeside(name); }
+
+void SetLibraryPath(const std::string& folder) {
+  if (folder.empty()) {
+    unsetenv("LD_LIBRARY_PATH");
+  } else {
+    setenv("LD_LIBRARY_PATH", folder.c_str(), 1);
+  }
+}
+
+void* LoadFunction(const std::string& path, const char* name) {
+  void* const library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  void* const function = library != nullptr ? dlsym(library, name) : nullptr;
+  if (function == nullptr) throw std::runtime_error(dlerror());
+  return function;
 }
 
 int OpenHandleCount() {

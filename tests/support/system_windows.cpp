@@ -1,5 +1,7 @@
 #include <windows.h>
 
+#include <algorithm>
+#include <stdexcept>
 #include <vector>
 
 #include "support/system.h"
@@ -31,11 +33,24 @@ struct HandleTable {
 
 const char* const kLineEnd = "\r\n";
 
-std::string ProgramBeside(const std::string& name) {
-  char path[MAX_PATH] = "";
-  GetModuleFileNameA(nullptr, path, sizeof path);
-  const std::string self(path);
-  return self.substr(0, self.rfind('\\') + 1) + name + ".exe";
+std::string PathBeside(const std::string& name) {
+  char program[MAX_PATH] = "";
+  GetModuleFileNameA(nullptr, program, sizeof program);
+  const std::string self(program);
+  std::string path = self.substr(0, self.rfind('\\') + 1) + name;
+  std::replace(path.begin(), path.end(), '/', '\\');
+  return path;
+}
+
+std::string ProgramBeside(const std::string& name) { return PathBeside(name + ".exe"); }
+
+void SetLibraryPath(const std::string& /*folder*/) {}
+
+void* LoadFunction(const std::string& path, const char* name) {
+  const HMODULE library = LoadLibraryA(path.c_str());
+  const auto function = library != nullptr ? GetProcAddress(library, name) : nullptr;
+  if (function == nullptr) throw std::runtime_error("no " + std::string(name) + " in " + path);
+  return reinterpret_cast<void*>(function);
 }
 
 // GetProcessHandleCount would be the plain way; Wine answers it with 0.

@@ -1,0 +1,83 @@
+// The user's files in the Steam Cloud. Each export fetches the interface anew; what they answer for
+// a bad argument and for a missing interface differs from one to the next.
+
+#include <cstdint>
+
+#include "frame/bounded_text.h"
+#include "launcher_dll.h"
+#include "platform/steam/steam_api.h"
+
+ResultCode QX_CALL QX_SteamAPI_RemoteStorageFileWrite(const char* name, const void* data,
+                                                      std::int32_t size) {
+  if (name == nullptr || data == nullptr || size <= 0) return QX_BAD_ARGUMENT;
+  ISteamRemoteStorage* const storage = SteamRemoteStorage();
+  if (storage == nullptr) return QX_NO_STEAM;
+  return storage->FileWrite(name, data, size) ? QX_SUCCEEDED : QX_FAILED;
+}
+
+std::int32_t QX_CALL QX_SteamAPI_RemoteStorageFileRead(const char* name, void* buffer,
+                                                       std::int32_t size) {
+  if (name == nullptr || buffer == nullptr) return QX_BAD_ARGUMENT;
+  ISteamRemoteStorage* const storage = SteamRemoteStorage();
+  if (storage == nullptr) return QX_NO_STEAM;
+  return storage->FileRead(name, buffer, size);
+}
+
+ResultCode QX_CALL QX_SteamAPI_RemoteStorageFileDelete(const char* name) {
+  if (name == nullptr) return QX_BAD_ARGUMENT;
+  ISteamRemoteStorage* const storage = SteamRemoteStorage();
+  return storage != nullptr && storage->FileDelete(name) ? QX_SUCCEEDED : QX_FAILED;
+}
+
+std::int32_t QX_CALL QX_SteamAPI_RemoteStorageFileExist(const char* name) {
+  if (name == nullptr) return 0;
+  ISteamRemoteStorage* const storage = SteamRemoteStorage();
+  return storage != nullptr && storage->FileExists(name) ? 1 : 0;
+}
+
+std::int32_t QX_CALL QX_SteamAPI_RemoteStorageFileForget(const char* name) {
+  if (name == nullptr) return 0;
+  ISteamRemoteStorage* const storage = SteamRemoteStorage();
+  return storage != nullptr && storage->FileForget(name) ? 1 : 0;
+}
+
+std::int32_t QX_CALL QX_SteamAPI_RemoteStorageGetFileSize(const char* name) {
+  if (name == nullptr) return 0;
+  ISteamRemoteStorage* const storage = SteamRemoteStorage();
+  return storage != nullptr ? storage->GetFileSize(name) : 0;
+}
+
+std::int32_t QX_CALL QX_SteamAPI_RemoteStorageGetFileCount() {
+  ISteamRemoteStorage* const storage = SteamRemoteStorage();
+  return storage != nullptr ? storage->GetFileCount() : QX_FAILED;
+}
+
+ResultCode QX_CALL QX_SteamAPI_RemoteStorageGetFileName(std::int32_t index, char* destination,
+                                                        std::uint32_t capacity) {
+  if (destination == nullptr || capacity == 0) return QX_BAD_ARGUMENT;
+  ISteamRemoteStorage* const storage = SteamRemoteStorage();
+  if (storage == nullptr) return QX_FAILED;
+
+  std::int32_t size = 0;
+  // A name that does not fit is an empty one, and success.
+  launcher::CopyText(destination, capacity, storage->GetFileNameAndSize(index, &size));
+  return QX_SUCCEEDED;
+}
+
+std::int32_t QX_CALL QX_SteamAPI_RemoteStorageIsCloudEnabledForAccount() {
+  ISteamRemoteStorage* const storage = SteamRemoteStorage();
+  return storage != nullptr && storage->IsCloudEnabledForAccount() ? 1 : 0;
+}
+
+std::int32_t QX_CALL QX_SteamAPI_RemoteStorageIsCloudEnabledForApp() {
+  ISteamRemoteStorage* const storage = SteamRemoteStorage();
+  return storage != nullptr && storage->IsCloudEnabledForApp() ? 1 : 0;
+}
+
+// Mind the result: 1 tells that nothing was done.
+std::uint8_t QX_CALL QX_SteamAPI_RemoteStorageSetCloudEnabledForApp(std::int32_t enabled) {
+  ISteamRemoteStorage* const storage = SteamRemoteStorage();
+  if (storage == nullptr) return 1;
+  storage->SetCloudEnabledForApp(enabled);
+  return 0;
+}

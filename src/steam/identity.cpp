@@ -1,0 +1,64 @@
+// Who the user is.
+
+#include <cstdint>
+
+#include "frame/bounded_text.h"
+#include "launcher_dll.h"
+#include "platform/steam/steam_api.h"
+
+namespace launcher {
+namespace {
+
+constexpr int kTicketCapacity = 1024;
+
+void WriteHex(char* text, const std::uint8_t* bytes, std::uint32_t size) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  for (std::uint32_t i = 0; i < size; ++i) {
+    *text++ = kDigits[bytes[i] >> 4];
+    *text++ = kDigits[bytes[i] & 0xF];
+  }
+  *text = '\0';
+}
+
+}  // namespace
+}  // namespace launcher
+
+std::uint8_t QX_CALL QX_SteamAPI_IsLoggedOn() {
+  ISteamUser* const user = SteamUser();
+  return user != nullptr && user->BLoggedOn() ? 1 : 0;
+}
+
+std::uint64_t QX_CALL QX_SteamAPI_GetSteamIDConvertToUint64() {
+  ISteamUser* const user = SteamUser();
+  return user != nullptr ? user->GetSteamID() : 0;
+}
+
+ResultCode QX_CALL QX_SteamAPI_GetPersonaName(char* destination, std::uint32_t capacity) {
+  if (destination == nullptr || capacity == 0) return QX_BAD_ARGUMENT;
+
+  // Without Steam there is no name, and that counts as success.
+  ISteamFriends* const friends = SteamFriends();
+  if (friends == nullptr) return QX_SUCCEEDED;
+
+  return launcher::CopyText(destination, capacity, friends->GetPersonaName()) ? QX_SUCCEEDED
+                                                                              : QX_BAD_ARGUMENT;
+}
+
+std::int32_t QX_CALL QX_SteamAPI_GetSteamAuthTicket(char* destination, std::uint32_t capacity) {
+  using namespace launcher;
+  ISteamUser* const user = SteamUser();
+  if (user == nullptr) return QX_FAILED;
+
+  std::uint8_t ticket[kTicketCapacity];
+  std::uint32_t size = 0;
+  // The handle is not kept: the ticket is valid until Steam's end.
+  if (user->GetAuthSessionTicket(ticket, kTicketCapacity, &size) == 0) return QX_FAILED;
+  if (size > sizeof ticket) return QX_FAILED;
+
+  if (destination == nullptr || capacity == 0) return QX_FAILED;
+  const std::uint32_t length = 2 * size;
+  if (capacity <= length) return QX_FAILED;
+
+  WriteHex(destination, ticket, size);
+  return static_cast<std::int32_t>(length);
+}

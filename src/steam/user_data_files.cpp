@@ -1,0 +1,111 @@
+// Whole files in the folder that Steam gives each user on this machine. A file's name goes into its
+// path as it is.
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+
+#include "frame/bounded_text.h"
+#include "launcher_dll.h"
+#include "platform/owners.h"
+#include "platform/steam/steam_api.h"
+#include "platform/win32.h"
+
+namespace launcher {
+namespace {
+
+constexpr int kPathCapacity = 260;
+constexpr std::int64_t kMaxFileSize = 0x7FFFFFFF;
+
+// Writes the path of a user's file. Answers false where Steam gives no folder or the path does not
+// fit.
+bool FormPath(ISteamUser& user, const char* fileName, char* path, int capacity) {
+  if (!user.GetUserDataFolder(path, capacity)) return false;
+  const auto size = static_cast<std::size_t>(capacity);
+  return AppendText(path, size, "\\") && AppendText(path, size, fileName);
+}
+
+// A user's file by its name, as the exports that open it see it.
+class UserFile {
+ public:
+  UserFile(ISteamUser& user, const char* fileName)
+      : hasPath_(FormPath(user, fileName, path_, kPathCapacity)) {}
+
+  bool HasPath() const { return hasPath_; }
+
+  // Answers whether there is something at the path, and gives its size then.
+  bool Find(std::int64_t& size) const {
+    struct __stat64 status = {};
+    if (_stat64(path_, &status) != 0) return false;
+    size = status.st_size;
+    return true;
+  }
+
+  OwnedFile Open(const char* mode) const { return OwnedFile(_fsopen(path_, mode, _SH_DENYNO)); }
+
+ private:
+  char path_[kPathCapacity] = {};  // never unset, whatever Steam writes
+  bool hasPath_;
+};
+
+}  // namespace
+}  // namespace launcher
+
+ResultCode QX_CALL QX_SteamAPI_GetUserDataFolder(char* destination, std::int32_t capacity) {
+  if (destination == nullptr || capacity <= 0) return QX_BAD_ARGUMENT;
+  ISteamUser* const user = SteamUser();
+  if (user == nullptr) return QX_NO_STEAM;
+
+  return user->GetUserDataFolder(destination, capacity) ? 1 : 0;
+}
+
+ResultCode QX_CALL QX_SteamAPI_CatUserFilePath(char* destination, std::int32_t capacity,
+                                               const char* fileName) {
+  if (destination == nullptr || capacity <= 0 || fileName == nullptr) return QX_BAD_ARGUMENT;
+  ISteamUser* const user = SteamUser();
+  if (user == nullptr) return QX_NO_STEAM;
+
+  return launcher::FormPath(*user, fileName, destination, capacity) ? QX_SUCCEEDED : QX_FAILED;
+}
+
+std::int32_t QX_CALL QX_SteamAPI_IsFileExist(const char* fileName) {
+  if (fileName == nullptr) return 0;
+  ISteamUser* const user = SteamUser();
+  if (user == nullptr) return 0;
+
+  const launcher::UserFile file(*user, fileName);
+  std::int64_t size = 0;
+  return file.HasPath() && file.Find(size) ? 1 : 0;
+}
+
+ResultCode QX_CALL QX_SteamAPI_ReadFile(const char* fileName, void* buffer,
+                                        std::uint32_t capacity) {
+  if (fileName == nullptr || buffer == nullptr || capacity == 0) return QX_BAD_ARGUMENT;
+  ISteamUser* const user = SteamUser();
+  if (user == nullptr) return QX_NO_STEAM;
+
+  const launcher::UserFile file(*user, fileName);
+  if (!file.HasPath()) return QX_FAILED;
+  std::int64_t size = 0;
+  if (!file.Find(size)) return QX_NOT_FOUND;
+  if (size <= 0 || size > launcher::kMaxFileSize) return QX_READ_FAILED;
+  if (size > capacity) return QX_BAD_ARGUMENT;
+
+  const launcher::OwnedFile stream = file.Open("rb");
+  if (!stream) return QX_OPEN_FAILED;
+  return std::fread(buffer, static_cast<std::size_t>(size), 1, stream.get()) == 0 ? QX_READ_FAILED
+                                                                                  : QX_SUCCEEDED;
+}
+
+ResultCode QX_CALL QX_SteamAPI_WriteFile(const char* fileName, const void* data,
+                                         std::uint32_t size) {
+  if (fileName == nullptr || data == nullptr || size == 0) return QX_BAD_ARGUMENT;
+  ISteamUser* const user = SteamUser();
+  if (user == nullptr) return QX_NO_STEAM;
+
+  const launcher::UserFile file(*user, fileName);
+  if (!file.HasPath()) return QX_FAILED;
+  const launcher::OwnedFile stream = file.Open("wb");
+  if (!stream) return QX_OPEN_FAILED;
+  return std::fwrite(data, size, 1, stream.get()) == 1 ? QX_SUCCEEDED : QX_WRITE_FAILED;
+}

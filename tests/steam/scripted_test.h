@@ -1,0 +1,40 @@
+// The ground of tests with a scripted Steam client library.
+
+#ifndef LAUNCHER_TESTS_STEAM_SCRIPTED_TEST_H_
+#define LAUNCHER_TESTS_STEAM_SCRIPTED_TEST_H_
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "launcher_dll.h"
+#include "steam/scripted_steam.h"
+#include "support/guarded_buffer.h"
+#include "support/scratch_directory.h"
+#include "support/system.h"
+
+namespace launcher::test {
+
+// Each test begins with an untouched script. SCRIPTED_STEAM is the library's path beside the
+// program.
+class ScriptedTest : public ScratchTest {
+ protected:
+  ScriptedTest() { script_ = SteamScript(); }
+
+  using Calls = std::vector<std::string>;
+
+  SteamScript& script_ = Script();
+
+ private:
+  static SteamScript& Script() {
+    using Getter = SteamScript* (*)();
+    static const auto get =
+        reinterpret_cast<Getter>(LoadFunction(PathBeside(SCRIPTED_STEAM), "GetSteamScript"));
+    return *get();
+  }
+};
+
+}  // namespace launcher::test
+
+#endif  // LAUNCHER_TESTS_STEAM_SCRIPTED_TEST_H_

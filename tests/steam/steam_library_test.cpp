@@ -1,0 +1,54 @@
+// Where the Steam client library may come from.
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+#include "support/run_program.h"
+#include "support/scratch_directory.h"
+#include "support/system.h"
+
+namespace launcher {
+namespace {
+
+namespace fs = std::filesystem;
+
+class SteamLibrary : public test::ScratchTest {
+ protected:
+  // A program and the library under test in a folder where there is no Steam.
+  SteamLibrary() {
+    fs::create_directory("game");
+    Copy(test::ProgramBeside("steam_child"), "game");
+    Copy(LAUNCHER_LIBRARY, "game");
+    test::SetLibraryPath(fs::absolute("game").string());
+  }
+  ~SteamLibrary() override { test::SetLibraryPath(""); }
+
+  static void Copy(const fs::path& file, const fs::path& folder) {
+    fs::copy_file(file, folder / file.filename());
+  }
+
+  const fs::path steam_ = test::PathBeside(SCRIPTED_STEAM);
+  const std::string program_ =
+      '"' +
+      fs::absolute(fs::path("game") / fs::path(test::ProgramBeside("steam_child")).filename())
+          .string() +
+      '"';
+};
+
+TEST_F(SteamLibrary, MayBeMissing) { EXPECT_EQ(test::RunProgram(program_), 0); }
+
+TEST_F(SteamLibrary, IsNotTakenFromTheCurrentDirectory) {
+  Copy(steam_, ".");
+  EXPECT_EQ(test::RunProgram(program_), 0);
+}
+
+TEST_F(SteamLibrary, IsTakenFromTheProgramsFolder) {
+  Copy(steam_, "game");
+  EXPECT_EQ(test::RunProgram(program_), 1);
+}
+
+}  // namespace
+}  // namespace launcher

@@ -1,0 +1,146 @@
+#include <filesystem>
+
+#include "steam/scripted_test.h"
+#include "support/data_file.h"
+
+namespace launcher {
+namespace {
+
+namespace fs = std::filesystem;
+using test::Bytes;
+using test::GuardedBuffer;
+
+class UserDataFiles : public test::ScriptedTest {
+ protected:
+  UserDataFiles() {
+    fs::create_directory("user");
+    script_.folder = "user";
+  }
+
+  static ResultCode Read(const char* name, const GuardedBuffer& buffer) {
+    return QX_SteamAPI_ReadFile(name, buffer.Data(), buffer.Size());
+  }
+};
+
+TEST_F(UserDataFiles, AreWrittenAndReadWhole) {
+  EXPECT_EQ(QX_SteamAPI_IsFileExist("save"), 0);
+  const GuardedBuffer buffer(5);
+  EXPECT_EQ(Read("save", buffer), QX_NOT_FOUND);
+
+  EXPECT_EQ(QX_SteamAPI_WriteFile("save", "much longer", 11), QX_SUCCEEDED);
+  EXPECT_EQ(QX_SteamAPI_WriteFile("save", "a\r\n\0z", 5), QX_SUCCEEDED);
+  EXPECT_EQ(test::ReadFile("user/save"), std::string("a\r\n\0z", 5));
+  EXPECT_EQ(QX_SteamAPI_IsFileExist("save"), 1);
+  EXPECT_EQ(Read("save", buffer), QX_SUCCEEDED);
+  EXPECT_EQ(buffer.Content(), (Bytes{'a', '\r', '\n', 0, 'z'}));
+
+  const GuardedBuffer small(4);
+  EXPECT_EQ(Read("save", small), QX_BAD_ARGUMENT);
+  EXPECT_TRUE(small.IsUntouched());
+  const GuardedBuffer large(6);
+  EXPECT_EQ(Read("save", large), QX_SUCCEEDED);
+  EXPECT_EQ(large.Data()[5], GuardedBuffer::kFill) << "no terminator";
+}
+
+TEST_F(UserDataFiles, TellAFolderAnEmptyFileAndAMissingOneApart) {
+  fs::create_directory("user/folder");
+  test::WriteFile("user/empty", "");
+  const GuardedBuffer buffer(5000);
+  EXPECT_EQ(QX_SteamAPI_IsFileExist("folder"), 1);
+  EXPECT_EQ(QX_SteamAPI_IsFileExist("empty"), 1);
+  EXPECT_EQ(Read("empty", buffer), QX_READ_FAILED);
+  EXPECT_EQ(QX_SteamAPI_WriteFile("folder", "data", 4), QX_OPEN_FAILED);
+  EXPECT_EQ(QX_SteamAPI_WriteFile("no such folder\\save", "data", 4), QX_OPEN_FAILED);
+  EXPECT_TRUE(buffer.IsUntouched());
+
+  // Beyond 2 GiB no size fits; such a file takes no room until it is written.
+  test::WriteFile("user/huge", "");
+  std::error_code failed;
+  fs::resize_file("user/huge", std::uintmax_t{1} << 32, failed);
+  if (!failed) {
+    EXPECT_EQ(Read("huge", buffer), QX_READ_FAILED);
+  }
+}
+
+TEST_F(UserDataFiles, HaveAPathOfAtMost259Characters) {
+  // "user\" and the name.
+  const std::string longest(254, 'n');
+  const std::string tooLong(255, 'n');
+  const GuardedBuffer buffer(10);
+  EXPECT_EQ(QX_SteamAPI_WriteFile(longest.c_str(), "data", 4), QX_SUCCEEDED);
+  EXPECT_EQ(QX_SteamAPI_IsFileExist(longest.c_str()), 1);
+  EXPECT_EQ(QX_SteamAPI_WriteFile(tooLong.c_str(), "data", 4), QX_FAILED);
+  EXPECT_EQ(Read(tooLong.c_str(), buffer), QX_FAILED);
+  EXPECT_EQ(QX_SteamAPI_IsFileExist(tooLong.c_str()), 0);
+  EXPECT_EQ(script_.calls, Calls(5, "GetUserDataFolder 260"));
+}
+
+TEST_F(UserDataFiles, HavePathsForTheCaller) {
+  struct Case {
+    std::uint32_t capacity;
+    ResultCode result;
+    const char* text;
+  };
+  for (const Case& tried :
+       {Case{10, QX_SUCCEEDED, "user\\save"}, Case{9, QX_FAILED, ""}, Case{5, QX_FAILED, ""}}) {
+    const GuardedBuffer buffer(tried.capacity);
+    ASSERT_EQ(QX_SteamAPI_CatUserFilePath(buffer.Text(), static_cast<std::int32_t>(tried.capacity),
+                                          "save"),
+              tried.result);
+    EXPECT_STREQ(buffer.Text(), tried.text);
+  }
+  const GuardedBuffer folder(5);
+  EXPECT_EQ(QX_SteamAPI_GetUserDataFolder(folder.Text(), 5), 1);
+  EXPECT_STREQ(folder.Text(), "user");
+}
+
+TEST_F(UserDataFiles, AreNotTouchedWhereSteamGivesNoFolder) {
+  test::WriteFile("\\save", "not the user's");
+  script_.folder = nullptr;
+  const GuardedBuffer buffer(20);
+  EXPECT_EQ(QX_SteamAPI_GetUserDataFolder(buffer.Text(), 20), 0);
+  EXPECT_EQ(QX_SteamAPI_CatUserFilePath(buffer.Text(), 20, "save"), QX_FAILED);
+  EXPECT_EQ(QX_SteamAPI_IsFileExist("save"), 0);
+  EXPECT_EQ(Read("save", buffer), QX_FAILED);
+  EXPECT_EQ(QX_SteamAPI_WriteFile("save", "data", 4), QX_FAILED);
+
+  // A folder that fills its buffer without a terminator is none either.
+  script_.folder = "user";
+  script_.terminatesFolder = false;
+  ASSERT_EQ(QX_SteamAPI_CatUserFilePath(buffer.Text(), 20, "save"), QX_FAILED);
+  EXPECT_STREQ(buffer.Text(), "");
+  EXPECT_EQ(QX_SteamAPI_WriteFile("save", "data", 4), QX_FAILED);
+}
+
+TEST_F(UserDataFiles, RefuseBadArgumentsAndThenAMissingSteam) {
+  char buffer[8] = "before";
+  const auto check = [&](std::int32_t withoutSteam) {
+    EXPECT_EQ(QX_SteamAPI_GetUserDataFolder(nullptr, 8), QX_BAD_ARGUMENT);
+    EXPECT_EQ(QX_SteamAPI_GetUserDataFolder(buffer, 0), QX_BAD_ARGUMENT);
+    EXPECT_EQ(QX_SteamAPI_GetUserDataFolder(buffer, -1), QX_BAD_ARGUMENT);
+    EXPECT_EQ(QX_SteamAPI_CatUserFilePath(nullptr, 8, "save"), QX_BAD_ARGUMENT);
+    EXPECT_EQ(QX_SteamAPI_CatUserFilePath(buffer, -1, "save"), QX_BAD_ARGUMENT);
+    EXPECT_EQ(QX_SteamAPI_CatUserFilePath(buffer, 8, nullptr), QX_BAD_ARGUMENT);
+    EXPECT_EQ(QX_SteamAPI_IsFileExist(nullptr), 0);
+    EXPECT_EQ(QX_SteamAPI_ReadFile(nullptr, buffer, 8), QX_BAD_ARGUMENT);
+    EXPECT_EQ(QX_SteamAPI_ReadFile("save", nullptr, 8), QX_BAD_ARGUMENT);
+    EXPECT_EQ(QX_SteamAPI_ReadFile("save", buffer, 0), QX_BAD_ARGUMENT);
+    EXPECT_EQ(QX_SteamAPI_WriteFile(nullptr, buffer, 8), QX_BAD_ARGUMENT);
+    EXPECT_EQ(QX_SteamAPI_WriteFile("save", nullptr, 8), QX_BAD_ARGUMENT);
+    EXPECT_EQ(QX_SteamAPI_WriteFile("save", buffer, 0), QX_BAD_ARGUMENT);
+    EXPECT_EQ(script_.calls, Calls{});
+    if (withoutSteam == 0) return;
+    EXPECT_EQ(QX_SteamAPI_GetUserDataFolder(buffer, 8), withoutSteam);
+    EXPECT_EQ(QX_SteamAPI_CatUserFilePath(buffer, 8, "save"), withoutSteam);
+    EXPECT_EQ(QX_SteamAPI_IsFileExist("save"), 0);
+    EXPECT_EQ(QX_SteamAPI_ReadFile("save", buffer, 8), withoutSteam);
+    EXPECT_EQ(QX_SteamAPI_WriteFile("save", buffer, 8), withoutSteam);
+  };
+  check(0);
+  script_.hasUser = false;
+  check(QX_NO_STEAM);
+  EXPECT_STREQ(buffer, "before");
+}
+
+}  // namespace
+}  // namespace launcher
