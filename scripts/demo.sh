@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Builds LauncherDll.dll and shows its main job: a launcher signs and enciphers data and starts a
-# client, which reads the data out of the launcher's memory and deciphers them.
+# client, which reads the data out of the launcher's memory and deciphers them. Then what a launcher
+# asks Steam, of the stand-in for Steam's client library.
 #
 #   scripts/demo.sh [--help]
 #
@@ -22,23 +23,26 @@ esac
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 scripts/setup.sh
-scripts/build.sh windows LauncherDll example_launcher example_client
+targets=(LauncherDll steam_api example_launcher example_client example_steam)
+scripts/build.sh windows "${targets[@]}"
 printf 'demo: built build/windows/bin/LauncherDll.dll, %s bytes\n' \
   "$(stat -c %s build/windows/bin/LauncherDll.dll)"
 
 if what=$(scripts/wine.sh --check); then
   preset=windows
   what="the 32-bit DLL under $what"
+  with=(scripts/wine.sh --with)
 else
   preset=native
   what="the native build, since $what"
-  scripts/build.sh native LauncherDll example_launcher example_client
+  with=()
+  scripts/build.sh native "${targets[@]}"
 fi
 
 printf 'demo: running %s, in build/%s/demo\n' "$what" "$preset"
-if scripts/run_examples.sh "$preset"; then
-  printf "demo: passed: the client got exactly the launcher's data (%s)\n" "$what"
+if "${with[@]}" scripts/run_examples.sh "$preset"; then
+  printf "demo: passed: Steam did as it was asked, and the client got exactly the launcher's data (%s)\n" "$what"
 else
-  printf "demo: FAILED: the client did not get the launcher's data (%s)\n" "$what"
+  printf 'demo: FAILED, see above (%s)\n' "$what"
   exit 1
 fi

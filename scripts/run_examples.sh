@@ -1,28 +1,42 @@
 #!/usr/bin/env bash
-# Runs the example launcher and its client out of a build, in an empty directory of their own.
+# Runs the examples out of a build, in an empty directory of their own: the launcher with its client,
+# and the Steam chapter with the stand-in and a server on the loopback interface.
 #
 #   scripts/run_examples.sh PRESET
+#   scripts/wine.sh --with scripts/run_examples.sh windows
 #
 # PRESET is windows, native or native-asan, and built. The directory, build/PRESET/demo, holds
-# afterwards what they wrote: config.json, client.log and received.bin. Exit status: 0 if the client
-# got exactly the launcher's data.
+# afterwards what they wrote: config.json, client.log, received.bin, and Steam's files below steam/.
+# Exit status: 0 if the client got exactly the launcher's data and Steam did what it was asked.
 set -euo pipefail
 
 [ $# -eq 1 ] || { sed -n '2,/^set -/{/^set -/d;s/^# \{0,1\}//;p}' "$0" >&2; exit 2; }
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 bin="$root/build/$1/bin"
-
 if [ ! -d "$bin" ]; then
   printf "examples: no build '%s'; run scripts/build.sh %s\n" "$1" "$1" >&2
   exit 2
 fi
+
 rm -rf "$root/build/$1/demo"
-mkdir -p "$root/build/$1/demo"
+mkdir -p "$root/build/$1/demo/steam"
 cd "$root/build/$1/demo"
 
-if [ "$1" != windows ]; then
-  exec "$bin/example_launcher" "$bin/example_client"
+if [ "$1" = windows ]; then
+  # Wine's drive Z: is the root of this machine.
+  client="Z:${bin//\//\\}\\example_client.exe"
+  launcher=("$root/scripts/wine.sh" "$bin/example_launcher.exe")
+  steam=("$root/scripts/wine.sh" "$bin/example_steam.exe")
+else
+  client="$bin/example_client"
+  launcher=("$bin/example_launcher")
+  steam=("$bin/example_steam")
 fi
-# Wine's drive Z: is the root of this machine.
-client="Z:${bin//\//\\}\\example_client.exe"
-exec "$root/scripts/wine.sh" "$bin/example_launcher.exe" "$client"
+
+"${launcher[@]}" "$client"
+
+export STEAM_STAND_IN=steam
+printf '{ "personaName": "Ada", "currentLanguage": "german" }\n' >steam/steam_settings.json
+# shellcheck disable=SC2016  # the port is known inside
+"$root/tests/steam_stand_in/with_http_server.sh" \
+  bash -c 'exec "$@" "http://127.0.0.1:$TEST_HTTP_PORT/text"' bash "${steam[@]}"

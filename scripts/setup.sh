@@ -13,7 +13,8 @@ set -euo pipefail
 
 build_packages=(
   cmake ninja-build g++ g++-mingw-w64-i686 binutils
-  nlohmann-json3-dev googletest libssl-dev openssl python3
+  nlohmann-json3-dev googletest libssl-dev libcurl4-openssl-dev
+  ca-certificates openssl python3
 )
 # Wine runs the 32-bit DLL; Xvfb and Mesa give it a screen, and with it consoles and Direct3D.
 wine_packages=(

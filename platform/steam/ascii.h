@@ -1,0 +1,23 @@
+// ASCII texts in which the case of letters means nothing.
+
+#ifndef LAUNCHER_PLATFORM_STEAM_ASCII_H_
+#define LAUNCHER_PLATFORM_STEAM_ASCII_H_
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+
+namespace launcher::stand_in {
+
+// Not the runtime's, which asks the locale.
+inline std::string LowerCase(std::string_view text) {
+  std::string lower(text);
+  std::transform(lower.begin(), lower.end(), lower.begin(), [](char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  });
+  return lower;
+}
+
+}  // namespace launcher::stand_in
+
+#endif  // LAUNCHER_PLATFORM_STEAM_ASCII_H_

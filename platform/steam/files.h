@@ -1,0 +1,44 @@
+// What the stand-in asks of the system's files, and of its processes.
+
+#ifndef LAUNCHER_PLATFORM_STEAM_FILES_H_
+#define LAUNCHER_PLATFORM_STEAM_FILES_H_
+
+#include <cstddef>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace launcher::stand_in {
+
+using Path = std::filesystem::path;
+
+// The absolute folder that STEAM_STAND_IN names, or steam_stand_in beside the program.
+Path StandInFolder();
+
+// A path as the system's narrow functions take it; none where their encoding has no such text.
+std::optional<std::string> NarrowText(const Path& path);
+
+// Bytes that nobody can foretell.
+bool FillRandom(void* buffer, std::size_t size);
+
+// A symbolic link, or whatever else leads to another place.
+bool IsLink(const Path& path);
+
+// Writes a file that is not there yet. What it answers true for has reached the disk.
+bool WriteNew(const Path& path, const void* data, std::size_t size);
+
+// In one step, whatever `to` was before. Also after a failure of the machine `to` is the old file
+// or the new one.
+bool MoveOver(const Path& from, const Path& to);
+
+// The file's first bytes, `capacity` at most. Answers how many.
+std::optional<std::size_t> ReadStart(const Path& path, void* buffer, std::size_t capacity);
+
+std::optional<std::string> ReadWhole(const Path& path);
+
+unsigned long OwnProcessId();
+bool IsProcessRunning(unsigned long id);
+
+}  // namespace launcher::stand_in
+
+#endif  // LAUNCHER_PLATFORM_STEAM_FILES_H_

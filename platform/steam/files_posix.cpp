@@ -1,0 +1,107 @@
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/random.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <utility>
+
+#include "platform/steam/files.h"
+
+namespace launcher::stand_in {
+namespace {
+
+class Descriptor {
+ public:
+  explicit Descriptor(int number) : number_(number) {}
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  ~Descriptor() {
+    if (number_ >= 0) close(number_);
+  }
+
+  explicit operator bool() const { return number_ >= 0; }
+  int Get() const { return number_; }
+
+  // Some file systems tell only now that a write failed.
+  bool Close() { return close(std::exchange(number_, -1)) == 0; }
+
+ private:
+  int number_;
+};
+
+// Calls `transfer(offset)`, which answers like read and write, until `size` bytes have passed or no
+// more come. Answers how many did.
+template <class Transfer>
+std::optional<std::size_t> TransferAll(std::size_t size, Transfer transfer) {
+  std::size_t offset = 0;
+  while (offset < size) {
+    const ssize_t count = transfer(offset);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return std::nullopt;
+    if (count == 0) break;
+    offset += static_cast<std::size_t>(count);
+  }
+  return offset;
+}
+
+}  // namespace
+
+Path StandInFolder() {
+  const char* const named = std::getenv("STEAM_STAND_IN");
+  if (named != nullptr && *named != '\0') return std::filesystem::absolute(named);
+  return std::filesystem::read_symlink("/proc/self/exe").parent_path() / "steam_stand_in";
+}
+
+std::optional<std::string> NarrowText(const Path& path) { return path.string(); }
+
+bool FillRandom(void* buffer, std::size_t size) {
+  return TransferAll(size, [&](std::size_t offset) {
+           return getrandom(static_cast<char*>(buffer) + offset, size - offset, 0);
+         }) == size;
+}
+
+bool IsLink(const Path& path) {
+  std::error_code error;
+  return std::filesystem::is_symlink(std::filesystem::symlink_status(path, error));
+}
+
+bool WriteNew(const Path& path, const void* data, std::size_t size) {
+  constexpr mode_t kReadAndWrite = 0666;
+  Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kReadAndWrite));
+  if (!file) return false;
+  return TransferAll(size,
+                     [&](std::size_t offset) {
+                       return write(file.Get(), static_cast<const char*>(data) + offset,
+                                    size - offset);
+                     }) == size &&
+         fsync(file.Get()) == 0 && file.Close();
+}
+
+bool MoveOver(const Path& from, const Path& to) {
+  if (std::rename(from.c_str(), to.c_str()) != 0) return false;
+  // The name has changed in any case; a folder that cannot be flushed only delays it on the disk.
+  const Descriptor folder(open(to.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (folder) fsync(folder.Get());
+  return true;
+}
+
+std::optional<std::size_t> ReadStart(const Path& path, void* buffer, std::size_t capacity) {
+  // Without waiting, since a pipe may bear the name.
+  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  if (!file) return std::nullopt;
+  return TransferAll(capacity, [&](std::size_t offset) {
+    return read(file.Get(), static_cast<char*>(buffer) + offset, capacity - offset);
+  });
+}
+
+unsigned long OwnProcessId() { return static_cast<unsigned long>(getpid()); }
+
+bool IsProcessRunning(unsigned long id) {
+  return kill(static_cast<pid_t>(id), 0) == 0 || errno == EPERM;
+}
+
+}  // namespace launcher::stand_in

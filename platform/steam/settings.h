@@ -1,0 +1,45 @@
+// What the stand-in's Steam is like: whose account, which languages, how much room.
+
+#ifndef LAUNCHER_PLATFORM_STEAM_SETTINGS_H_
+#define LAUNCHER_PLATFORM_STEAM_SETTINGS_H_
+
+#include <cstdint>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+
+namespace launcher::stand_in {
+
+constexpr std::uint64_t kMebibyte = 1024 * 1024;
+
+struct Settings {
+  // The last individual account there can be, so that it is hardly anybody's.
+  std::uint64_t accountId = 0x01100001FFFFFFFF;
+  std::string personaName = "Player";
+  std::string currentLanguage = "english";
+  std::string availableLanguages = "english";
+  bool running = true;
+  bool startedBySteam = true;
+  bool subscribed = true;
+  bool loggedOn = true;
+  bool cloudEnabledForAccount = true;
+  bool cloudEnabledForApp = true;
+  std::uint64_t quotaBytes = 100 * kMebibyte;
+  std::uint64_t httpConnectLimitMs = 10'000;
+  std::uint64_t httpRequestLimitMs = 60'000;
+  std::uint64_t httpBodyLimitBytes = 16 * kMebibyte;
+};
+
+// Tells in one line what is wrong with a settings file.
+class SettingsError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// Reads the settings in `folder`: the defaults where there is no file. Throws SettingsError for one
+// that does not fit.
+Settings LoadSettings(const std::filesystem::path& folder);
+
+}  // namespace launcher::stand_in
+
+#endif  // LAUNCHER_PLATFORM_STEAM_SETTINGS_H_

@@ -1,0 +1,278 @@
+// The exported functions and their interfaces: arguments are tested here, and exceptions end here.
+//
+// The interfaces stay when a session ends, since a caller may have kept a pointer to one: without a
+// session each call answers as a failure.
+
+#include "platform/steam/steam_api.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <optional>
+
+#include "platform/steam/stand_in.h"
+#include "platform/steam/stand_in_session.h"
+
+namespace launcher::stand_in {
+namespace {
+
+std::unique_ptr<Session> session;
+
+template <class Result, class Body>
+Result Guarded(Result otherwise, Body body) noexcept {
+  try {
+    return body();
+  } catch (...) {
+    return otherwise;
+  }
+}
+
+// Answers what `body` does with the session, and `otherwise` where there is none or it throws.
+template <class Result, class Body>
+Result InSession(Result otherwise, Body body) noexcept {
+  if (!session) return otherwise;
+  return Guarded(otherwise, [&] { return body(*session); });
+}
+
+constexpr std::int32_t kLargestSize = std::numeric_limits<std::int32_t>::max();
+
+// The interfaces know no size beyond 32 bits.
+std::int32_t ShortSize(std::uint64_t size) {
+  return static_cast<std::int32_t>(std::min<std::uint64_t>(size, kLargestSize));
+}
+
+class User final : public ISteamUser {
+ public:
+  bool BLoggedOn() override {
+    return InSession(false, [](Session& current) { return current.settings.loggedOn; });
+  }
+
+  std::uint64_t GetSteamID() override {
+    return InSession(std::uint64_t{0}, [](Session& current) { return current.settings.accountId; });
+  }
+
+  bool GetUserDataFolder(char* buffer, int capacity) override {
+    return InSession(false, [&](Session& current) {
+      const Path folder = current.accountFolder / "local";
+      const std::optional<std::string> text = NarrowText(folder);
+      if (buffer == nullptr || capacity <= 0 || !text ||
+          text->size() >= static_cast<std::size_t>(capacity)) {
+        return false;
+      }
+      std::filesystem::create_directories(folder);
+      std::memcpy(buffer, text->c_str(), text->size() + 1);
+      return true;
+    });
+  }
+
+  std::uint32_t GetAuthSessionTicket(void* ticket, int capacity, std::uint32_t* size) override {
+    constexpr std::uint32_t kNoTicket = 0;
+    return InSession(kNoTicket, [&](Session& current) {
+      if (!current.settings.loggedOn || ticket == nullptr || size == nullptr || capacity < 0 ||
+          static_cast<std::size_t>(capacity) < Tickets::kSize) {
+        return kNoTicket;
+      }
+      const std::uint32_t handle = current.tickets.Issue(ticket);
+      if (handle != kNoTicket) *size = Tickets::kSize;
+      return handle;
+    });
+  }
+};
+
+class Friends final : public ISteamFriends {
+ public:
+  const char* GetPersonaName() override {
+    return InSession("", [](Session& current) { return current.settings.personaName.c_str(); });
+  }
+};
+
+class Apps final : public ISteamApps {
+ public:
+  const char* GetCurrentGameLanguage() override {
+    return InSession("", [](Session& current) { return current.settings.currentLanguage.c_str(); });
+  }
+
+  const char* GetAvailableGameLanguages() override {
+    return InSession("",
+                     [](Session& current) { return current.settings.availableLanguages.c_str(); });
+  }
+};
+
+class RemoteStorage final : public ISteamRemoteStorage {
+ public:
+  bool FileWrite(const char* name, const void* data, std::int32_t size) override {
+    return InSession(false, [&](Session& current) {
+      return data != nullptr && size >= 0 &&
+             current.cloud.Write(name, data, static_cast<std::size_t>(size));
+    });
+  }
+
+  std::int32_t FileRead(const char* name, void* buffer, std::int32_t size) override {
+    return InSession(std::int32_t{0}, [&](Session& current) {
+      if (buffer == nullptr || size <= 0) return std::int32_t{0};
+      return ShortSize(current.cloud.Read(name, buffer, static_cast<std::size_t>(size)));
+    });
+  }
+
+  bool FileForget(const char* name) override {
+    return InSession(false, [&](Session& current) { return current.cloud.Forget(name); });
+  }
+
+  bool FileDelete(const char* name) override {
+    return InSession(false, [&](Session& current) { return current.cloud.Delete(name); });
+  }
+
+  bool FileExists(const char* name) override {
+    return InSession(false, [&](Session& current) { return current.cloud.Size(name).has_value(); });
+  }
+
+  std::int32_t GetFileSize(const char* name) override {
+    return InSession(std::int32_t{0}, [&](Session& current) {
+      return ShortSize(current.cloud.Size(name).value_or(0));
+    });
+  }
+
+  std::int32_t GetFileCount() override {
+    return InSession(std::int32_t{0},
+                     [](Session& current) { return ShortSize(current.cloud.Count()); });
+  }
+
+  // The text is good until a file is written or deleted, or the files are counted.
+  const char* GetFileNameAndSize(int index, std::int32_t* size) override {
+    const CloudFile* const file =
+        InSession(static_cast<const CloudFile*>(nullptr), [&](Session& current) {
+          return index < 0 ? nullptr : current.cloud.At(static_cast<std::size_t>(index));
+        });
+    if (size != nullptr) *size = file == nullptr ? 0 : ShortSize(file->size);
+    return file == nullptr ? "" : file->name.c_str();
+  }
+
+  bool IsCloudEnabledForAccount() override {
+    return InSession(false, [](Session& current) { return current.cloud.IsEnabledForAccount(); });
+  }
+
+  bool IsCloudEnabledForApp() override {
+    return InSession(false, [](Session& current) { return current.cloud.IsEnabledForApp(); });
+  }
+
+  void SetCloudEnabledForApp(std::int32_t enabled) override {
+    if (session) session->cloud.EnableForApp(enabled != 0);
+  }
+};
+
+class Http final : public ISteamHTTP {
+ public:
+  std::uint32_t CreateHTTPRequest(int method, const char* url) override {
+    return InSession(std::uint32_t{0}, [&](Session& current) {
+      return url == nullptr ? 0 : current.http.Create(method, url);
+    });
+  }
+
+  bool SetHTTPRequestRawPostBody(std::uint32_t request, const char* contentType, std::uint8_t* body,
+                                 std::uint32_t size) override {
+    return InSession(false, [&](Session& current) {
+      return contentType != nullptr && body != nullptr &&
+             current.http.SetBody(request, contentType, body, size);
+    });
+  }
+
+  bool SendHTTPRequest(std::uint32_t request, std::uint64_t* call) override {
+    return InSession(false, [&](Session& current) { return current.http.Send(request, call); });
+  }
+
+  bool GetHTTPResponseHeaderSize(std::uint32_t request, const char* name,
+                                 std::uint32_t* size) override {
+    return InSession(false, [&](Session& current) {
+      if (name == nullptr || size == nullptr) return false;
+      const std::optional<std::uint32_t> found = current.http.HeaderSize(request, name);
+      if (found) *size = *found;
+      return found.has_value();
+    });
+  }
+
+  bool GetHTTPResponseBodyData(std::uint32_t request, std::uint8_t* buffer,
+                               std::uint32_t size) override {
+    return InSession(false, [&](Session& current) {
+      return (buffer != nullptr || size == 0) && current.http.CopyBody(request, buffer, size);
+    });
+  }
+
+  bool ReleaseHTTPRequest(std::uint32_t request) override {
+    return InSession(false, [&](Session& current) { return current.http.Release(request); });
+  }
+};
+
+User user;
+Friends friends;
+Apps apps;
+RemoteStorage remoteStorage;
+Http http;
+
+// The settings without a session, for the two questions that come before one. None where the file
+// does not fit: SteamAPI_Init says why.
+std::optional<Settings> SettingsNow() noexcept {
+  return Guarded(std::optional<Settings>(), [] {
+    return std::optional<Settings>(session ? session->settings : LoadSettings(StandInFolder()));
+  });
+}
+
+// A session where Steam would give one; otherwise throws what the reason is.
+std::unique_ptr<Session> NewSession() {
+  const Path folder = StandInFolder();
+  const Settings settings = LoadSettings(folder);
+  if (!settings.running) throw SettingsError("Steam is not running, say the settings");
+  if (!settings.subscribed) throw SettingsError("the account has no licence, say the settings");
+
+  auto created = std::make_unique<Session>(folder, settings);
+  // A cloud that is out of reach keeps no game from starting.
+  Guarded(false, [&] {
+    created->cloud.CatchUp();
+    return true;
+  });
+  return created;
+}
+
+}  // namespace
+}  // namespace launcher::stand_in
+
+using namespace launcher::stand_in;
+
+bool SteamAPI_Init() {
+  if (session) return true;
+  try {
+    session = NewSession();
+    return true;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "Steam stand-in: %s\n", error.what());
+  } catch (...) {
+    std::fprintf(stderr, "Steam stand-in: no session\n");
+  }
+  return false;
+}
+
+void SteamAPI_Shutdown() { session.reset(); }
+
+bool SteamAPI_IsSteamRunning() {
+  const std::optional<Settings> settings = SettingsNow();
+  return settings && settings->running;
+}
+
+// The application's id tells nothing here: the stand-in starts no applications.
+bool SteamAPI_RestartAppIfNecessary(std::uint32_t /*appId*/) {
+  const std::optional<Settings> settings = SettingsNow();
+  return settings && !(settings->subscribed && settings->startedBySteam);
+}
+
+ISteamUser* SteamUser() { return session ? &user : nullptr; }
+ISteamFriends* SteamFriends() { return session ? &friends : nullptr; }
+ISteamApps* SteamApps() { return session ? &apps : nullptr; }
+ISteamRemoteStorage* SteamRemoteStorage() { return session ? &remoteStorage : nullptr; }
+ISteamHTTP* SteamHTTP() { return session ? &http : nullptr; }
+
+bool StandInVerifyTicket(const void* ticket, std::uint32_t size) {
+  return InSession(false, [&](Session& current) {
+    return ticket != nullptr && current.tickets.IsIssued(ticket, size);
+  });
+}

@@ -1,0 +1,31 @@
+// Auth tickets: random bytes, which the stand-in knows again.
+
+#ifndef LAUNCHER_PLATFORM_STEAM_TICKETS_H_
+#define LAUNCHER_PLATFORM_STEAM_TICKETS_H_
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+
+namespace launcher::stand_in {
+
+class Tickets {
+ public:
+  static constexpr std::size_t kSize = 234;
+  // A caller that never stops asking must not fill the memory: older ones are forgotten.
+  static constexpr std::size_t kMostCount = 1024;
+
+  // Writes a new ticket to kSize bytes at `ticket`. Answers its handle, 0 where there are no random
+  // bytes.
+  std::uint32_t Issue(void* ticket);
+  bool IsIssued(const void* ticket, std::size_t size) const;
+
+ private:
+  std::deque<std::array<std::uint8_t, kSize>> issued_;
+  std::uint32_t lastHandle_ = 0;
+};
+
+}  // namespace launcher::stand_in
+
+#endif  // LAUNCHER_PLATFORM_STEAM_TICKETS_H_
