@@ -57,8 +57,7 @@ bool KeepFileHere() {
 bool KeepFileInTheCloud() {
   char content[kSaveSize] = {};
   constexpr auto kSize = static_cast<std::int32_t>(kSaveSize);
-  if (QX_SteamAPI_RemoteStorageFileWrite("save.txt", kSaveGame, kSize) != QX_SUCCEEDED)
-    return false;
+  if (QX_SteamAPI_RemoteStorageFileWrite("save.txt", kSaveGame, kSize) != 0) return false;
   if (QX_SteamAPI_RemoteStorageFileRead("save.txt", content, kSize) != kSize) return false;
   if (std::memcmp(content, kSaveGame, kSaveSize) != 0) return false;
 

@@ -10,7 +10,7 @@
 
 namespace launcher::stand_in {
 
-constexpr std::uint64_t kMebibyte = 1024 * 1024;
+constexpr std::uint64_t kMebibyte = std::uint64_t{1} << 20;
 
 struct Settings {
   // The last individual account there can be, so that it is hardly anybody's.
