@@ -2,8 +2,7 @@
 #
 #   LAUNCHER_EXPORTS_DEF   for linking the DLL: decorated names at their ordinals
 #   LAUNCHER_EXPORTS_MAP   for linking the native library: plain names, everything else hidden
-#   generated/export_table.inc  for the tests: EXPORT(ordinal, name, argument bytes) for what is
-#                          built, RESERVED(...) for what is not
+#   generated/export_table.inc  for the tests: EXPORT(ordinal, name, argument bytes)
 
 set(export_list "${PROJECT_SOURCE_DIR}/src/frame/exports.list")
 set(export_folder "${PROJECT_BINARY_DIR}/generated")
@@ -16,21 +15,17 @@ set(map "{\n  global:\n")
 set(table "")
 file(STRINGS "${export_list}" lines REGEX "^[0-9]")
 foreach(line IN LISTS lines)
-  if(NOT line MATCHES "^([0-9]+) +(- +)?([A-Za-z0-9_]+) +([0-9]+)$")
+  if(NOT line MATCHES "^([0-9]+) +([A-Za-z0-9_]+) +([0-9]+)$")
     message(FATAL_ERROR "${export_list}: not an export: ${line}")
   endif()
   set(ordinal "${CMAKE_MATCH_1}")
-  set(name "${CMAKE_MATCH_3}")
-  set(size "${CMAKE_MATCH_4}")
-  if(CMAKE_MATCH_2)
-    string(APPEND table "RESERVED(${ordinal}, ${name}, ${size})\n")
-  else()
-    string(APPEND table "EXPORT(${ordinal}, ${name}, ${size})\n")
-    # Left of the equals sign stands the name in the table, right of it the linker's name for the
-    # function, which goes without the first underscore.
-    string(APPEND def "  \"_${name}@${size}\" = \"${name}@${size}\" @${ordinal}\n")
-    string(APPEND map "    ${name};\n")
-  endif()
+  set(name "${CMAKE_MATCH_2}")
+  set(size "${CMAKE_MATCH_3}")
+  string(APPEND table "EXPORT(${ordinal}, ${name}, ${size})\n")
+  # Left of the equals sign stands the name in the table, right of it the linker's name for the
+  # function, which goes without the first underscore.
+  string(APPEND def "  \"_${name}@${size}\" = \"${name}@${size}\" @${ordinal}\n")
+  string(APPEND map "    ${name};\n")
 endforeach()
 string(APPEND map "  local: *;\n};\n")
 

@@ -520,6 +520,93 @@ QX_API ResultCode QX_CALL QX_SteamAPI_HTTPRequest(const char* url, int32_t metho
                                                   const char* contentType, const uint8_t* body,
                                                   uint32_t bodyLength);
 
+/* ---- The host -------------------------------------------------------------------------------- */
+
+/* Writes the display modes of an adapter in the format X8R8G8B8 as JSON text, lines ending in "\n":
+ *
+ *     {
+ *     "DisplayMode": [
+ *       {"Width": 800, "Height": 600, "Hz": 60},
+ *       {"Width": 1024, "Height": 768, "Hz": 75}
+ *     ]
+ *     }
+ *
+ * adapter   0 for the first
+ * reserved  not read
+ * buffer    receives the text with its terminator; 65 bytes a mode and 23 more are enough
+ * capacity  the bytes at buffer
+ *
+ * Returns the characters written, terminator not counted; 0 for a null buffer or a capacity of 0,
+ * without Direct3D 9, and for an adapter without modes, with nothing written; 0 too for a text that
+ * does not fit, whose beginning is then in the buffer, with its terminator. A mode that Direct3D
+ * does not tell is left out; if it is the last one, a comma stays behind the list. */
+QX_API uint32_t QX_CALL QX_EnumDisplayMode(uint32_t adapter, uint32_t reserved, char* buffer,
+                                           uint32_t capacity);
+
+/* Asks for one display mode in the format X8R8G8B8.
+ *
+ * adapter      0 for the first
+ * reserved     not read
+ * width        pixels; only the low 16 bits are read, as a signed number, here and in height
+ * height       pixels
+ * refreshRate  in Hz
+ *
+ * Returns 0 if the adapter has exactly this mode; QX_BAD_ARGUMENT if not, and without Direct3D 9.
+ */
+QX_API ResultCode QX_CALL QX_CheckDisplayMode(uint32_t adapter, uint32_t reserved, int32_t width,
+                                              int32_t height, uint32_t refreshRate);
+
+/* Tells whether a server is one of the game's own, by two names, which are compared character for
+ * character. Neither is tested for null, and no certificate is checked.
+ *
+ * certificateName  the name in the server's certificate
+ * hostName         the name under which the caller reached it
+ *
+ * Looks label 5000 up, then 5001; the first match ends the call.
+ * Returns 1 if hostName is one of these two settings, of at most 1023 bytes, or certificateName
+ * one of the two that the library trusts; else 0. Only the low 8 bits of the result are defined. */
+QX_API uint8_t QX_CALL QX_CheckCert(const char* certificateName, const char* hostName);
+
+/* Removes a file; of a link, the link.
+ * Returns 0; QX_FAILED where the system refuses, as for a file that is read-only, open elsewhere,
+ * or not there; QX_BAD_ARGUMENT for a null path. */
+QX_API ResultCode QX_CALL QX_RemoveFile(const char* path);
+
+/* Removes a directory with all that is in it.
+ *
+ * path           the directory
+ * keepDirectory  not 0: remove only what is in it
+ *
+ * An entry that cannot be removed stays, and the rest goes all the same. Nothing outside the
+ * directory is removed: a link or junction goes and is not followed, not even where path is one. An
+ * entry stays where its path has more than 259 characters, or its name holds a separator or ends in
+ * a dot or a blank. An empty path, and a drive without a directory ("C:"), name nothing.
+ * Returns 0 if the directory is gone, and always with keepDirectory; QX_FAILED if it is not, or was
+ * not there; QX_BAD_ARGUMENT for a null path. */
+QX_API ResultCode QX_CALL QX_RemoveDirectory(const char* path, uint32_t keepDirectory);
+
+/* ---- Fixed answers --------------------------------------------------------------------------- */
+
+/* What launchers of an earlier day call. Nothing is done by it but told here. */
+
+/* Returns 1. Only the low 8 bits of the result are defined. */
+QX_API uint8_t QX_CALL QX_ExistClient(void);
+
+/* Unpacks nothing.
+ * Returns 0; QX_BAD_ARGUMENT if second, third or fourth is 0. */
+QX_API ResultCode QX_CALL QX_Unzip(uint32_t first, uint32_t second, uint32_t third,
+                                   uint32_t fourth);
+
+/* Returns 0. */
+QX_API int32_t QX_CALL QX_SteamAPI_GetMirvelURL(uint32_t first, uint32_t second, uint32_t third);
+
+/* Returns the number that QX_ResetIllegalValue drew last, 0 if none. The process has one. */
+QX_API int32_t QX_CALL QX_GetIllegalValue(void);
+
+/* Draws a number and returns it: the first of the runtime's generator (rand), seeded anew with the
+ * time in seconds, so that two calls in one second draw the same one. */
+QX_API int32_t QX_CALL QX_ResetIllegalValue(void);
+
 #ifdef __cplusplus
 }
 #endif

@@ -45,6 +45,14 @@ struct KernelHandleKind {
 };
 using KernelHandle = Owner<KernelHandleKind>;
 
+// A listing of FindFirstFileA.
+struct FindHandleKind {
+  using Handle = HANDLE;
+  static inline const Handle kNone = INVALID_HANDLE_VALUE;
+  static void Release(Handle handle) { FindClose(handle); }
+};
+using FindHandle = Owner<FindHandleKind>;
+
 struct CryptProviderKind {
   using Handle = HCRYPTPROV;
   static constexpr Handle kNone = 0;

@@ -16,6 +16,7 @@
 #include <shellapi.h>
 #include <stdio.h>
 #include <sys/stat.h>
+#include <time.h>
 #include <wincrypt.h>
 
 #else

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds LauncherDll.dll and shows its main job: a launcher signs and enciphers data and starts a
 # client, which reads the data out of the launcher's memory and deciphers them. Then what a launcher
-# asks Steam, of the stand-in for Steam's client library.
+# asks of the machine: display modes, a server's name, the removal of a folder. Then what it asks
+# Steam, of the stand-in for Steam's client library.
 #
 #   scripts/demo.sh [--help]
 #
@@ -23,7 +24,7 @@ esac
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 scripts/setup.sh
-targets=(LauncherDll steam_api example_launcher example_client example_steam)
+targets=(LauncherDll steam_api example_launcher example_client example_host example_steam)
 scripts/build.sh windows "${targets[@]}"
 printf 'demo: built build/windows/bin/LauncherDll.dll, %s bytes\n' \
   "$(stat -c %s build/windows/bin/LauncherDll.dll)"
@@ -41,7 +42,7 @@ fi
 
 printf 'demo: running %s, in build/%s/demo\n' "$what" "$preset"
 if "${with[@]}" scripts/run_examples.sh "$preset"; then
-  printf "demo: passed: Steam did as it was asked, and the client got exactly the launcher's data (%s)\n" "$what"
+  printf "demo: passed: all went as expected, and the client got exactly the launcher's data (%s)\n" "$what"
 else
   printf 'demo: FAILED, see above (%s)\n' "$what"
   exit 1

@@ -1,13 +1,14 @@
 #!/usr/bin/env bash
 # Runs the examples out of a build, in an empty directory of their own: the launcher with its client,
-# and the Steam chapter with the stand-in and a server on the loopback interface.
+# what it asks of the machine, and the Steam chapter with the stand-in and a server on the loopback
+# interface.
 #
 #   scripts/run_examples.sh PRESET
 #   scripts/wine.sh --with scripts/run_examples.sh windows
 #
 # PRESET is windows, native or native-asan, and built. The directory, build/PRESET/demo, holds
 # afterwards what they wrote: config.json, client.log, received.bin, and Steam's files below steam/.
-# Exit status: 0 if the client got exactly the launcher's data and Steam did what it was asked.
+# Exit status: 0 if the client got exactly the launcher's data and all else went as expected.
 set -euo pipefail
 
 [ $# -eq 1 ] || { sed -n '2,/^set -/{/^set -/d;s/^# \{0,1\}//;p}' "$0" >&2; exit 2; }
@@ -26,14 +27,17 @@ if [ "$1" = windows ]; then
   # Wine's drive Z: is the root of this machine.
   client="Z:${bin//\//\\}\\example_client.exe"
   launcher=("$root/scripts/wine.sh" "$bin/example_launcher.exe")
+  host=("$root/scripts/wine.sh" "$bin/example_host.exe")
   steam=("$root/scripts/wine.sh" "$bin/example_steam.exe")
 else
   client="$bin/example_client"
   launcher=("$bin/example_launcher")
+  host=("$bin/example_host")
   steam=("$bin/example_steam")
 fi
 
 "${launcher[@]}" "$client"
+"${host[@]}"
 
 export STEAM_STAND_IN=steam
 printf '{ "personaName": "Ada", "currentLanguage": "german" }\n' >steam/steam_settings.json

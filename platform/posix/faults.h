@@ -14,6 +14,7 @@ namespace launcher::posix {
 
 // Win32 error codes that the layer leaves.
 inline constexpr DWORD kErrorFileNotFound = 2;
+inline constexpr DWORD kErrorAccessDenied = 5;
 inline constexpr DWORD kErrorInvalidHandle = 6;
 inline constexpr DWORD kErrorNotEnoughMemory = 8;
 inline constexpr DWORD kErrorGeneralFailure = 31;

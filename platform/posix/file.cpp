@@ -1,17 +1,79 @@
 // Files, by paths in which a backslash separates names too.
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstring>
+#include <ctime>
+#include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "platform/posix/command_line.h"
 #include "platform/posix/faults.h"
 
 namespace launcher::posix {
 namespace {
+
+// The path of an entry itself: a separator at the end would lead through a link.
+std::string EntryPath(const char* path) {
+  std::string native = NativePath(path);
+  while (native.size() > 1 && native.back() == '/') native.pop_back();
+  return native;
+}
+
+DWORD AttributesOf(const std::string& entry) {
+  struct stat status = {};
+  if (lstat(entry.c_str(), &status) != 0) return INVALID_FILE_ATTRIBUTES;
+  DWORD attributes = (status.st_mode & S_IWUSR) == 0 ? FILE_ATTRIBUTE_READONLY : 0;
+  const bool isLink = S_ISLNK(status.st_mode);
+  if (isLink) stat(entry.c_str(), &status);  // of one that leads nowhere the link's own stays
+  if (S_ISDIR(status.st_mode)) {
+    attributes |= FILE_ATTRIBUTE_DIRECTORY | (isLink ? FILE_ATTRIBUTE_REPARSE_POINT : 0);
+  }
+  return attributes != 0 ? attributes : FILE_ATTRIBUTE_NORMAL;
+}
+
+// What FindFirstFileA hands out.
+struct Listing {
+  std::string directory;  // with a separator at its end
+  std::vector<std::string> names;
+  std::size_t next = 0;
+
+  // Answers false where there is no more. Names that are gone by now are left out.
+  bool Give(WIN32_FIND_DATAA* entry) {
+    for (; next < names.size(); ++next) {
+      const std::string& name = names[next];
+      const DWORD attributes = AttributesOf(directory + name);
+      if (attributes == INVALID_FILE_ATTRIBUTES || name.size() >= sizeof entry->cFileName) continue;
+      entry->dwFileAttributes = attributes;
+      std::memcpy(entry->cFileName, name.c_str(), name.size() + 1);
+      ++next;
+      return true;
+    }
+    return false;
+  }
+};
+
+struct DirectoryCloser {
+  void operator()(DIR* directory) const { closedir(directory); }
+};
+
+// Null where there is no such directory.
+std::unique_ptr<Listing> ListDirectory(std::string directory) {
+  const std::unique_ptr<DIR, DirectoryCloser> opened(opendir(directory.c_str()));
+  if (!opened) return nullptr;
+  auto listing = std::make_unique<Listing>();
+  listing->directory = std::move(directory);
+  while (const dirent* const entry = readdir(opened.get())) listing->names.push_back(entry->d_name);
+  std::sort(listing->names.begin(), listing->names.end());
+  return listing;
+}
 
 BOOL MoveToFreeName(const std::string& source, const std::string& target) {
   if (renameat2(AT_FDCWD, source.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0) {
@@ -61,11 +123,75 @@ int _stat64(const char* path, struct __stat64* status) {
   });
 }
 
+DWORD GetFileAttributesA(const char* path) {
+  using namespace launcher::posix;
+  if (MustFail(__func__)) return INVALID_FILE_ATTRIBUTES;
+  return WithoutThrowing(INVALID_FILE_ATTRIBUTES, [=] { return AttributesOf(EntryPath(path)); });
+}
+
+HANDLE FindFirstFileA(const char* pattern, WIN32_FIND_DATAA* entry) {
+  using namespace launcher::posix;
+  if (MustFail(__func__)) return INVALID_HANDLE_VALUE;
+  return WithoutThrowing(INVALID_HANDLE_VALUE, [=] {
+    std::string directory = NativePath(pattern);
+    const std::size_t end = directory.rfind("/*.*");
+    const bool isOfNetwork = directory.compare(0, 2, "//") == 0;
+    if (end == std::string::npos || end + 4 != directory.size() || isOfNetwork) {
+      Fail(kErrorInvalidParameter);
+      return INVALID_HANDLE_VALUE;
+    }
+    directory.resize(end + 1);
+    std::unique_ptr<Listing> listing = ListDirectory(std::move(directory));
+    if (!listing || !listing->Give(entry)) {
+      Fail(kErrorFileNotFound);
+      return INVALID_HANDLE_VALUE;
+    }
+    CountObject(1);
+    return static_cast<HANDLE>(listing.release());
+  });
+}
+
+BOOL FindNextFileA(HANDLE listing, WIN32_FIND_DATAA* entry) {
+  using namespace launcher::posix;
+  if (MustFail(__func__)) return FALSE;
+  return WithoutThrowing(FALSE, [=] {
+    return static_cast<Listing*>(listing)->Give(entry) ? TRUE : Fail(kErrorFileNotFound);
+  });
+}
+
+BOOL FindClose(HANDLE listing) {
+  using namespace launcher::posix;
+  delete static_cast<Listing*>(listing);
+  CountObject(-1);
+  return MustFail(__func__) ? FALSE : TRUE;
+}
+
 BOOL DeleteFileA(const char* path) {
   using namespace launcher::posix;
   if (MustFail(__func__)) return FALSE;
   return WithoutThrowing(FALSE, [=] {
-    return unlink(NativePath(path).c_str()) == 0 ? TRUE : Fail(kErrorFileNotFound);
+    const std::string native = NativePath(path);
+    const DWORD attributes = AttributesOf(native);
+    if (attributes != INVALID_FILE_ATTRIBUTES &&
+        (attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY)) != 0) {
+      return Fail(kErrorAccessDenied);
+    }
+    return unlink(native.c_str()) == 0 ? TRUE : Fail(kErrorFileNotFound);
+  });
+}
+
+BOOL RemoveDirectoryA(const char* path) {
+  using namespace launcher::posix;
+  if (MustFail(__func__)) return FALSE;
+  return WithoutThrowing(FALSE, [=] {
+    const std::string entry = EntryPath(path);
+    const DWORD attributes = AttributesOf(entry);
+    if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
+      return Fail(kErrorFileNotFound);
+    }
+    const bool isLink = (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+    const int result = isLink ? unlink(entry.c_str()) : rmdir(entry.c_str());
+    return result == 0 ? TRUE : Fail(kErrorAccessDenied);
   });
 }
 
@@ -74,4 +200,10 @@ BOOL MoveFileExA(const char* from, const char* to, DWORD flags) {
   if (MustFail(__func__)) return FALSE;
   if (flags != 0) return Fail(kErrorInvalidParameter);
   return WithoutThrowing(FALSE, [=] { return MoveToFreeName(NativePath(from), NativePath(to)); });
+}
+
+std::int64_t _time64(std::int64_t* now) {
+  const std::int64_t seconds = std::time(nullptr);
+  if (now != nullptr) *now = seconds;
+  return seconds;
 }

@@ -108,10 +108,41 @@ struct __stat64 {
 };
 int _stat64(const char* path, struct __stat64* status);
 
+inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(std::intptr_t{-1});
+inline constexpr DWORD INVALID_FILE_ATTRIBUTES = 0xFFFFFFFF;
+inline constexpr DWORD FILE_ATTRIBUTE_READONLY = 0x1;
+inline constexpr DWORD FILE_ATTRIBUTE_DIRECTORY = 0x10;
+inline constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;
+inline constexpr DWORD FILE_ATTRIBUTE_REPARSE_POINT = 0x400;
+
+// A file is read-only where its owner may not write it. A symbolic link to a directory is a
+// directory and a reparse point; any other one counts as a file.
+DWORD GetFileAttributesA(const char* path);
+
+struct WIN32_FIND_DATAA {
+  DWORD dwFileAttributes;
+  char cFileName[260];
+};
+
+// Takes a directory's path with "\*.*" behind it, which finds all names, and no path of the
+// network. The names are those from the time of the first call, in ascending order.
+HANDLE FindFirstFileA(const char* pattern, WIN32_FIND_DATAA* entry);
+BOOL FindNextFileA(HANDLE listing, WIN32_FIND_DATAA* entry);
+BOOL FindClose(HANDLE listing);
+
+// Refuses a directory, a link to one, and a file that is read-only.
 BOOL DeleteFileA(const char* path);
+
+// Removes an empty directory, or a link to any.
+BOOL RemoveDirectoryA(const char* path);
 
 // With flags of 0 only: fails where `to` exists.
 BOOL MoveFileExA(const char* from, const char* to, DWORD flags);
+
+// ---- The time ----
+
+// Seconds since 1970; `now` may be null.
+std::int64_t _time64(std::int64_t* now);
 
 // ---- The command line; the ANSI code page is UTF-8 and a wide character is a code point ----
 

@@ -1,5 +1,5 @@
-// The deployment's host names: what a new config.json says. A deployment changes them here and
-// nowhere else.
+// The deployment's host names: what a new config.json says, and whose certificates are trusted. A
+// deployment changes them here and nowhere else.
 
 #ifndef LAUNCHER_CONFIG_DEPLOYMENT_H_
 #define LAUNCHER_CONFIG_DEPLOYMENT_H_
@@ -16,6 +16,10 @@ inline constexpr char kDefaultDownloadUrl[] =
 inline constexpr char kDefaultQaApiHost[] = "qa-api.orvane.example";
 inline constexpr char kDefaultCiApiHost[] = "ci-api.orvane.example";
 inline constexpr char kDefaultGameDomain[] = ".orvane.example";
+
+// The names in the certificates of the game's service domain and of the CI game API.
+inline constexpr char kServiceCertificateName[] = "*.orvane.example";
+inline constexpr char kCiApiCertificateName[] = "ci-game-api.orvane.example";
 
 }  // namespace launcher
 

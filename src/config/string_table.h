@@ -13,6 +13,8 @@ namespace launcher {
 // The labels that the library itself looks up.
 inline constexpr StringLabel kVendorNameLabel = 0;
 inline constexpr StringLabel kBuildNameLabel = 10;
+inline constexpr StringLabel kQaApiHostLabel = 5000;
+inline constexpr StringLabel kCiApiHostLabel = 5001;
 inline constexpr StringLabel kCipherKeyLabel = 11000;
 inline constexpr StringLabel kSignatureMarkerLabel = 11001;
 

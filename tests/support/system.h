@@ -3,6 +3,7 @@
 #ifndef LAUNCHER_TESTS_SUPPORT_SYSTEM_H_
 #define LAUNCHER_TESTS_SUPPORT_SYSTEM_H_
 
+#include <cstddef>
 #include <string>
 
 namespace launcher::test {
@@ -22,6 +23,20 @@ void* LoadFunction(const std::string& path, const char* name);
 
 // The path of a file that lies beside this program, by its whole name.
 std::string PathBeside(const std::string& name);
+
+// Makes a symbolic link, or removes one; nothing for a link that is not there. Throws where it
+// cannot.
+void MakeLink(const std::string& target, const std::string& link);
+void RemoveLink(const std::string& link);
+
+// Whether the system's functions can remove a link to a directory. Those of Wine cannot.
+bool SystemRemovesLinks();
+
+// Runs `body` in a thread with `stackSize` bytes of stack, and waits.
+void RunInThread(std::size_t stackSize, void (*body)());
+
+// A wide directory's worth.
+extern const int kManyFiles;
 
 // The handles that this process has open, as the system counts them.
 int OpenHandleCount();

@@ -1,4 +1,5 @@
 #include <dlfcn.h>
+#include <pthread.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -30,6 +31,32 @@ void* LoadFunction(const std::string& path, const char* name) {
   if (function == nullptr) throw std::runtime_error(dlerror());
   return function;
 }
+
+void MakeLink(const std::string& target, const std::string& link) {
+  std::filesystem::create_symlink(target, link);
+}
+
+void RemoveLink(const std::string& link) { std::filesystem::remove(link); }
+
+bool SystemRemovesLinks() { return true; }
+
+void RunInThread(std::size_t stackSize, void (*body)()) {
+  const auto run = [](void* argument) -> void* {
+    reinterpret_cast<void (*)()>(argument)();
+    return nullptr;
+  };
+  pthread_attr_t attributes = {};
+  pthread_attr_init(&attributes);
+  pthread_attr_setstacksize(&attributes, stackSize);
+  pthread_t thread = {};
+  const bool hasStarted =
+      pthread_create(&thread, &attributes, run, reinterpret_cast<void*>(body)) == 0;
+  pthread_attr_destroy(&attributes);
+  if (!hasStarted) throw std::runtime_error("no thread");
+  pthread_join(thread, nullptr);
+}
+
+const int kManyFiles = 100000;
 
 int OpenHandleCount() {
   int count = 0;

@@ -1,9 +1,11 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <stdexcept>
 #include <vector>
 
+#include "support/run_program.h"
 #include "support/system.h"
 
 namespace launcher::test {
@@ -29,6 +31,22 @@ struct HandleTable {
   HandleEntry entries[1];
 };
 
+// Such a program is no process to Wine, so only what it does tells when it is done.
+template <class IsDone>
+void RunBelowWine(const std::string& commandLine, IsDone isDone) {
+  RunProgram("Z:\\bin\\" + commandLine);
+  for (int i = 0; i < 1000; ++i) {
+    if (isDone()) return;
+    Sleep(10);
+  }
+  throw std::runtime_error("in vain: " + commandLine);
+}
+
+DWORD WINAPI RunThread(void* body) {
+  reinterpret_cast<void (*)()>(body)();
+  return 0;
+}
+
 }  // namespace
 
 const char* const kLineEnd = "\r\n";
@@ -52,6 +70,39 @@ void* LoadFunction(const std::string& path, const char* name) {
   if (function == nullptr) throw std::runtime_error("no " + std::string(name) + " in " + path);
   return reinterpret_cast<void*>(function);
 }
+
+// Wine makes and removes no links. There the system below it does, which is as good: what it makes
+// is a link to Wine too.
+void MakeLink(const std::string& target, const std::string& link) {
+  const bool isDirectory = std::filesystem::is_directory(std::filesystem::path(link).parent_path() /
+                                                         std::filesystem::path(target));
+  CreateSymbolicLinkA(link.c_str(), target.c_str(), isDirectory ? SYMBOLIC_LINK_FLAG_DIRECTORY : 0);
+  if (std::filesystem::exists(link)) return;
+  std::string unixTarget = target.substr(target.compare(0, 2, "Z:") == 0 ? 2 : 0);
+  std::replace(unixTarget.begin(), unixTarget.end(), '\\', '/');
+  RunBelowWine("ln -s \"" + unixTarget + "\" \"" + link + '"',
+               [&] { return std::filesystem::exists(link); });
+}
+
+void RemoveLink(const std::string& link) {
+  const auto isGone = [&] { return !std::filesystem::exists(link); };
+  if (isGone() || RemoveDirectoryA(link.c_str()) != FALSE) return;
+  RunBelowWine("rm \"" + link + '"', isGone);
+}
+
+bool SystemRemovesLinks() {
+  return GetProcAddress(GetModuleHandleA("ntdll.dll"), "wine_get_version") == nullptr;
+}
+
+void RunInThread(std::size_t stackSize, void (*body)()) {
+  const HANDLE thread = CreateThread(nullptr, stackSize, RunThread, reinterpret_cast<void*>(body),
+                                     STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr);
+  if (thread == nullptr) throw std::runtime_error("no thread");
+  WaitForSingleObject(thread, INFINITE);
+  CloseHandle(thread);
+}
+
+const int kManyFiles = 100000;
 
 // GetProcessHandleCount would be the plain way; Wine answers it with 0.
 int OpenHandleCount() {

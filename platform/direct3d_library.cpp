@@ -1,0 +1,21 @@
+// Direct3DCreate9, passed on to the system's Direct3D 9. Where that is missing it fails.
+
+#include "platform/direct3d.h"
+#include "platform/late_library.h"
+
+namespace {
+
+#if defined(_WIN32)
+constexpr char kLibrary[] = "d3d9.dll";
+#else
+constexpr char kLibrary[] = "libd3d9.so";
+#endif
+
+}  // namespace
+
+IDirect3D9* WINAPI Direct3DCreate9(UINT sdkVersion) {
+  using Function = decltype(&Direct3DCreate9);
+  const auto function =
+      reinterpret_cast<Function>(launcher::FindLateFunction(kLibrary, "Direct3DCreate9"));
+  return function != nullptr ? function(sdkVersion) : nullptr;
+}

@@ -1,0 +1,118 @@
+// QX_EnumDisplayMode and QX_CheckDisplayMode: what an adapter can show.
+//
+// Each call asks Direct3D anew, and only for the modes of one pixel format: a game of this age runs
+// in no other.
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+
+#include "launcher_dll.h"
+#include "platform/direct3d.h"
+
+namespace launcher {
+namespace {
+
+constexpr UINT kSdkVersion = 32;
+
+constexpr char kHead[] = "{\n\"DisplayMode\": [\n";
+constexpr char kModeLine[] = "  {\"Width\": %u, \"Height\": %u, \"Hz\": %u}%s\n";
+constexpr char kTail[] = "]\n}";
+constexpr std::size_t kModeLineCapacity = sizeof kModeLine + 3 * sizeof "4294967295";
+
+// The modes of one adapter, by index. Any of them may fail to answer.
+class AdapterModes {
+ public:
+  AdapterModes(IDirect3D9* direct3D, UINT adapter)
+      : direct3D_(direct3D),
+        adapter_(adapter),
+        count_(direct3D->GetAdapterModeCount(adapter, D3DFMT_X8R8G8B8)) {}
+
+  UINT Count() const { return count_; }
+  bool Get(UINT index, D3DDISPLAYMODE* mode) const {
+    return SUCCEEDED(direct3D_->EnumAdapterModes(adapter_, D3DFMT_X8R8G8B8, index, mode));
+  }
+
+ private:
+  IDirect3D9* direct3D_;
+  UINT adapter_;
+  UINT count_;
+};
+
+// Writes texts one behind the other into a buffer, which always ends in a terminator.
+class TextWriter {
+ public:
+  TextWriter(char* buffer, std::uint32_t capacity) : next_(buffer), capacityLeft_(capacity) {}
+
+  // Answers whether the text fits; of one that does not, the beginning is written.
+  bool Write(const char* text) {
+    const auto length = static_cast<std::uint32_t>(std::strlen(text));
+    const std::uint32_t written = std::min(length, capacityLeft_ - 1);
+    std::memcpy(next_, text, written);
+    next_[written] = '\0';
+    next_ += written;
+    capacityLeft_ -= written;
+    return written == length;
+  }
+
+  std::uint32_t CapacityLeft() const { return capacityLeft_; }
+
+ private:
+  char* next_;
+  std::uint32_t capacityLeft_;
+};
+
+bool WriteModes(TextWriter* text, const AdapterModes& modes) {
+  if (!text->Write(kHead)) return false;
+  for (UINT i = 0; i < modes.Count(); ++i) {
+    D3DDISPLAYMODE mode = {};
+    if (!modes.Get(i, &mode)) continue;
+    // By the index alone: where the last mode fails to answer, a comma ends the list.
+    const char* const separator = i == modes.Count() - 1 ? "" : ",";
+    char line[kModeLineCapacity];
+    std::snprintf(line, sizeof line, kModeLine, mode.Width, mode.Height, mode.RefreshRate,
+                  separator);
+    if (!text->Write(line)) return false;
+  }
+  return text->Write(kTail);
+}
+
+// The signed 16 bits of an argument, widened: no mode is as wide as what they give from 32768 on.
+std::uint32_t Widened(std::int32_t argument) {
+  return static_cast<std::uint32_t>(static_cast<std::int16_t>(argument & 0xFFFF));
+}
+
+}  // namespace
+}  // namespace launcher
+
+std::uint32_t QX_CALL QX_EnumDisplayMode(std::uint32_t adapter, std::uint32_t /*reserved*/,
+                                         char* buffer, std::uint32_t capacity) {
+  if (buffer == nullptr || capacity == 0) return 0;
+
+  const launcher::Direct3D direct3D(Direct3DCreate9(launcher::kSdkVersion));
+  if (!direct3D) return 0;
+  const launcher::AdapterModes modes(direct3D.Get(), adapter);
+  if (modes.Count() == 0) return 0;
+
+  launcher::TextWriter text(buffer, capacity);
+  if (!launcher::WriteModes(&text, modes)) return 0;
+  return capacity - text.CapacityLeft();
+}
+
+ResultCode QX_CALL QX_CheckDisplayMode(std::uint32_t adapter, std::uint32_t /*reserved*/,
+                                       std::int32_t width, std::int32_t height,
+                                       std::uint32_t refreshRate) {
+  const launcher::Direct3D direct3D(Direct3DCreate9(launcher::kSdkVersion));
+  if (!direct3D) return QX_BAD_ARGUMENT;
+
+  const launcher::AdapterModes modes(direct3D.Get(), adapter);
+  for (UINT i = 0; i < modes.Count(); ++i) {
+    D3DDISPLAYMODE mode = {};
+    if (modes.Get(i, &mode) && mode.Width == launcher::Widened(width) &&
+        mode.Height == launcher::Widened(height) && mode.RefreshRate == refreshRate) {
+      return QX_SUCCEEDED;
+    }
+  }
+  return QX_BAD_ARGUMENT;
+}

@@ -1,0 +1,34 @@
+// The system's own Direct3D, or none.
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+
+#include "launcher_dll.h"
+
+namespace launcher {
+namespace {
+
+TEST(SystemDirect3D, GivesModesThatCheckOut) {
+  char text[65536] = "";
+  const std::uint32_t length = QX_EnumDisplayMode(0, 0, text, sizeof text);
+  int width = 0;
+  int height = 0;
+  unsigned refreshRate = 0;
+  const bool hasMode =
+      std::sscanf(text, "{ \"DisplayMode\": [ {\"Width\": %d, \"Height\": %d, \"Hz\": %u}", &width,
+                  &height, &refreshRate) == 3;
+#if defined(_WIN32)
+  EXPECT_GT(length, 22u);
+  ASSERT_TRUE(hasMode) << text;
+  EXPECT_EQ(QX_CheckDisplayMode(0, 0, width, height, refreshRate), QX_SUCCEEDED) << text;
+#else
+  EXPECT_EQ(length, 0u) << "this system has no Direct3D";
+  EXPECT_FALSE(hasMode);
+#endif
+  EXPECT_EQ(QX_CheckDisplayMode(0, 0, 1, 1, 1), QX_BAD_ARGUMENT);
+  EXPECT_EQ(QX_EnumDisplayMode(1000, 0, text, sizeof text), 0u) << "no such adapter";
+}
+
+}  // namespace
+}  // namespace launcher
