@@ -18,6 +18,8 @@ target_compile_options(launcher_options INTERFACE
 if(WIN32)
   # Callers align the stack to four bytes only.
   target_compile_options(launcher_options INTERFACE -mincoming-stack-boundary=2)
+  # A DLL gives its symbols to a file of their own.
+  target_compile_options(launcher_options INTERFACE -g)
 endif()
 
 if(LAUNCHER_SANITIZERS)

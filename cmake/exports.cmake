@@ -2,17 +2,20 @@
 #
 #   LAUNCHER_EXPORTS_DEF   for linking the DLL: decorated names at their ordinals
 #   LAUNCHER_EXPORTS_MAP   for linking the native library: plain names, everything else hidden
+#   LAUNCHER_EMPTY_EXPORTS for the Microsoft import library: an empty function for each export
 #   generated/export_table.inc  for the tests: EXPORT(ordinal, name, argument bytes)
 
 set(export_list "${PROJECT_SOURCE_DIR}/src/frame/exports.list")
 set(export_folder "${PROJECT_BINARY_DIR}/generated")
 set(LAUNCHER_EXPORTS_DEF "${export_folder}/exports.def")
 set(LAUNCHER_EXPORTS_MAP "${export_folder}/exports.map")
+set(LAUNCHER_EMPTY_EXPORTS "${export_folder}/empty_exports.cpp")
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${export_list}")
 
 set(def "LIBRARY \"LauncherDll.dll\"\nEXPORTS\n")
 set(map "{\n  global:\n")
 set(table "")
+set(empty_functions "")
 file(STRINGS "${export_list}" lines REGEX "^[0-9]")
 foreach(line IN LISTS lines)
   if(NOT line MATCHES "^([0-9]+) +([A-Za-z0-9_]+) +([0-9]+)$")
@@ -26,10 +29,16 @@ foreach(line IN LISTS lines)
   # function, which goes without the first underscore.
   string(APPEND def "  \"_${name}@${size}\" = \"${name}@${size}\" @${ordinal}\n")
   string(APPEND map "    ${name};\n")
+  math(EXPR argument_count "${size} / 4")
+  string(REPEAT "int, " ${argument_count} arguments)
+  string(REGEX REPLACE ", $" "" arguments "${arguments}")
+  string(APPEND empty_functions
+    "extern \"C\" __declspec(dllexport) void __stdcall ${name}(${arguments}) {}\n")
 endforeach()
 string(APPEND map "  local: *;\n};\n")
 
 # file(CONFIGURE) leaves a file alone that would not change, so that nothing is built again.
 file(CONFIGURE OUTPUT "${LAUNCHER_EXPORTS_DEF}" CONTENT "${def}" @ONLY)
 file(CONFIGURE OUTPUT "${LAUNCHER_EXPORTS_MAP}" CONTENT "${map}" @ONLY)
+file(CONFIGURE OUTPUT "${LAUNCHER_EMPTY_EXPORTS}" CONTENT "${empty_functions}" @ONLY)
 file(CONFIGURE OUTPUT "${export_folder}/export_table.inc" CONTENT "${table}" @ONLY)

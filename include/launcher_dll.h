@@ -29,6 +29,9 @@
 #define QX_API
 #endif
 
+/* The version of this header and of the library it comes with, which bears it in its properties. */
+#define QX_VERSION "1.0.0"
+
 #ifdef __cplusplus
 extern "C" {
 #endif

@@ -1,0 +1,64 @@
+#!/usr/bin/env bash
+# Installs the package and builds programs with it as its users would.
+#
+#   package_test.sh BUILD VERSION WORK [run]
+#
+# BUILD is the build folder, WORK one for what comes out. With "run" it starts the programs that an
+# earlier call has built. Exit status: 0 if all is well.
+set -euo pipefail
+
+build=$(realpath "$1") version=$2 work=$(realpath -m "$3")
+here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+root=$(cd "$here/../.." && pwd)
+programs=(by_mingw/consumer by_lld_link/consumer by_hand/consumer)
+
+if [ "${4:-}" = run ]; then
+  for program in "${programs[@]}"; do
+    printf 'package: %s\n' "$program"
+    "$root/scripts/wine.sh" "$work/$program.exe"
+  done
+  exit
+fi
+
+rm -rf "$work"
+mkdir -p "$work"/{by_hand,archives}
+cd "$work"
+trap '[ "$?" -eq 0 ] || cat log' EXIT
+package="$work/package"
+cmake --install "$build" --prefix "$package" >log
+
+# FOLDER TOOLCHAIN: the consumer project by find_package.
+build_by_cmake() {
+  cmake -S "$here/consumer" -B "$1" -G Ninja "-DVERSION=$version" \
+    "-DCMAKE_TOOLCHAIN_FILE=$2" \
+    "-DLauncherDll_DIR=$package/lib/cmake/LauncherDll" >log
+  cmake --build "$1" >log
+}
+build_by_cmake by_mingw "$root/cmake/mingw-w64-i686.cmake"
+build_by_cmake by_lld_link "$here/microsoft_style.cmake"
+i686-w64-mingw32-gcc "-I$package/include" "$here/consumer/main.c" \
+  "$package/lib/libLauncherDll.dll.a" -o by_hand/consumer.exe
+
+for program in "${programs[@]}"; do cp "$package/bin/LauncherDll.dll" "$(dirname "$program")"; done
+
+# The archives hold what was installed, and the symbols apart.
+(cd archives && cpack --config "$build/CPackConfig.cmake" -B "$PWD" >../log)
+python3 - "$package" "archives/LauncherDll-$version-windows-x86" <<'PYTHON'
+import pathlib, sys, zipfile
+
+package, archive = pathlib.Path(sys.argv[1]), sys.argv[2]
+
+def names(path):
+    top = pathlib.Path(archive).name + "/"  # both unpack into one folder
+    with zipfile.ZipFile(path) as file:
+        return {n.removeprefix(top): file.read(n) for n in file.namelist() if not n.endswith("/")}
+
+installed = {str(f.relative_to(package)): f.read_bytes() for f in package.rglob("*") if f.is_file()}
+library, symbols = names(archive + ".zip"), names(archive + "-symbols.zip")
+assert {**library, **symbols} == installed, sorted(installed)
+assert all(n.endswith(".debug") for n in symbols) and len(symbols) == 2, sorted(symbols)
+wanted = {"bin/LauncherDll.dll", "include/launcher_dll.h", "lib/libLauncherDll.dll.a",
+          "lib/LauncherDll.lib", "steam-stand-in/steam_api.dll", "README.md", "CHANGELOG.md",
+          "THIRD_PARTY_NOTICES.md"}
+assert wanted <= set(library), sorted(wanted - set(library))
+PYTHON
