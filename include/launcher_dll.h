@@ -566,13 +566,16 @@ QX_API ResultCode QX_CALL QX_CheckDisplayMode(uint32_t adapter, uint32_t reserve
  * hostName         the name under which the caller reached it
  *
  * Looks label 5000 up, then 5001; the first match ends the call.
- * Returns 1 if hostName is one of these two settings, of at most 1023 bytes, or certificateName
- * one of the two that the library trusts; else 0. Only the low 8 bits of the result are defined. */
+ * Returns 1 if hostName is one of these two settings, of at most 1023 bytes, or certificateName the
+ * name of the game's own domain with "*." ahead, or that of the CI game API, as the library holds
+ * them; else 0. The "*" stands for itself. Only the low 8 bits of the result are defined. */
 QX_API uint8_t QX_CALL QX_CheckCert(const char* certificateName, const char* hostName);
 
-/* Removes a file; of a link, the link.
- * Returns 0; QX_FAILED where the system refuses, as for a file that is read-only, open elsewhere,
- * or not there; QX_BAD_ARGUMENT for a null path. */
+/* Paths are in the ANSI code page, as for the A functions of Windows.
+ *
+ * Removes a file; of a link, the link.
+ * Returns 0; QX_FAILED where the system refuses, as for a file that is read-only, open elsewhere or
+ * not there; QX_BAD_ARGUMENT for a null path. */
 QX_API ResultCode QX_CALL QX_RemoveFile(const char* path);
 
 /* Removes a directory with all that is in it.
@@ -581,16 +584,18 @@ QX_API ResultCode QX_CALL QX_RemoveFile(const char* path);
  * keepDirectory  not 0: remove only what is in it
  *
  * An entry that cannot be removed stays, and the rest goes all the same. Nothing outside the
- * directory is removed: a link or junction goes and is not followed, not even where path is one. An
- * entry stays where its path has more than 259 characters, or its name holds a separator or ends in
- * a dot or a blank. An empty path, and a drive without a directory ("C:"), name nothing.
+ * directory is removed: a link or junction in it goes and is not followed. Where path itself is
+ * one, the directory that it leads to is emptied, and the link goes. An entry stays if its path has
+ * more than 259 characters, or that of its directory more than 255, or if its name holds a
+ * separator or ends in a dot or a blank. An empty path, and a drive without a directory ("C:"),
+ * name nothing.
  * Returns 0 if the directory is gone, and always with keepDirectory; QX_FAILED if it is not, or was
  * not there; QX_BAD_ARGUMENT for a null path. */
 QX_API ResultCode QX_CALL QX_RemoveDirectory(const char* path, uint32_t keepDirectory);
 
 /* ---- Fixed answers --------------------------------------------------------------------------- */
 
-/* What launchers of an earlier day call. Nothing is done by it but told here. */
+/* Kept for older launchers. They do only what is said here. */
 
 /* Returns 1. Only the low 8 bits of the result are defined. */
 QX_API uint8_t QX_CALL QX_ExistClient(void);
@@ -603,11 +608,13 @@ QX_API ResultCode QX_CALL QX_Unzip(uint32_t first, uint32_t second, uint32_t thi
 /* Returns 0. */
 QX_API int32_t QX_CALL QX_SteamAPI_GetMirvelURL(uint32_t first, uint32_t second, uint32_t third);
 
-/* Returns the number that QX_ResetIllegalValue drew last, 0 if none. The process has one. */
+/* Returns the number that QX_ResetIllegalValue drew last, 0 if none. The process has one; callers
+ * in several threads take turns. */
 QX_API int32_t QX_CALL QX_GetIllegalValue(void);
 
-/* Draws a number and returns it: the first of the runtime's generator (rand), seeded anew with the
- * time in seconds, so that two calls in one second draw the same one. */
+/* Draws a number and returns it: the first of the runtime's generator (rand), which is seeded anew
+ * with the time in seconds. Two calls in one second draw the same one. A caller that uses the same
+ * runtime (msvcrt.dll) finds its own rand seeded anew as well. */
 QX_API int32_t QX_CALL QX_ResetIllegalValue(void);
 
 #ifdef __cplusplus

@@ -8,6 +8,8 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -38,13 +40,13 @@ bool ShowDisplayModes() {
   Say("display modes of the first adapter:");
   std::printf("%s\n", text.data());
 
-  int width = 0;
-  int height = 0;
-  unsigned refreshRate = 0;
-  if (std::sscanf(text.data(), "{ \"DisplayMode\": [ {\"Width\": %d, \"Height\": %d, \"Hz\": %u}",
-                  &width, &height, &refreshRate) != 3) {
-    return false;
-  }
+  const auto number = [&](const char* key) {
+    const char* const found = std::strstr(text.data(), key);
+    return found != nullptr ? std::strtol(found + std::strlen(key), nullptr, 10) : 0;
+  };
+  const auto width = static_cast<std::int32_t>(number("\"Width\": "));
+  const auto height = static_cast<std::int32_t>(number("\"Height\": "));
+  const auto refreshRate = static_cast<std::uint32_t>(number("\"Hz\": "));
   Say("the first of them exists, 1 x 1 does not");
   return QX_CheckDisplayMode(0, 0, width, height, refreshRate) == QX_SUCCEEDED &&
          QX_CheckDisplayMode(0, 0, 1, 1, 60) == QX_BAD_ARGUMENT;

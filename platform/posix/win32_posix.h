@@ -148,6 +148,8 @@ std::int64_t _time64(std::int64_t* now);
 
 inline constexpr UINT CP_ACP = 0;
 
+inline BOOL IsDBCSLeadByte(BYTE) { return FALSE; }
+
 char* GetCommandLineA();
 wchar_t* GetCommandLineW();
 wchar_t** CommandLineToArgvW(const wchar_t* commandLine, int* count);

@@ -1,9 +1,9 @@
 // QX_EnumDisplayMode and QX_CheckDisplayMode: what an adapter can show.
 //
-// Each call asks Direct3D anew, and only for the modes of one pixel format: a game of this age runs
-// in no other.
+// Each call asks Direct3D anew, and only for the modes of one pixel format, which is the game's.
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>

@@ -1,8 +1,9 @@
 // QX_RemoveFile and QX_RemoveDirectory.
 //
-// Whatever lies in a tree, nothing outside it is removed: a link goes and is not followed, and an
-// entry whose path would lead elsewhere stays.
+// Whatever lies in a tree, nothing outside it is removed: a link in it goes and is not followed,
+// and an entry whose path would lead elsewhere stays.
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -16,13 +17,22 @@ namespace {
 
 constexpr std::size_t kPathCapacity = 260;
 
-bool IsSeparator(char c) { return c == '\\' || c == '/'; }
-
-// Whether there is anything to list. Behind an empty path, or a drive without a directory, the
-// search pattern would mean the drive's root.
+// Whether there is a directory to list. Behind an empty path, or a drive's name alone, the search
+// pattern would mean the drive's root.
 bool NamesDirectory(const char* path) {
-  const char* const relative = path[0] != '\0' && path[1] == ':' ? path + 2 : path;
-  return *relative != '\0';
+  const std::size_t length = std::strlen(path);
+  return length != 0 && path[length - 1] != ':';
+}
+
+bool HasSeparator(const char* name) {
+  for (; *name != '\0'; ++name) {
+    if (*name == '\\' || *name == '/') return true;
+    // In East Asian code pages the second byte of a character can be that of a backslash, never
+    // that of a slash.
+    const bool isLeadByte = IsDBCSLeadByte(static_cast<BYTE>(*name)) != FALSE;
+    if (isLeadByte && name[1] != '\0' && name[1] != '/') ++name;
+  }
+  return false;
 }
 
 // Whether a name behind its directory's path leads to its own entry. Windows drops dots and blanks
@@ -32,35 +42,29 @@ bool LeadsToItself(const char* name) {
   const std::size_t length = std::strlen(name);
   if (length == 0) return false;
   const char last = name[length - 1];
-  return last != '.' && last != ' ' && std::strpbrk(name, "\\/") == nullptr;
+  return last != '.' && last != ' ' && !HasSeparator(name);
 }
 
 // Asked by the path that is about to be listed: a name in the code page can belong to another entry
-// than the one that was found.
+// than the one that was found. Where the path gives no answer here, it gives no listing either.
 bool IsLink(const char* path) {
   const DWORD attributes = GetFileAttributesA(path);
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
 }
 
 // A walk through a tree, from the directory that it starts with. Path and entry exist once for all
-// levels, which leaves a few words of the stack to each; there are at most 128 of them, since each
+// levels, so that a level takes a few words of the stack; there are at most 128 levels, since each
 // takes two characters of the path.
 class TreeRemoval {
  public:
-  // Removes what is in a directory. What resists stays. Nothing happens where the path is a link,
-  // or too long for a pattern.
+  // Removes what is in a directory. What resists stays. Nothing happens where the path is too long
+  // for a search pattern.
   void RemoveEntriesOf(const char* directory) {
-    if (!Append(directory)) return;
-    // A separator at the end would lead through the link.
-    std::size_t length = length_;
-    while (length > 1 && IsSeparator(path_[length - 1])) --length;
-    TruncateTo(length);
-    const bool isLink = IsLink(path_);
-    TruncateTo(0);
-    if (!isLink && Append(directory)) RemoveEntries();
+    if (Append(directory)) RemoveEntries();
   }
 
  private:
+  // Those of the directory at path_.
   void RemoveEntries() {
     const std::size_t length = length_;
     if (!Append("\\*.*")) return;

@@ -1,4 +1,4 @@
-// What the interface still has and nothing stands behind any more: old launchers call it.
+// Exports that are kept for older launchers; nothing is behind them.
 
 #include <cstdint>
 

@@ -18,8 +18,8 @@ std::int32_t illegalValue = 0;
 std::int32_t QX_CALL QX_GetIllegalValue() { return launcher::illegalValue; }
 
 std::int32_t QX_CALL QX_ResetIllegalValue() {
-  // Callers may rely on the runtime's own sequence, so a weak generator it is.
   std::srand(static_cast<std::uint32_t>(_time64(nullptr)));
-  launcher::illegalValue = std::rand();
+  // Weak, but callers can know the runtime's sequence.
+  launcher::illegalValue = std::rand();  // NOLINT(cert-msc30-c,cert-msc50-cpp)
   return launcher::illegalValue;
 }

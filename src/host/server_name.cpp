@@ -1,6 +1,7 @@
 // QX_CheckCert: whether a server is one of the game's own, by the names that the caller holds for
 // it. No certificate is looked at.
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 

@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "host/scripted_d3d9.h"
 #include "launcher_dll.h"
@@ -40,9 +41,10 @@ TEST_F(DisplayModes, AreListedAsJson) {
        "  {\"Width\": 800, \"Height\": 600, \"Hz\": 60},\n"
        "  {\"Width\": 1024, \"Height\": 768, \"Hz\": 75}\n"
        "]\n}"},
-      {{{0xFFFFFFFF, 0x80000000, 4000000000}},
+      {{{0xFFFFFFFF, 0x80000000, 4000000000}, {1, 1, 1}},
        "{\n\"DisplayMode\": [\n"
-       "  {\"Width\": 4294967295, \"Height\": 2147483648, \"Hz\": 4000000000}\n"
+       "  {\"Width\": 4294967295, \"Height\": 2147483648, \"Hz\": 4000000000},\n"
+       "  {\"Width\": 1, \"Height\": 1, \"Hz\": 1}\n"
        "]\n}"},
       // What does not answer is left out, and the comma goes by the index.
       {{{1, 1, 1, false}, {2, 2, 2}, {3, 3, 3, false}},

@@ -22,12 +22,13 @@ class ScriptedDirect3D final : public IDirect3D9 {
   HRESULT WINAPI EnumAdapterModes(UINT adapter, D3DFORMAT format, UINT index,
                                   D3DDISPLAYMODE* found) override {
     if (adapter != script.adapter || static_cast<std::uint32_t>(format) != script.format ||
-        index >= script.modes.size() || !script.modes[index].answers) {
+        index >= script.modes.size()) {
       return D3DERR_NOTAVAILABLE;
     }
+    // Written also by a query that fails: it must not count.
     const Direct3DScript::Mode& mode = script.modes[index];
     *found = {mode.width, mode.height, mode.refreshRate, format};
-    return D3D_OK;
+    return mode.answers ? D3D_OK : D3DERR_NOTAVAILABLE;
   }
 
   HRESULT WINAPI QueryInterface(REFIID, void**) override { return D3DERR_NOTAVAILABLE; }

@@ -56,6 +56,16 @@ TEST(NativeLayer, RefusesMemoryThatIsNotThere) {
   CloseHandle(self);
 }
 
+// Neither the network, where these patterns lead on Windows, nor the root, which they would be
+// here.
+TEST(NativeLayer, ListsDirectoriesOnly) {
+  WIN32_FIND_DATAA entry = {};
+  for (const char* const pattern :
+       {"\\\\*.*", "//*.*", "\\\\server\\share\\*.*", "C:\\*.*", ".\\*", "."}) {
+    EXPECT_EQ(FindFirstFileA(pattern, &entry), INVALID_HANDLE_VALUE) << pattern;
+  }
+}
+
 TEST(NativeLayer, OpensNoProcessThatIsNotThere) {
   EXPECT_EQ(OpenProcess(PROCESS_VM_READ, FALSE, 0x7FFFFFFF), nullptr);
 }

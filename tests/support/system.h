@@ -35,6 +35,9 @@ bool SystemRemovesLinks();
 // Runs `body` in a thread with `stackSize` bytes of stack, and waits.
 void RunInThread(std::size_t stackSize, void (*body)());
 
+// Whether the system has Direct3D 9, with a display to ask about.
+extern const bool kHasDirect3D;
+
 // A wide directory's worth.
 extern const int kManyFiles;
 

@@ -9,6 +9,8 @@
 
 namespace launcher::test {
 
+const bool kHasDirect3D = false;
+
 const char* const kLineEnd = "\n";
 
 std::string PathBeside(const std::string& name) {

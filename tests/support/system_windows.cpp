@@ -49,6 +49,8 @@ DWORD WINAPI RunThread(void* body) {
 
 }  // namespace
 
+const bool kHasDirect3D = true;
+
 const char* const kLineEnd = "\r\n";
 
 std::string PathBeside(const std::string& name) {

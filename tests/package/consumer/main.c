@@ -3,7 +3,8 @@
 #include <launcher_dll.h>
 
 static uint8_t data[] = {'p', 'r', 'e', 'f', 'i', 'x', 0, 1, 2, 3};
-static uint8_t key[] = {'7', 'E', '3', 'A', '9', '0', 'C', '2', 'D', '1', 'F', '8', '6', 'B', '4', '5'};
+static uint8_t key[] = {'7', 'E', '3', 'A', '9', '0', 'C', '2',
+                        'D', '1', 'F', '8', '6', 'B', '4', '5'};
 
 int main(void) {
   uint8_t* block = 0;
