@@ -74,7 +74,8 @@ bool ClearDownloads() {
   if (QX_RemoveDirectory("downloads", 1) != QX_SUCCEEDED || !fs::is_empty("downloads"))
     return false;
   Say("emptied the folder downloads");
-  if (QX_RemoveDirectory("downloads", 0) != QX_SUCCEEDED || fs::exists("downloads")) return false;
+  if (QX_RemoveDirectory("downloads", 0) != QX_SUCCEEDED) return false;
+  if (fs::exists("downloads")) return false;
   Say("removed it; save.dat beside it is still there");
   return fs::exists("save.dat");
 }
