@@ -71,8 +71,8 @@ bool ClearDownloads() {
     WriteFile(path);
   }
   if (QX_RemoveFile("downloads\\a.part") != QX_SUCCEEDED) return false;
-  if (QX_RemoveDirectory("downloads", 1) != QX_SUCCEEDED || !fs::is_empty("downloads"))
-    return false;
+  if (QX_RemoveDirectory("downloads", 1) != QX_SUCCEEDED) return false;
+  if (!fs::is_empty("downloads")) return false;
   Say("emptied the folder downloads");
   if (QX_RemoveDirectory("downloads", 0) != QX_SUCCEEDED) return false;
   if (fs::exists("downloads")) return false;
