@@ -33,7 +33,7 @@ inline std::uint32_t BlowfishF(const std::uint32_t (&s)[4][256], std::uint32_t x
 // that IsBlowfishKeyLength refuses.
 void BlowfishSetKey(BlowfishContext& context, const std::uint8_t* key, std::uint32_t keyLength);
 
-// Encipher and decipher one block in place.
+// Encipher and decipher one block in place. Whole regions go through ecb.h.
 void BlowfishEncipherBlock(const BlowfishContext& context, std::uint32_t& left,
                            std::uint32_t& right);
 void BlowfishDecipherBlock(const BlowfishContext& context, std::uint32_t& left,

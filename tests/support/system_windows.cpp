@@ -105,7 +105,7 @@ void RunInThread(std::size_t stackSize, void (*body)()) {
 }
 
 // A hundred thousand take an hour where Wine itself is emulated.
-const int kManyFiles = 1000;
+const int kManyFiles = 300;
 
 // GetProcessHandleCount would be the plain way; Wine answers it with 0.
 int OpenHandleCount() {
