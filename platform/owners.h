@@ -29,9 +29,10 @@ class Owner {
   // Gives the handle away, unreleased.
   Handle Detach() { return std::exchange(handle_, Kind::kNone); }
 
-  void Reset() {
+  // Releases the handle, and takes another one.
+  void Reset(Handle handle = Kind::kNone) {
     if (handle_ != Kind::kNone) Kind::Release(handle_);
-    handle_ = Kind::kNone;
+    handle_ = handle;
   }
 
  private:

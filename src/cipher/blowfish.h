@@ -13,10 +13,14 @@ inline constexpr std::size_t kBlowfishRounds = 16;
 inline constexpr std::uint32_t kBlowfishMinKeySize = 4;
 inline constexpr std::uint32_t kBlowfishMaxKeySize = 56;
 
+using BlowfishP = std::uint32_t[kBlowfishRounds + 2];
+using BlowfishBox = std::uint32_t[256];
+using BlowfishS = BlowfishBox[4];
+
 // The subkeys of one key. 4168 bytes; lives on the stack of the operation that uses it.
 struct BlowfishContext {
-  std::uint32_t p[kBlowfishRounds + 2];
-  std::uint32_t s[4][256];
+  BlowfishP p;
+  BlowfishS s;
 };
 
 // The key lengths, in bytes, that BlowfishSetKey takes.
@@ -25,7 +29,7 @@ constexpr bool IsBlowfishKeyLength(std::uint32_t keyLength) {
 }
 
 // The round function.
-inline std::uint32_t BlowfishF(const std::uint32_t (&s)[4][256], std::uint32_t x) {
+inline std::uint32_t BlowfishF(const BlowfishS& s, std::uint32_t x) {
   return ((s[0][x >> 24] + s[1][(x >> 16) & 0xFF]) ^ s[2][(x >> 8) & 0xFF]) + s[3][x & 0xFF];
 }
 

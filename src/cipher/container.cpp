@@ -2,13 +2,14 @@
 
 #include "cipher/container.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 
 #include "cipher/ecb.h"
+#include "cipher/key_setup.h"
 #include "cipher/little_endian.h"
 #include "cipher/sha256.h"
-#include "config/cipher_texts.h"
 #include "launcher_dll.h"
 
 namespace launcher {
@@ -21,20 +22,45 @@ constexpr std::uint32_t kSizeLimit = 0x80000000;
 
 static_assert(kDigestOffset + kDigestSize == kPayloadOffset);
 
-void SetBuiltInKey(BlowfishContext& context) {
-  constexpr std::uint32_t kLength = sizeof kBuiltInKey - 1;
-  BlowfishSetKey(context, reinterpret_cast<const std::uint8_t*>(kBuiltInKey), kLength);
+// What is deciphered or copied is looked at again while it is in the processor's cache.
+constexpr std::uint32_t kStretchSize = 64 << 10;
+
+// The bytes of a payload that lie in the first regionSize bytes of the region.
+std::uint32_t PayloadWithin(std::uint32_t regionSize, std::uint32_t payloadSize) {
+  return std::min(payloadSize, regionSize - (kPayloadOffset - kRegionOffset));
 }
 
-// The order matters to a caller whose output overlaps the payload: what the header overwrites is
-// lost before the payload moves.
-void WriteClearContainer(std::uint8_t* output, const std::uint8_t* payload, std::uint32_t size,
-                         const std::uint8_t (&digest)[kDigestSize]) {
+bool Overlap(const std::uint8_t* a, std::uint32_t aSize, const std::uint8_t* b,
+             std::uint32_t bSize) {
+  const auto aStart = reinterpret_cast<std::uintptr_t>(a);
+  const auto bStart = reinterpret_cast<std::uintptr_t>(b);
+  return aStart < bStart ? bStart - aStart < aSize : aStart - bStart < bSize;
+}
+
+// Puts a container together and enciphers it, stretch by stretch. A payload that overlaps its
+// container moves as a whole before anything is enciphered; what the header overwrites of it is
+// lost ahead of that.
+void WriteContainer(std::uint8_t* output, const std::uint8_t* payload, std::uint32_t size,
+                    const std::uint8_t (&digest)[kDigestSize]) {
+  const std::uint32_t regionSize = RegionSize(size);
+  const bool overlap = Overlap(output, ContainerSize(size), payload, size);
+  const std::uint32_t stretchSize = overlap ? regionSize : kStretchSize;
+
   std::memcpy(output, kMagic, sizeof kMagic);
   StoreLittleEndian(output + kLengthOffset, size);
   std::memcpy(output + kDigestOffset, digest, kDigestSize);
-  std::memmove(output + kPayloadOffset, payload, size);
-  std::memset(output + kPayloadOffset + size, 0, ContainerSize(size) - (kPayloadOffset + size));
+  std::uint32_t moved = 0;
+  for (std::uint32_t done = 0; done < regionSize;) {
+    const std::uint32_t count = std::min(stretchSize, regionSize - done);
+    const std::uint32_t ready = PayloadWithin(done + count, size);
+    std::memmove(output + kPayloadOffset + moved, payload + moved, ready - moved);
+    moved = ready;
+    if (done + count == regionSize) {
+      std::memset(output + kPayloadOffset + size, 0, ContainerSize(size) - (kPayloadOffset + size));
+    }
+    EncipherRegion(kBuiltInContext, output + kRegionOffset + done, count);
+    done += count;
+  }
 }
 
 }  // namespace
@@ -44,19 +70,33 @@ bool LooksLikeContainer(const std::uint8_t* block, std::uint32_t blockSize) {
          blockSize % kBlockSize == kRegionOffset;
 }
 
-void DecipherContainer(const BlowfishContext& context, std::uint8_t* block,
-                       std::uint32_t blockSize) {
-  DecipherRegion(context, block + kRegionOffset, blockSize - kRegionOffset);
-}
+std::optional<std::uint32_t> DecipherContainer(const BlowfishContext& context, std::uint8_t* block,
+                                               std::uint32_t blockSize) {
+  std::uint8_t* const region = block + kRegionOffset;
+  const std::uint32_t regionSize = blockSize - kRegionOffset;
+  std::uint32_t done = std::min(kStretchSize, regionSize);
+  DecipherRegion(context, region, done);
 
-std::optional<std::uint32_t> IntactPayloadSize(const std::uint8_t* block, std::uint32_t blockSize) {
   const std::uint32_t payloadSize = LoadLittleEndian(block + kLengthOffset);
-  // The first test is not idle: near 2^32 the sum in RegionSize wraps and could fit.
-  if (payloadSize > blockSize - kPayloadOffset) return std::nullopt;
-  if (ContainerSize(payloadSize) != blockSize) return std::nullopt;
+  // The first test is not idle: near 2^32 the sum in ContainerSize wraps and could fit.
+  bool isIntact =
+      payloadSize <= blockSize - kPayloadOffset && ContainerSize(payloadSize) == blockSize;
+  Sha256 sha256;
+  std::uint32_t digested = 0;
+  while (true) {
+    if (isIntact) {
+      const std::uint32_t ready = PayloadWithin(done, payloadSize);
+      isIntact = sha256.Update(block + kPayloadOffset + digested, ready - digested);
+      digested = ready;
+    }
+    if (done == regionSize) break;
+    const std::uint32_t count = std::min(kStretchSize, regionSize - done);
+    DecipherRegion(context, region + done, count);
+    done += count;
+  }
 
   std::uint8_t digest[kDigestSize];
-  if (!Sha256Digest(block + kPayloadOffset, payloadSize, digest)) return std::nullopt;
+  if (!isIntact || !sha256.Finish(digest)) return std::nullopt;
   if (std::memcmp(block + kDigestOffset, digest, kDigestSize) != 0) return std::nullopt;
   return payloadSize;
 }
@@ -79,13 +119,10 @@ CipherCode QX_CALL file_cipher_encode(const std::uint8_t* payload, std::uint32_t
   // Ahead of the digest, which would read 2 GiB that no caller of a 32-bit library has.
   if (size >= kSizeLimit) return QX_CIPHER_FAILED;
 
-  BlowfishContext context;
-  SetBuiltInKey(context);
+  // The digest of the whole first: where there is none, nothing may be written.
   std::uint8_t digest[kDigestSize];
   if (!Sha256Digest(payload, size, digest)) return QX_CIPHER_FAILED;
-
-  WriteClearContainer(output, payload, size, digest);
-  EncipherRegion(context, output + kRegionOffset, RegionSize(size));
+  WriteContainer(output, payload, size, digest);
   return QX_CIPHER_SUCCEEDED;
 }
 
@@ -101,10 +138,9 @@ CipherCode QX_CALL file_cipher_decode(std::uint8_t* block, std::uint32_t blockSi
   const auto keySize = static_cast<std::uint32_t>(keyLength);
   if (!IsBlowfishKeyLength(keySize)) return QX_CIPHER_FAILED;
 
-  BlowfishContext context;
-  BlowfishSetKey(context, key, keySize);
-  DecipherContainer(context, block, blockSize);
-  const std::optional<std::uint32_t> intactSize = IntactPayloadSize(block, blockSize);
+  BlowfishContext own;
+  const BlowfishContext& context = SubkeysFor(key, keySize, own);
+  const std::optional<std::uint32_t> intactSize = DecipherContainer(context, block, blockSize);
   if (!intactSize) return QX_CIPHER_FAILED;
 
   *payloadOffset = kPayloadOffset;

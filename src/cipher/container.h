@@ -38,13 +38,11 @@ constexpr std::uint32_t ContainerSize(std::uint32_t payloadSize) {
 // Whether blockSize bytes can be a container, by their size and magic alone.
 bool LooksLikeContainer(const std::uint8_t* block, std::uint32_t blockSize);
 
-// Deciphers all of a block behind its magic, in place. For a block that LooksLikeContainer.
-void DecipherContainer(const BlowfishContext& context, std::uint8_t* block,
-                       std::uint32_t blockSize);
-
-// The payload's size where the length and the digest in a deciphered block fit; the payload is at
-// kPayloadOffset then.
-std::optional<std::uint32_t> IntactPayloadSize(const std::uint8_t* block, std::uint32_t blockSize);
+// Deciphers all of a block behind its magic, in place, whatever comes out. For a block that
+// LooksLikeContainer. Answers the payload's size where the length and the digest fit; the payload
+// is at kPayloadOffset then.
+std::optional<std::uint32_t> DecipherContainer(const BlowfishContext& context, std::uint8_t* block,
+                                               std::uint32_t blockSize);
 
 // Whether a payload begins with the `length` bytes at `prefix`.
 bool BeginsWith(const std::uint8_t* payload, std::uint32_t payloadSize, const char* prefix,

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "cipher/container.h"
+#include "cipher/key_setup.h"
 #include "config/cipher_texts.h"
 #include "config/string_table.h"
 #include "frame/bounded_text.h"
@@ -36,8 +37,9 @@ class TableTexts {
     return IsBlowfishKeyLength(keyLength_);
   }
 
-  void SetKey(BlowfishContext& context) const {
-    BlowfishSetKey(context, reinterpret_cast<const std::uint8_t*>(key_), keyLength_);
+  // The subkeys, which may be in `own`.
+  const BlowfishContext& Subkeys(BlowfishContext& own) const {
+    return SubkeysFor(reinterpret_cast<const std::uint8_t*>(key_), keyLength_, own);
   }
 
   // Empty where LoadMarker was not called.
@@ -59,10 +61,9 @@ struct Delivery {
 Delivery Deliver(const TableTexts& texts, std::uint8_t* block, std::uint32_t blockSize) {
   if (!LooksLikeContainer(block, blockSize)) return {0, 0};
 
-  BlowfishContext context;
-  texts.SetKey(context);
-  DecipherContainer(context, block, blockSize);
-  const std::optional<std::uint32_t> intactSize = IntactPayloadSize(block, blockSize);
+  BlowfishContext own;
+  const std::optional<std::uint32_t> intactSize =
+      DecipherContainer(texts.Subkeys(own), block, blockSize);
   if (!intactSize) return {0, 0};
 
   const std::size_t length = std::strlen(texts.Marker());

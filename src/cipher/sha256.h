@@ -6,12 +6,29 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "platform/owners.h"
+
 namespace launcher {
 
 inline constexpr std::size_t kDigestSize = 32;
 
-// Writes the digest of the `length` bytes at `data`, 0 or more. Answers false where the system
-// gives none; `digest` is then undefined.
+// One digest, of data that come in pieces. Nothing is asked of the system before the first piece.
+class Sha256 {
+ public:
+  // Takes the next `length` bytes, 0 or more. Answers false where the system refuses; the digest is
+  // lost then.
+  bool Update(const std::uint8_t* data, std::uint32_t length);
+
+  // Writes the digest of all pieces, at least one. Answers false where the system gives none;
+  // `digest` is then undefined.
+  bool Finish(std::uint8_t (&digest)[kDigestSize]);
+
+ private:
+  CryptProvider provider_;
+  CryptHash hash_;  // goes before its provider
+};
+
+// The digest of the `length` bytes at `data`, 0 or more, with the same results.
 bool Sha256Digest(const std::uint8_t* data, std::uint32_t length,
                   std::uint8_t (&digest)[kDigestSize]);
 

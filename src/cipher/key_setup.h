@@ -1,0 +1,26 @@
+// The subkeys for a key, in the least time.
+
+#ifndef LAUNCHER_CIPHER_KEY_SETUP_H_
+#define LAUNCHER_CIPHER_KEY_SETUP_H_
+
+#include <cstdint>
+
+#include "cipher/blowfish.h"
+
+namespace launcher {
+
+// Those of the built-in key, which the compiler computes.
+extern const BlowfishContext kBuiltInContext;
+
+// The subkeys that BlowfishSetKey makes of a key whose length IsBlowfishKeyLength: in `own`, or,
+// for the built-in key, kBuiltInContext with `own` unwritten.
+const BlowfishContext& SubkeysFor(const std::uint8_t* key, std::uint32_t keyLength,
+                                  BlowfishContext& own);
+
+// BlowfishSetKey by way of instructions of BMI1.
+void BlowfishSetKeyByBmi1(BlowfishContext& context, const std::uint8_t* key,
+                          std::uint32_t keyLength);
+
+}  // namespace launcher
+
+#endif  // LAUNCHER_CIPHER_KEY_SETUP_H_

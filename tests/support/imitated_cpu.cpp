@@ -1,0 +1,23 @@
+#include "support/imitated_cpu.h"
+
+#include <optional>
+
+namespace {
+
+std::optional<launcher::CpuFeatures> imitated;
+
+}  // namespace
+
+// The linker's --wrap leads calls of launcher::ThisCpu to the first of these, which calls the true
+// one by the second.
+extern "C" launcher::CpuFeatures __real__ZN8launcher7ThisCpuEv();
+extern "C" launcher::CpuFeatures __wrap__ZN8launcher7ThisCpuEv() {
+  return imitated ? *imitated : __real__ZN8launcher7ThisCpuEv();
+}
+
+namespace launcher::test {
+
+ImitatedCpu::ImitatedCpu(const CpuFeatures& features) { imitated = features; }
+ImitatedCpu::~ImitatedCpu() { imitated.reset(); }
+
+}  // namespace launcher::test
