@@ -18,8 +18,9 @@ target_compile_options(launcher_options INTERFACE
 if(WIN32)
   # Callers align the stack to four bytes only.
   target_compile_options(launcher_options INTERFACE -mincoming-stack-boundary=2)
-  # A DLL gives its symbols to a file of their own.
-  target_compile_options(launcher_options INTERFACE -g)
+  # A DLL gives its symbols to a file of their own, with paths that a debugger can be told to map.
+  target_compile_options(launcher_options INTERFACE
+    -g "-fdebug-prefix-map=${PROJECT_SOURCE_DIR}=/LauncherDll")
 endif()
 
 if(LAUNCHER_SANITIZERS)

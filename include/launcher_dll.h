@@ -91,8 +91,10 @@ QX_API ResultCode QX_CALL QX_Deallocate(void* block);
  * - A missing file is created with the defaults, whole or not at all, and the line
  *   "Created default config: config.json" is printed and flushed. A file that is there but cannot
  *   be opened is left as it is; the defaults serve, and the same line is printed.
- * - A file that is there must hold all twelve settings, each a JSON string. If it does not, the
- *   lookup fails, also that of a fixed text; the file is not touched. QX_IsStaging tells why.
+ * - A file that is there must hold all twelve settings, each a JSON string: in the object "Orvane"
+ *   the eight that are named below, in the object "Settings" game_version, ssl_check, Is_Staging
+ * and Is_Shipping ("true" and "false" are strings too). If it does not, the lookup fails, also that
+ * of a fixed text; the file is not touched. QX_IsStaging tells why.
  *
  * Nothing is cached: an edit of the file counts from the next lookup on.
  *
@@ -567,8 +569,9 @@ QX_API ResultCode QX_CALL QX_CheckDisplayMode(uint32_t adapter, uint32_t reserve
  *
  * Looks label 5000 up, then 5001; the first match ends the call.
  * Returns 1 if hostName is one of these two settings, of at most 1023 bytes, or certificateName the
- * name of the game's own domain with "*." ahead, or that of the CI game API, as the library holds
- * them; else 0. The "*" stands for itself. Only the low 8 bits of the result are defined. */
+ * name of the game's own domain with "*." ahead, or that of the CI game API (both stand in
+ * src/config/deployment.h); else 0. The "*" stands for itself. Only the low 8 bits of the result
+ * are defined. */
 QX_API uint8_t QX_CALL QX_CheckCert(const char* certificateName, const char* hostName);
 
 /* Paths are in the ANSI code page, as for the A functions of Windows.

@@ -115,7 +115,7 @@ flock 9  # one at a time: they would share what follows
 {
   printf 'cd %q\n' "$PWD"
   # Where it is empty the guest's shell has none either.
-  for name in PATH HOME CI LANG WINEPREFIX WINEDEBUG WINEDLLOVERRIDES; do
+  for name in PATH HOME CI LANG WINEPREFIX WINEDEBUG WINEDLLOVERRIDES STEAM_STAND_IN; do
     [ -z "${!name:-}" ] || printf 'export %s=%q\n' "$name" "${!name}"
   done
   printf '%q ' "$@"
