@@ -8,6 +8,11 @@ std::optional<launcher::CpuFeatures> imitated;
 
 }  // namespace
 
+#if defined(__clang__)
+// The names are the linker's; no C code calls them.
+#pragma clang diagnostic ignored "-Wreturn-type-c-linkage"
+#endif
+
 // The linker's --wrap leads calls of launcher::ThisCpu to the first of these, which calls the true
 // one by the second.
 extern "C" launcher::CpuFeatures __real__ZN8launcher7ThisCpuEv();
