@@ -17,6 +17,7 @@ namespace {
 using test::CallLine;
 using test::GuardedBuffer;
 using test::StandardOutputOf;
+using test::WriteSettings;
 
 constexpr char kCreatedLine[] = "Created default config: config.json\n";
 
@@ -26,13 +27,6 @@ class StringTable : public test::ScratchTest {
     char text[256] = "";
     EXPECT_EQ(QX_LoadString(label, text, sizeof text), QX_SUCCEEDED) << label;
     return text;
-  }
-
-  // The default settings with one text replaced by another.
-  static void WriteSettings(const std::string& from, const std::string& to) {
-    std::string settings = test::ReadDataFile("default_config.json");
-    settings.replace(settings.find(from), from.size(), to);
-    test::WriteFile("config.json", settings);
   }
 };
 

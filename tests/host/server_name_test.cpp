@@ -11,17 +11,11 @@ namespace launcher {
 namespace {
 
 using test::CallLine;
+using test::WriteSettings;
 
 class ServerName : public test::ScratchTest {
  protected:
-  ServerName() { WriteSettings("qa-api.orvane.example", "qa-api.orvane.example"); }
-
-  // The default settings with one text replaced by another.
-  static void WriteSettings(const std::string& from, const std::string& to) {
-    std::string settings = test::ReadDataFile("default_config.json");
-    settings.replace(settings.find(from), from.size(), to);
-    test::WriteFile("config.json", settings);
-  }
+  ServerName() { test::WriteFile("config.json", test::ReadDataFile("default_config.json")); }
 
   // Holds the answer, and which lookups it took.
   static void Expect(int answer, const std::string& certificateName, const std::string& hostName,

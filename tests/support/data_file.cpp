@@ -17,6 +17,12 @@ void WriteFile(const std::string& path, const std::string& content) {
 
 std::string ReadDataFile(const std::string& name) { return ReadFile(LAUNCHER_TEST_DATA + name); }
 
+void WriteSettings(const std::string& from, const std::string& to) {
+  std::string settings = ReadDataFile("default_config.json");
+  settings.replace(settings.find(from), from.size(), to);
+  WriteFile("config.json", settings);
+}
+
 std::vector<std::vector<std::string>> ReadDataLines(const std::string& name, std::size_t columns) {
   std::vector<std::vector<std::string>> rows;
   std::istringstream file(ReadDataFile(name));
