@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Runs the benchmarks of the native library beside other libraries and writes docs/benchmarks.md and
-# its plot, docs/benchmarks.svg, anew.
+# its plot, docs/benchmarks.svg, anew. Then times the 32-bit build under Wine, unless that is
+# emulated here, where times mean nothing.
 #
 #   scripts/bench.sh [--quick] [--help]
 #
@@ -46,3 +47,13 @@ else
     "$root/docs/benchmarks.svg"
   printf 'bench: wrote docs/benchmarks.md and docs/benchmarks.svg\n'
 fi
+
+cd "$root"
+status=0
+what=$(scripts/wine.sh --check) || status=$?
+if [ "$status" -ne 0 ] || [[ $what == *emulated* ]]; then
+  printf 'bench: skipped: the 32-bit build: %s\n' "$what"
+  exit 0
+fi
+scripts/build.sh windows-bench dll_benchmark
+scripts/wine.sh build/windows-bench/bin/dll_benchmark.exe
