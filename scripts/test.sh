@@ -37,7 +37,8 @@ run_tests() {
   local preset=$1 report="$PWD/build/$1/tests.xml" status=0
   shift
   rm -f "$report"
-  "${with[@]}" ctest --preset "$preset" --parallel "$(nproc)" --output-junit "$report" "$@" ||
+  "${with[@]}" ctest --preset "$preset" --parallel "$(nproc)" --output-junit "$report" \
+    --test-output-size-passed 1000000 "$@" ||
     status=$?
   [ "$status" -eq 0 ] || printf 'test: %s: not all passed\n' "$preset"
   # One that found no test, or ended early, leaves no report.
