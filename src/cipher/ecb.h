@@ -15,7 +15,7 @@ namespace launcher {
 inline constexpr std::uint32_t kBlockSize = 8;
 
 // Encipher and decipher `size` bytes in place, a multiple of kBlockSize, at any alignment. Nothing
-// is allocated; about 4.5 KiB of stack.
+// is allocated; up to 10 KiB of stack.
 void EncipherRegion(const BlowfishContext& context, std::uint8_t* region, std::uint32_t size);
 void DecipherRegion(const BlowfishContext& context, std::uint8_t* region, std::uint32_t size);
 
