@@ -22,6 +22,7 @@
 #include "cipher/key_setup.h"
 #include "cipher/little_endian.h"
 #include "launcher_dll.h"
+#include "one_block.h"
 #include "peers.h"
 
 namespace launcher::bench {
@@ -63,16 +64,6 @@ BlowfishContext ContextOfKey() {
   return context;
 }
 
-void OneBlockAtATime(const BlowfishContext& context, std::uint8_t* region, std::size_t size) {
-  for (std::size_t i = 0; i < size; i += 8) {
-    std::uint32_t left = LoadLittleEndian(region + i);
-    std::uint32_t right = LoadLittleEndian(region + i + 4);
-    BlowfishEncipherBlock(context, left, right);
-    StoreLittleEndian(region + i, left);
-    StoreLittleEndian(region + i + 4, right);
-  }
-}
-
 void RegisterCiphers() {
   const BlowfishContext context = ContextOfKey();
   for (const std::size_t size : {2048u, 65536u, 1048576u}) {
@@ -84,9 +75,10 @@ void RegisterCiphers() {
                  transform(context.p, context.s, region, count);
                });
     }
-    OnRegion(
-        "cipher/ours, one block at a time", size,
-        [=](std::uint8_t* region, std::size_t count) { OneBlockAtATime(context, region, count); });
+    OnRegion("cipher/ours, one block at a time", size,
+             [=](std::uint8_t* region, std::size_t count) {
+               EncipherOneBlockAtATime(context, region, count);
+             });
     for (const Peer& peer : Peers()) {
       const std::shared_ptr<Cipher> cipher = peer.make();
       cipher->SetKey(kKey, sizeof kKey);

@@ -7,8 +7,8 @@ namespace launcher {
 
 struct CpuFeatures {
   bool hasBmi1 = false;
-  bool hasAvx512Vbmi =
-      false;  // with F, BW and DQ, and an operating system that keeps its registers
+  // With F, BW and DQ, and an operating system that keeps its registers.
+  bool hasAvx512Vbmi = false;
 };
 
 // Asks the processor at the first call only: in a virtual machine that can take tens of

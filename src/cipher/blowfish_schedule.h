@@ -15,25 +15,14 @@
 
 namespace launcher {
 
-// How the round function gets at the two middle bytes of a half.
-struct ShiftedBytes {
-  static constexpr std::uint32_t Second(std::uint32_t x) { return (x >> 16) & 0xFF; }
-  static constexpr std::uint32_t Third(std::uint32_t x) { return (x >> 8) & 0xFF; }
-};
-
-template <class Bytes>
-constexpr std::uint32_t ScheduleF(const BlowfishS& s, std::uint32_t x) {
-  return ((s[0][x >> 24] + s[1][Bytes::Second(x)]) ^ s[2][Bytes::Third(x)]) + s[3][x & 0xFF];
-}
-
 // Enciphers one block; the rounds are written out.
 template <class Bytes, std::size_t... kPair>
 constexpr void EncipherForSchedule(const BlowfishContext& context, std::uint32_t& left,
                                    std::uint32_t& right, std::index_sequence<kPair...> /*pairs*/) {
   std::uint32_t l = left ^ context.p[0];
   std::uint32_t r = right;
-  ((r = (r ^ context.p[2 * kPair + 1]) ^ ScheduleF<Bytes>(context.s, l),
-    l = (l ^ context.p[2 * kPair + 2]) ^ ScheduleF<Bytes>(context.s, r)),
+  ((r = (r ^ context.p[2 * kPair + 1]) ^ BlowfishF<Bytes>(context.s, l),
+    l = (l ^ context.p[2 * kPair + 2]) ^ BlowfishF<Bytes>(context.s, r)),
    ...);
   left = r ^ context.p[kBlowfishRounds + 1];
   right = l;
