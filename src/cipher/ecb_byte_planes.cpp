@@ -1,9 +1,13 @@
-// Byte planes: 128 blocks at once by the byte permutes of AVX-512 VBMI.
+// Byte planes: 256 blocks at once by the byte permutes of AVX-512 VBMI.
 //
 // A register holds the same byte of 64 blocks, so that eight registers, the planes, hold 64 blocks.
 // An S-box becomes four tables of 256 bytes, one for each byte of its words. Looking 64 bytes up in
-// such a table takes two permutes over 128 bytes each. The sums stay in planes too: a carry is a
-// mask of 64 bits. Two groups of 64 blocks go side by side and share each load of a table.
+// such a table takes two permutes over 128 bytes each. The sums stay in planes too, and so do their
+// carries: each byte tells by itself whether it wraps and whether it would pass a carry on, so that
+// a carry waits for one instruction a byte.
+//
+// Two groups of 64 blocks, a batch, share each load of a table. Two batches take turns round by
+// round: while one waits for its sums, the processor looks up for the other.
 //
 // No address depends on the data: the cache tells nothing of key or text.
 //
@@ -28,8 +32,8 @@ using Plane = __m512i;
 
 constexpr std::size_t kGroups = 2;
 constexpr std::size_t kGroupSize = 512;  // 64 blocks
-constexpr std::size_t kStride = kGroups * kGroupSize;
-// A last, incomplete stride costs as much as a whole one. Fewer bytes are faster side by side.
+constexpr std::size_t kBatchSize = kGroups * kGroupSize;
+// A last, incomplete batch costs as much as a whole one. Fewer bytes are faster side by side.
 constexpr std::size_t kWorthwhile = 320;
 
 // A 32-bit half of each block, its least significant bytes first.
@@ -67,11 +71,11 @@ inline void LookUp(const std::uint8_t (&table)[256], const Index& index, Plane (
   const Plane t2 = _mm512_load_si512(table + 128);
   const Plane t3 = _mm512_load_si512(table + 192);
   UNROLLED(std::size_t g = 0; g < kGroups; ++g) {
-    found[g] = Permute(index.byte[g], t0, t1, _knot_mask64(index.isHigh[g]));
+    found[g] = Permute(index.byte[g], t2, t3, index.isHigh[g]);
   }
   // The lanes that were left out still hold their index.
   UNROLLED(std::size_t g = 0; g < kGroups; ++g) {
-    found[g] = Permute(found[g], t2, t3, index.isHigh[g]);
+    found[g] = Permute(found[g], t0, t1, _knot_mask64(index.isHigh[g]));
   }
 }
 
@@ -92,24 +96,25 @@ inline void Xor(Half& sum, const Box& box, const Index& index) {
 }
 
 inline void Add(Half& sum, const Box& box, const Index& index) {
-  constexpr int kMajorityWithInverted = 0xD4;  // of a, b and not c
-  const Plane minusOne = _mm512_set1_epi8(-1);
-  __mmask64 carry[kGroups];
+  constexpr int kOrOfAnd = 0xF8;  // a | (b & c)
+  const Plane one = _mm512_set1_epi8(1);
+  const Plane allButOne = _mm512_set1_epi8(-2);
+  Plane carry[kGroups];  // 0 or 1 in each byte
   UNROLLED(std::size_t j = 0; j < 4; ++j) {
     Plane found[kGroups];
     LookUp(box[j], index, found);
     UNROLLED(std::size_t g = 0; g < kGroups; ++g) {
       const Plane before = sum.plane[j][g];
-      Plane after = _mm512_add_epi8(before, found[g]);
+      const Plane after = _mm512_add_epi8(before, found[g]);
+      const Plane wraps = _mm512_min_epu8(_mm512_subs_epu8(before, after), one);
       if (j == 0) {
-        carry[g] = _mm512_cmplt_epu8_mask(after, before);
+        sum.plane[j][g] = after;
+        carry[g] = wraps;
       } else {
-        after = _mm512_mask_sub_epi8(after, carry[g], after, minusOne);
-        // Out of the top bits: both set, or one of them and the sum's is not.
-        const Plane out = _mm512_ternarylogic_epi32(before, found[g], after, kMajorityWithInverted);
-        carry[g] = _mm512_movepi8_mask(out);
+        const Plane isFull = _mm512_subs_epu8(after, allButOne);  // 255 passes a carry on
+        sum.plane[j][g] = _mm512_add_epi8(after, carry[g]);
+        carry[g] = _mm512_ternarylogic_epi32(wraps, isFull, carry[g], kOrOfAnd);
       }
-      sum.plane[j][g] = after;
     }
   }
 }
@@ -132,25 +137,28 @@ inline void RunRound(const Tables& tables, const Half& half, Half& other,
   }
 }
 
+// Turns a 4 x 4 square of 128-bit quarters over its diagonal.
+inline void TurnQuarters(Plane& row0, Plane& row1, Plane& row2, Plane& row3) {
+  constexpr int kEven = 0x88;
+  constexpr int kOdd = 0xDD;
+  const Plane a = _mm512_shuffle_i64x2(row0, row1, kEven);
+  const Plane b = _mm512_shuffle_i64x2(row0, row1, kOdd);
+  const Plane c = _mm512_shuffle_i64x2(row2, row3, kEven);
+  const Plane d = _mm512_shuffle_i64x2(row2, row3, kOdd);
+  row0 = _mm512_shuffle_i64x2(a, c, kEven);
+  row1 = _mm512_shuffle_i64x2(b, d, kEven);
+  row2 = _mm512_shuffle_i64x2(a, c, kOdd);
+  row3 = _mm512_shuffle_i64x2(b, d, kOdd);
+}
+
 // Turns an 8 x 8 square of 64-bit words over its diagonal.
 inline void TurnWords(Plane (&row)[8]) {
-  Plane pair[8];
   UNROLLED(std::size_t i = 0; i < 8; i += 2) {
-    pair[i] = _mm512_unpacklo_epi64(row[i], row[i + 1]);
-    pair[i + 1] = _mm512_unpackhi_epi64(row[i], row[i + 1]);
+    const Plane first = row[i];
+    row[i] = _mm512_unpacklo_epi64(first, row[i + 1]);
+    row[i + 1] = _mm512_unpackhi_epi64(first, row[i + 1]);
   }
-  constexpr int kEvenQuarters = 0x88;
-  constexpr int kOddQuarters = 0xDD;
-  UNROLLED(std::size_t i = 0; i < 2; ++i) {
-    const Plane a = _mm512_shuffle_i64x2(pair[i], pair[i + 2], kEvenQuarters);
-    const Plane b = _mm512_shuffle_i64x2(pair[i], pair[i + 2], kOddQuarters);
-    const Plane c = _mm512_shuffle_i64x2(pair[i + 4], pair[i + 6], kEvenQuarters);
-    const Plane d = _mm512_shuffle_i64x2(pair[i + 4], pair[i + 6], kOddQuarters);
-    row[i] = _mm512_shuffle_i64x2(a, c, kEvenQuarters);
-    row[i + 4] = _mm512_shuffle_i64x2(a, c, kOddQuarters);
-    row[i + 2] = _mm512_shuffle_i64x2(b, d, kEvenQuarters);
-    row[i + 6] = _mm512_shuffle_i64x2(b, d, kOddQuarters);
-  }
+  UNROLLED(std::size_t i = 0; i < 2; ++i) TurnQuarters(row[i], row[i + 2], row[i + 4], row[i + 6]);
 }
 
 // Turns an 8 x 8 square of bytes over its diagonal.
@@ -199,28 +207,47 @@ inline void Store(std::uint8_t* blocks, const Half& left, const Half& right) {
   }
 }
 
-inline void TransformStride(const Tables& tables, std::uint8_t* blocks) {
-  Half left;
-  Half right;
-  Load(blocks, left, right);
-  XorSubkey(left, tables.p[0]);
-  for (std::size_t round = 0; round < kBlowfishRounds; round += 2) {
-    RunRound(tables, left, right, tables.p[round + 1]);
-    RunRound(tables, right, left, tables.p[round + 2]);
+template <std::size_t kBatches>
+void TransformBatches(const Tables& tables, std::uint8_t* blocks) {
+  Half left[kBatches];
+  Half right[kBatches];
+  UNROLLED(std::size_t b = 0; b < kBatches; ++b) {
+    Load(blocks + b * kBatchSize, left[b], right[b]);
+    XorSubkey(left[b], tables.p[0]);
   }
-  // The last word is for the half that is not its turn.
-  XorSubkey(right, tables.p[kBlowfishRounds + 1]);
-  Store(blocks, right, left);
+  for (std::size_t round = 0; round < kBlowfishRounds; round += 2) {
+    UNROLLED(std::size_t b = 0; b < kBatches; ++b) {
+      RunRound(tables, left[b], right[b], tables.p[round + 1]);
+    }
+    UNROLLED(std::size_t b = 0; b < kBatches; ++b) {
+      RunRound(tables, right[b], left[b], tables.p[round + 2]);
+    }
+  }
+  UNROLLED(std::size_t b = 0; b < kBatches; ++b) {
+    // The last word is for the half that is not its turn.
+    XorSubkey(right[b], tables.p[kBlowfishRounds + 1]);
+    Store(blocks + b * kBatchSize, right[b], left[b]);
+  }
+}
+
+// Puts the least significant bytes of 16 words into the first quarter, and so on.
+inline Plane GatherBytes(Plane words) {
+  alignas(64) static constexpr std::uint8_t kOrder[64] = {
+      0,  4,  8,  12, 16, 20, 24, 28, 32, 36, 40, 44, 48, 52, 56, 60, 1,  5,  9,  13, 17, 21,
+      25, 29, 33, 37, 41, 45, 49, 53, 57, 61, 2,  6,  10, 14, 18, 22, 26, 30, 34, 38, 42, 46,
+      50, 54, 58, 62, 3,  7,  11, 15, 19, 23, 27, 31, 35, 39, 43, 47, 51, 55, 59, 63};
+  return _mm512_permutexvar_epi8(_mm512_load_si512(kOrder), words);
 }
 
 void SetTables(Tables& tables, const BlowfishP& p, const BlowfishS& s) {
   for (std::size_t box = 0; box < 4; ++box) {
-    for (std::size_t i = 0; i < 256; i += 16) {
-      const Plane words = _mm512_loadu_si512(&s[box][i]);
-      UNROLLED(unsigned j = 0; j < 4; ++j) {
-        const __m128i bytes = _mm512_cvtepi32_epi8(_mm512_srli_epi32(words, 8 * j));
-        _mm_store_si128(reinterpret_cast<__m128i*>(&tables.s[box][j][i]), bytes);
+    for (std::size_t i = 0; i < 256; i += 64) {
+      Plane row[4];
+      UNROLLED(std::size_t j = 0; j < 4; ++j) {
+        row[j] = GatherBytes(_mm512_loadu_si512(&s[box][i + 16 * j]));
       }
+      TurnQuarters(row[0], row[1], row[2], row[3]);
+      UNROLLED(std::size_t j = 0; j < 4; ++j) _mm512_store_si512(&tables.s[box][j][i], row[j]);
     }
   }
   for (std::size_t word = 0; word < kBlowfishRounds + 2; ++word) {
@@ -237,12 +264,19 @@ void TransformByBytePlanes(const BlowfishP& p, const BlowfishS& s, std::uint8_t*
   if (size >= kWorthwhile) {
     Tables tables;
     SetTables(tables, p, s);
-    for (; size >= kStride; size -= kStride, region += kStride) TransformStride(tables, region);
+    for (; size >= 2 * kBatchSize; size -= 2 * kBatchSize, region += 2 * kBatchSize) {
+      TransformBatches<2>(tables, region);
+    }
+    if (size >= kBatchSize) {
+      TransformBatches<1>(tables, region);
+      size -= kBatchSize;
+      region += kBatchSize;
+    }
     if (size >= kWorthwhile) {
-      alignas(64) std::uint8_t stride[kStride] = {};
-      std::memcpy(stride, region, size);
-      TransformStride(tables, stride);
-      std::memcpy(region, stride, size);
+      alignas(64) std::uint8_t batch[kBatchSize] = {};
+      std::memcpy(batch, region, size);
+      TransformBatches<1>(tables, batch);
+      std::memcpy(region, batch, size);
       return;
     }
   }

@@ -19,7 +19,7 @@ using EcbTransform = void(const BlowfishP& p, const BlowfishS& s, std::uint8_t* 
 // Eight blocks side by side, on any processor.
 EcbTransform TransformSideBySide;
 
-// 128 blocks at once, by AVX-512 VBMI. For few blocks it goes side by side.
+// 256 blocks at once, by AVX-512 VBMI. For few blocks it goes side by side.
 EcbTransform TransformByBytePlanes;
 
 struct EcbKernel {

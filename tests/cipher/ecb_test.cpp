@@ -68,9 +68,9 @@ INSTANTIATE_TEST_SUITE_P(Each, EcbKernels, testing::ValuesIn(kEcbKernels), [](co
   return name;
 });
 
-// Sizes inside, at and past each kernel's strides, which are 64 and 1024 bytes.
+// Sizes inside, at and past each kernel's strides, which are 64, 1024 and 2048 bytes.
 TEST_P(EcbKernels, AreBlockByBlockAtEverySize) {
-  const Bytes text = test::Pattern(300 * kBlockSize);
+  const Bytes text = test::Pattern(430 * kBlockSize);
   const Bytes expected = EncipheredBlockByBlock(context_, text);
   for (std::size_t size = 0; size <= text.size(); size += kBlockSize) {
     const auto end = static_cast<std::ptrdiff_t>(size);
@@ -81,7 +81,7 @@ TEST_P(EcbKernels, AreBlockByBlockAtEverySize) {
 }
 
 TEST_P(EcbKernels, TakeAnyAlignmentAndLeaveTheirNeighboursAlone) {
-  const Bytes clear = test::Pattern(1500 / kBlockSize * kBlockSize);
+  const Bytes clear = test::Pattern(3500 / kBlockSize * kBlockSize);
   const Bytes enciphered = EncipheredBlockByBlock(context_, clear);
   for (std::size_t offset = 0; offset <= 64; ++offset) {
     Bytes memory(offset, 0xEE);
