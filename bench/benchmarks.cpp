@@ -24,6 +24,7 @@
 #include "launcher_dll.h"
 #include "one_block.h"
 #include "peers.h"
+#include "support/imitated_cpu.h"
 
 namespace launcher::bench {
 namespace {
@@ -122,22 +123,32 @@ void PeerDecodes(Cipher& cipher, Bytes& block, std::size_t payloadSize) {
   benchmark::DoNotOptimize(std::memcmp(digest, block.data() + 8, 32));
 }
 
+CpuFeatures WithoutVbmi() {
+  CpuFeatures cpu = ThisCpu();
+  cpu.hasAvx512Vbmi = false;
+  return cpu;
+}
+
 void RegisterContainers() {
+  const CpuFeatures own = ThisCpu();
+  const CpuFeatures plain = WithoutVbmi();
   for (const std::uint32_t size : {64u, 2048u, 65536u, 1048576u, 16777216u}) {
     const std::uint32_t blockSize = file_cipher_get_encode_size(size);
-    benchmark::RegisterBenchmark(Sized("encode/ours, built-in key", size).c_str(),
-                                 [=](benchmark::State& state) {
-                                   const Bytes payload(size, 0x5A);
-                                   Bytes block(blockSize);
-                                   for (auto _ : state) {
-                                     file_cipher_encode(payload.data(), size, block.data());
-                                   }
-                                   SetBytes(state, size);
-                                 });
+    const auto registerEncode = [=](const std::string& name, const CpuFeatures& cpu) {
+      benchmark::RegisterBenchmark(Sized(name, size).c_str(), [=](benchmark::State& state) {
+        const test::ImitatedCpu imitated(cpu);
+        const Bytes payload(size, 0x5A);
+        Bytes block(blockSize);
+        for (auto _ : state) file_cipher_encode(payload.data(), size, block.data());
+        SetBytes(state, size);
+      });
+    };
     // A container under each key, made anew ahead of each turn by copying; the copy is in the
     // time, for the peers too.
-    const auto registerDecode = [=](const std::string& name, const std::uint8_t* key) {
+    const auto registerDecode = [=](const std::string& name, const std::uint8_t* key,
+                                    const CpuFeatures& cpu) {
       benchmark::RegisterBenchmark(Sized(name, size).c_str(), [=](benchmark::State& state) {
+        const test::ImitatedCpu imitated(cpu);
         const Bytes payload(size, 0x5A);
         Bytes made(blockSize);
         file_cipher_encode(payload.data(), size, made.data());
@@ -161,8 +172,11 @@ void RegisterContainers() {
         SetBytes(state, size);
       });
     };
-    registerDecode("decode/ours, built-in key", kBuiltIn);
-    registerDecode("decode/ours, another key", kKey);
+    registerEncode("encode/ours, built-in key", own);
+    registerEncode("encode/ours, built-in key, side by side", plain);
+    registerDecode("decode/ours, built-in key", kBuiltIn, own);
+    registerDecode("decode/ours, another key", kKey, own);
+    registerDecode("decode/ours, another key, side by side", kKey, plain);
     for (const Peer& peer : Peers()) {
       const std::shared_ptr<Cipher> cipher = peer.make();
       benchmark::RegisterBenchmark(Sized("encode/" + peer.name, size).c_str(),

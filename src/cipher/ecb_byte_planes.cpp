@@ -3,8 +3,7 @@
 // A register holds the same byte of 64 blocks, so that eight registers, the planes, hold 64 blocks.
 // An S-box becomes four tables of 256 bytes, one for each byte of its words. Looking 64 bytes up in
 // such a table takes two permutes over 128 bytes each. The sums stay in planes too, and so do their
-// carries: each byte tells by itself whether it wraps and whether it would pass a carry on, so that
-// a carry waits for one instruction a byte.
+// carries: with masks each byte of a sum would wait longer for the one before.
 //
 // Two groups of 64 blocks, a batch, share each load of a table. Two batches take turns round by
 // round: while one waits for its sums, the processor looks up for the other.
@@ -95,26 +94,25 @@ inline void Xor(Half& sum, const Box& box, const Index& index) {
   }
 }
 
+// Where a byte wrapped, whether or not a carry came in, the top bits of the two that were added and
+// of the sum tell: at least two of a, b and not sum are set. A shuffle of ones by that byte makes
+// it a 0 or a 1: it looks at the top bit to find a zero, and at others only to choose among ones.
+inline Plane CarryOf(Plane a, Plane b, Plane sum) {
+  constexpr int kHasNone = 0x2B;
+  return _mm512_shuffle_epi8(_mm512_set1_epi8(1), _mm512_ternarylogic_epi32(a, b, sum, kHasNone));
+}
+
 inline void Add(Half& sum, const Box& box, const Index& index) {
-  constexpr int kOrOfAnd = 0xF8;  // a | (b & c)
-  const Plane one = _mm512_set1_epi8(1);
-  const Plane allButOne = _mm512_set1_epi8(-2);
-  Plane carry[kGroups];  // 0 or 1 in each byte
+  Plane carry[kGroups];
   UNROLLED(std::size_t j = 0; j < 4; ++j) {
     Plane found[kGroups];
     LookUp(box[j], index, found);
     UNROLLED(std::size_t g = 0; g < kGroups; ++g) {
       const Plane before = sum.plane[j][g];
-      const Plane after = _mm512_add_epi8(before, found[g]);
-      const Plane wraps = _mm512_min_epu8(_mm512_subs_epu8(before, after), one);
-      if (j == 0) {
-        sum.plane[j][g] = after;
-        carry[g] = wraps;
-      } else {
-        const Plane isFull = _mm512_subs_epu8(after, allButOne);  // 255 passes a carry on
-        sum.plane[j][g] = _mm512_add_epi8(after, carry[g]);
-        carry[g] = _mm512_ternarylogic_epi32(wraps, isFull, carry[g], kOrOfAnd);
-      }
+      Plane after = _mm512_add_epi8(before, found[g]);
+      if (j != 0) after = _mm512_add_epi8(after, carry[g]);
+      if (j != 3) carry[g] = CarryOf(before, found[g], after);
+      sum.plane[j][g] = after;
     }
   }
 }
