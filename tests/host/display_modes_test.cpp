@@ -7,7 +7,7 @@
 #include "host/scripted_d3d9.h"
 #include "launcher_dll.h"
 #include "support/guarded_buffer.h"
-#include "support/system.h"
+#include "support/scripted_library.h"
 
 namespace launcher {
 namespace {
@@ -23,10 +23,9 @@ class DisplayModes : public testing::Test {
 
  private:
   static test::Direct3DScript& Script() {
-    using Getter = test::Direct3DScript* (*)();
-    static const auto get = reinterpret_cast<Getter>(
-        test::LoadFunction(test::PathBeside(SCRIPTED_D3D9), "GetDirect3DScript"));
-    return *get();
+    static auto& script =
+        test::LoadScript<test::Direct3DScript>(SCRIPTED_D3D9, "GetDirect3DScript");
+    return script;
   }
 };
 

@@ -11,24 +11,27 @@ Direct3DScript script;
 class ScriptedDirect3D final : public IDirect3D9 {
  public:
   ULONG WINAPI Release() override {
-    --script.openObjects;
+    if (!script.isShared) --script.openObjects;
     return 0;
   }
   UINT WINAPI GetAdapterModeCount(UINT adapter, D3DFORMAT format) override {
-    script.adapter = adapter;
-    script.format = format;
-    return static_cast<UINT>(script.modes.size());
+    if (!script.isShared) {
+      script.adapter = adapter;
+      script.format = format;
+    }
+    return script.failures.IsDue() ? 0 : static_cast<UINT>(script.modes.size());
   }
   HRESULT WINAPI EnumAdapterModes(UINT adapter, D3DFORMAT format, UINT index,
                                   D3DDISPLAYMODE* found) override {
-    if (adapter != script.adapter || static_cast<std::uint32_t>(format) != script.format ||
-        index >= script.modes.size()) {
+    const bool isAsked = script.isShared || (adapter == script.adapter &&
+                                             static_cast<std::uint32_t>(format) == script.format);
+    if (!isAsked || index >= script.modes.size()) {
       return D3DERR_NOTAVAILABLE;
     }
     // Written also by a query that fails: it must not count.
     const Direct3DScript::Mode& mode = script.modes[index];
     *found = {mode.width, mode.height, mode.refreshRate, format};
-    return mode.answers ? D3D_OK : D3DERR_NOTAVAILABLE;
+    return mode.answers && !script.failures.IsDue() ? D3D_OK : D3DERR_NOTAVAILABLE;
   }
 
   HRESULT WINAPI QueryInterface(REFIID, void**) override { return D3DERR_NOTAVAILABLE; }
@@ -74,9 +77,11 @@ ScriptedDirect3D direct3D;
 
 IDirect3D9* WINAPI Direct3DCreate9(UINT sdkVersion) {
   using launcher::test::script;
-  script.sdkVersion = sdkVersion;
-  if (!script.isCreated) return nullptr;
-  ++script.openObjects;
+  if (!script.isCreated || script.failures.IsDue()) return nullptr;
+  if (!script.isShared) {
+    script.sdkVersion = sdkVersion;
+    ++script.openObjects;
+  }
   return &launcher::test::direct3D;
 }
 

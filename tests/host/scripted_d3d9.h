@@ -9,6 +9,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "support/failure_plan.h"
+
 namespace launcher::test {
 
 struct Direct3DScript {
@@ -21,6 +23,12 @@ struct Direct3DScript {
 
   bool isCreated = true;    // whether Direct3DCreate9 gives an object
   std::vector<Mode> modes;  // of the adapter and in the format that are asked for
+
+  // A call that fails answers null, 0 or an error.
+  FailurePlan failures;
+
+  // Threads call at the same time: nothing below is kept.
+  bool isShared = false;
 
   // What is asked for.
   std::uint32_t sdkVersion = 0;

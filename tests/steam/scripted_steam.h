@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "support/failure_plan.h"
+
 namespace launcher::test {
 
 struct SteamScript {
@@ -41,7 +43,15 @@ struct SteamScript {
   bool hasBody = true;
   std::vector<std::uint8_t> body;
 
-  // The calls, in order, each with its arguments.
+  // A call that fails answers 0, false or null.
+  FailurePlan failures;
+
+  // Where threads call at the same time, nothing below is kept.
+  bool isShared = false;
+  int openRequests = 0;
+
+  // The calls, in order, each with its arguments. That takes memory.
+  bool notesCalls = true;
   std::vector<std::string> calls;
 };
 

@@ -12,6 +12,7 @@
 #include "steam/scripted_steam.h"
 #include "support/guarded_buffer.h"
 #include "support/scratch_directory.h"
+#include "support/scripted_library.h"
 #include "support/system.h"
 
 namespace launcher::test {
@@ -28,10 +29,8 @@ class ScriptedTest : public ScratchTest {
 
  private:
   static SteamScript& Script() {
-    using Getter = SteamScript* (*)();
-    static const auto get =
-        reinterpret_cast<Getter>(LoadFunction(PathBeside(SCRIPTED_STEAM), "GetSteamScript"));
-    return *get();
+    static auto& script = LoadScript<SteamScript>(SCRIPTED_STEAM, "GetSteamScript");
+    return script;
   }
 };
 

@@ -4,24 +4,16 @@
 #include <cstdlib>
 #include <new>
 
+#include "support/failure_plan.h"
+
 // The linker leads every call of malloc here; the true one has this name then.
 extern "C" void* __real_malloc(std::size_t size);
 
 namespace {
 
-int requestsUntilFailure = 0;  // 0: none is to fail
-bool allAfter = false;
-bool hasFailed = false;
+launcher::test::FailurePlan plan;
 
-void* Allocate(std::size_t size) {
-  if (requestsUntilFailure == 1) {
-    hasFailed = true;
-    if (!allAfter) requestsUntilFailure = 0;
-    return nullptr;
-  }
-  if (requestsUntilFailure > 1) --requestsUntilFailure;
-  return __real_malloc(size);
-}
+void* Allocate(std::size_t size) { return plan.IsDue() ? nullptr : __real_malloc(size); }
 
 }  // namespace
 
@@ -37,15 +29,7 @@ void operator delete(void* block, std::size_t /*size*/) noexcept { std::free(blo
 
 namespace launcher::test {
 
-void FailAllocation(int n, bool andAllAfter) {
-  requestsUntilFailure = n;
-  allAfter = andAllAfter;
-  hasFailed = false;
-}
-
-bool StopFailingAllocations() {
-  requestsUntilFailure = 0;
-  return hasFailed;
-}
+void FailAllocation(int n, bool andAllAfter) { plan.Start(n, andAllAfter); }
+bool StopFailingAllocations() { return plan.Stop(); }
 
 }  // namespace launcher::test

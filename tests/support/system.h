@@ -35,6 +35,12 @@ bool SystemRemovesLinks();
 // Runs `body` in a thread with `stackSize` bytes of stack, and waits.
 void RunInThread(std::size_t stackSize, void (*body)());
 
+// Runs `body` in `count` threads at once, each with its number from 0 on, and waits for all.
+void RunInThreads(int count, void (*body)(int number));
+
+// How often a process can be started, with the others of a test, within seconds.
+extern const int kManyStarts;
+
 // Whether the system has Direct3D 9, with a display to ask about.
 extern const bool kHasDirect3D;
 

@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <filesystem>
 #include <stdexcept>
+#include <thread>
+#include <vector>
 
 #include "support/system.h"
 
@@ -57,6 +59,14 @@ void RunInThread(std::size_t stackSize, void (*body)()) {
   if (!hasStarted) throw std::runtime_error("no thread");
   pthread_join(thread, nullptr);
 }
+
+void RunInThreads(int count, void (*body)(int number)) {
+  std::vector<std::thread> threads;
+  for (int i = 0; i < count; ++i) threads.emplace_back(body, i);
+  for (std::thread& thread : threads) thread.join();
+}
+
+const int kManyStarts = 250;
 
 const int kManyFiles = 100000;
 

@@ -42,6 +42,17 @@ void RunBelowWine(const std::string& commandLine, IsDone isDone) {
   throw std::runtime_error("in vain: " + commandLine);
 }
 
+struct NumberedRun {
+  void (*body)(int number);
+  int number;
+};
+
+DWORD WINAPI RunNumbered(void* argument) {
+  const auto& run = *static_cast<NumberedRun*>(argument);
+  run.body(run.number);
+  return 0;
+}
+
 DWORD WINAPI RunThread(void* body) {
   reinterpret_cast<void (*)()>(body)();
   return 0;
@@ -103,6 +114,22 @@ void RunInThread(std::size_t stackSize, void (*body)()) {
   WaitForSingleObject(thread, INFINITE);
   CloseHandle(thread);
 }
+
+void RunInThreads(int count, void (*body)(int number)) {
+  std::vector<NumberedRun> runs;
+  for (int i = 0; i < count; ++i) runs.push_back({body, i});
+  std::vector<HANDLE> threads;
+  for (NumberedRun& run : runs) {
+    threads.push_back(CreateThread(nullptr, 0, RunNumbered, &run, 0, nullptr));
+  }
+  for (const HANDLE thread : threads) {
+    WaitForSingleObject(thread, INFINITE);
+    CloseHandle(thread);
+  }
+}
+
+// Each takes half a second where Wine itself is emulated.
+const int kManyStarts = 10;
 
 // A hundred thousand take an hour where Wine itself is emulated.
 const int kManyFiles = 300;

@@ -1,0 +1,146 @@
+// Whatever an export calls fails in turn, once alone and once with all that comes after it, until
+// the call comes through. The result is then a documented one, the outputs are as documented,
+// nothing stays open, and no exception gets out.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "frame/every_export.h"
+#include "launcher_dll.h"
+#include "support/captured_output.h"
+#include "support/data_file.h"
+#include "support/faults.h"
+#include "support/scratch_directory.h"
+
+namespace launcher {
+namespace {
+
+using test::ExportCall;
+using test::FaultKind;
+
+class FailureWalk : public test::ScratchTest {
+ protected:
+  FailureWalk() {
+    Steam().failures.Stop();
+    Direct3D().failures.Stop();
+  }
+
+  static test::SteamScript& Steam() {
+    static test::SteamScript& script = test::UseScriptedSteam();
+    return script;
+  }
+  static test::Direct3DScript& Direct3D() {
+    static test::Direct3DScript& script = test::UseScriptedDirect3D();
+    return script;
+  }
+
+  static std::vector<FaultKind> AllKinds() {
+    std::vector<FaultKind> kinds = test::FaultKinds();
+    kinds.push_back({"Steam", true, false,
+                     [](int n, bool andAllAfter) { Steam().failures.Start(n, andAllAfter); },
+                     [] { return Steam().failures.Stop(); }});
+    kinds.push_back({"Direct3D", true, false,
+                     [](int n, bool andAllAfter) { Direct3D().failures.Start(n, andAllAfter); },
+                     [] { return Direct3D().failures.Stop(); }});
+    return kinds;
+  }
+
+  static int OpenCount() {
+    return test::OpenObjectCount() + Steam().openRequests + Direct3D().openObjects;
+  }
+
+  static int TemporaryFileCount() {
+    int count = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(".")) {
+      if (entry.path().extension() == ".tmp") {
+        ++count;
+        std::filesystem::remove(entry.path());
+      }
+    }
+    return count;
+  }
+
+  static bool IsDocumented(std::int64_t result, const ExportCall& walked, const FaultKind& kind) {
+    const auto isIn = [&](const std::vector<std::int64_t>& results) {
+      return std::count(results.begin(), results.end(), result) != 0;
+    };
+    return result == walked.success || (kind.failsCalls && isIn(walked.failures)) ||
+           (kind.failsMemory && isIn(walked.outOfMemory));
+  }
+
+  // Fails the first use, then the second, and so on. Answers how many there are.
+  static int Walk(const ExportCall& walked, const FaultKind& kind, bool andAllAfter,
+                  bool hasSettings) {
+    const test::Caller caller(0);
+    for (int n = 1; n < 3000; ++n) {
+      SCOPED_TRACE(walked.name + std::string(", ") + kind.name + ", failure " + std::to_string(n) +
+                   (andAllAfter ? " and all after" : ""));
+      if (walked.usesFiles) caller.Prepare();
+      QX_SteamAPI_Init();
+      if (!hasSettings) std::filesystem::remove("config.json");
+      const int openBefore = OpenCount();
+      kind.start(n, andAllAfter);
+      const std::int64_t result = walked.call(caller);
+      const bool hasFailed = kind.stop();
+      EXPECT_EQ(OpenCount(), openBefore);
+      // Where everything fails a temporary file cannot be removed either.
+      EXPECT_TRUE(hasSettings || andAllAfter || TemporaryFileCount() == 0);
+      EXPECT_TRUE(IsDocumented(result, walked, kind)) << "the result " << result;
+      if (hasFailed) continue;
+      EXPECT_EQ(result, walked.success);
+      return n - 1;
+    }
+    ADD_FAILURE() << walked.name << " never comes through";
+    return 0;
+  }
+
+  // A file is not written, and moved to its place, where there is one.
+  static int WalkWithAndWithoutSettings(const ExportCall& walked, const FaultKind& kind,
+                                        bool andAllAfter) {
+    const int uses = Walk(walked, kind, andAllAfter, false);
+    const bool readsSettings = std::filesystem::exists("config.json");
+    return readsSettings ? uses + Walk(walked, kind, andAllAfter, true) : uses;
+  }
+};
+
+TEST_F(FailureWalk, TakesEveryExport) {
+  const std::set<std::string> exports = {
+#define EXPORT(ordinal, name, size) #name,
+#include "export_table.inc"
+#undef EXPORT
+  };
+  std::set<std::string> walked;
+  for (const ExportCall& call : test::EveryExport()) walked.insert(call.name);
+  EXPECT_EQ(walked, exports);
+}
+
+TEST_F(FailureWalk, ComesThroughWhateverFails) {
+  // What the runtime takes for its first exception stays.
+  test::WriteFile("config.json", "no JSON");
+  test::StandardErrorOf([] { EXPECT_EQ(QX_IsStaging(), 0); });
+  test::Caller(0).Prepare();
+
+  for (const FaultKind& kind : AllKinds()) {
+    int uses = 0;
+    for (const ExportCall& walked : test::EveryExport()) {
+      std::string printed;
+      test::StandardErrorOf([&] {
+        printed = test::StandardOutputOf([&] {
+          uses += WalkWithAndWithoutSettings(walked, kind, false);
+          uses += WalkWithAndWithoutSettings(walked, kind, true);
+        });
+      });
+      ASSERT_FALSE(HasFailure()) << printed;
+    }
+    EXPECT_GT(uses, 0) << kind.name;
+    RecordProperty(kind.name, uses);
+  }
+}
+
+}  // namespace
+}  // namespace launcher

@@ -1,0 +1,141 @@
+// The DLL's import table leads here. A function that gives something back does so also when it
+// fails.
+
+#include <share.h>
+#include <sys/stat.h>
+#include <windows.h>
+
+#include "support/faults.h"
+// They need windows.h ahead.
+#include <shellapi.h>
+#include <wincrypt.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+#include "support/failure_plan.h"
+#include "support/import_patch_windows.h"
+
+namespace launcher::test {
+namespace {
+
+FailurePlan plan;
+int openObjects = 0;
+
+// Stands for one import, whose name makes Tag.
+template <class Tag, class Result>
+struct Import {
+  static inline Result failure = {};
+  static inline int opened = 0;  // how many objects a call opens; -1 where it closes one
+
+  template <class Function, class... Arguments>
+  static Result Call(Function* function, Arguments... arguments) {
+    const bool fails = plan.IsDue();
+    if (fails) SetLastError(ERROR_GEN_FAILURE);
+    if (fails && opened >= 0) return failure;
+    const Result result = function(arguments...);
+    if (opened < 0 || result != failure) openObjects += opened;
+    return fails ? failure : result;
+  }
+};
+
+#define REPLACEMENT(convention)                                                               \
+  template <class Tag, class Result, class... Arguments>                                      \
+  void* Replacement(Result(convention* function)(Arguments...), Result failure, int opened) { \
+    using Own = Import<Tag, Result>;                                                          \
+    Own::failure = failure;                                                                   \
+    Own::opened = opened;                                                                     \
+    static const auto real = function;                                                        \
+    struct Local {                                                                            \
+      static Result convention Call(Arguments... arguments) {                                 \
+        return Own::Call(real, arguments...);                                                 \
+      }                                                                                       \
+    };                                                                                        \
+    return reinterpret_cast<void*>(Local::Call);                                              \
+  }
+REPLACEMENT(WINAPI)
+REPLACEMENT(__cdecl)
+#undef REPLACEMENT
+
+void __cdecl Free(void* block) {
+  if (block != nullptr) --openObjects;
+  std::free(block);
+}
+
+void* __cdecl Reallocate(void* block, std::size_t size) {
+  if (plan.IsDue()) return nullptr;
+  void* const moved = std::realloc(block, size);
+  if (block == nullptr && moved != nullptr) ++openObjects;
+  return moved;
+}
+
+// Waiting is not what these tests are about.
+void WINAPI SleepShortly(DWORD /*milliseconds*/) { Sleep(10); }
+
+// All that can fail, for the rest of the process; but fgetc is called too often to fail each time.
+void PatchImports() {
+  static std::vector<std::unique_ptr<ImportPatch>> patches;
+  if (!patches.empty()) return;
+  const auto patch = [&](const char* name, void* replacement) {
+    patches.push_back(std::make_unique<ImportPatch>(name, replacement));
+  };
+  void* const noHandle = nullptr;
+  std::FILE* const noFile = nullptr;
+#define PATCH(name, failure, opened) \
+  patch(#name, Replacement<struct Tag_##name>(name, failure, opened))
+  PATCH(malloc, noHandle, 1);
+  PATCH(calloc, noHandle, 1);
+  PATCH(_fsopen, noFile, 1);
+  PATCH(fclose, EOF, -1);
+  PATCH(fread, std::size_t{0}, 0);
+  PATCH(fwrite, std::size_t{0}, 0);
+  PATCH(_stat64, -1, 0);
+  PATCH(OpenProcess, noHandle, 1);
+  PATCH(CreateProcessA, FALSE, 2);
+  PATCH(CloseHandle, FALSE, -1);
+  PATCH(GetExitCodeProcess, FALSE, 0);
+  PATCH(WaitForSingleObject, WAIT_FAILED, 0);
+  PATCH(VirtualAllocEx, noHandle, 1);
+  PATCH(WriteProcessMemory, FALSE, 0);
+  PATCH(VirtualFreeEx, FALSE, -1);
+  PATCH(CommandLineToArgvW, static_cast<wchar_t**>(nullptr), 0);
+  PATCH(WideCharToMultiByte, 0, 0);
+  PATCH(LocalAlloc, noHandle, 0);
+  PATCH(FindFirstFileA, INVALID_HANDLE_VALUE, 1);
+  PATCH(FindNextFileA, FALSE, 0);
+  PATCH(FindClose, FALSE, -1);
+  PATCH(GetFileAttributesA, INVALID_FILE_ATTRIBUTES, 0);
+  PATCH(DeleteFileA, FALSE, 0);
+  PATCH(RemoveDirectoryA, FALSE, 0);
+  PATCH(MoveFileExA, FALSE, 0);
+  PATCH(CryptAcquireContextA, FALSE, 1);
+  PATCH(CryptCreateHash, FALSE, 1);
+  PATCH(CryptHashData, FALSE, 0);
+  PATCH(CryptGetHashParam, FALSE, 0);
+  PATCH(CryptDestroyHash, FALSE, -1);
+  PATCH(CryptReleaseContext, FALSE, -1);
+  PATCH(GetModuleHandleA, static_cast<HMODULE>(nullptr), 0);
+  PATCH(LoadLibraryExA, static_cast<HMODULE>(nullptr), 0);
+  PATCH(GetProcAddress, static_cast<FARPROC>(nullptr), 0);
+#undef PATCH
+  patch("free", reinterpret_cast<void*>(Free));
+  patch("realloc", reinterpret_cast<void*>(Reallocate));
+  patch("Sleep", reinterpret_cast<void*>(SleepShortly));
+}
+
+}  // namespace
+
+const std::vector<FaultKind>& FaultKinds() {
+  static const std::vector<FaultKind> kinds = {{"imports", true, true,
+                                                [](int n, bool andAllAfter) {
+                                                  PatchImports();
+                                                  plan.Start(n, andAllAfter);
+                                                },
+                                                [] { return plan.Stop(); }}};
+  return kinds;
+}
+
+int OpenObjectCount() { return openObjects; }
+
+}  // namespace launcher::test
