@@ -12,7 +12,7 @@
 set -euo pipefail
 
 build_packages=(
-  cmake ninja-build g++ g++-mingw-w64-i686 binutils clang lld
+  cmake ninja-build g++ g++-mingw-w64-i686 binutils clang libclang-rt-dev lld
   nlohmann-json3-dev googletest libssl-dev libcurl4-openssl-dev
   ca-certificates openssl python3
 )

@@ -1,4 +1,4 @@
-#!/ usr / bin / env python3
+#!/usr/bin/env python3
 """Holds the file LauncherDll.dll against the list of exports and against what is promised of it.
 
 Usage: image_test.py OBJDUMP LauncherDll.dll exports.list VERSION
@@ -18,8 +18,8 @@ def listed_exports(path):
     """The decorated names by ordinal."""
     with open(path, encoding="ascii") as file:
         lines = [line.split() for line in file if line.strip() and line[0] != "#"]
-    return {int(ordinal): f"_{name}@{size}" for ordinal, name, size in lines
-}
+    return {int(ordinal): f"_{name}@{size}" for ordinal, name, size in lines}
+
 
 def version_texts(dll):
     """The texts of the version resource by name."""

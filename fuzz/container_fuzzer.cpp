@@ -1,0 +1,275 @@
+// Both ways to decode a container, held against libcrypto's Blowfish and SHA-256.
+//
+// Random changes to a container give random bytes behind the cipher and come no further than the
+// digest. So a mutator of our own deciphers, changes what is inside, and enciphers again.
+
+// The plain functions of the cipher take words, as the container has them.
+#define OPENSSL_SUPPRESS_DEPRECATED
+#include <openssl/blowfish.h>
+#include <openssl/sha.h>
+
+#include <cstring>
+#include <optional>
+#include <random>
+
+#include "config/cipher_texts.h"
+#include "fuzz/fuzzing.h"
+#include "launcher_dll.h"
+#include "support/guarded_buffer.h"
+#include "support/imitated_cpu.h"
+
+extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t maxSize);
+
+namespace launcher {
+namespace {
+
+using fuzz::Bytes;
+using fuzz::Require;
+using test::GuardedBuffer;
+
+constexpr std::size_t kPayload = 40;
+constexpr std::uint32_t kUnwritten = 0xCDCDCDCD;
+
+enum Flag : std::uint8_t { kHasPrefix = 1, kChecksMarker = 2, kHasPlainCpu = 4 };
+
+// Three bytes of flags and lengths, and then the fields.
+struct Input {
+  std::uint8_t flags = 0;
+  Bytes key;  // none: the built-in one
+  Bytes prefix;
+  Bytes block;
+
+  Input(const std::uint8_t* data, std::size_t size) {
+    const std::uint8_t* const end = data + size;
+    std::uint8_t head[3] = {};
+    for (std::uint8_t& byte : head) byte = data != end ? *data++ : std::uint8_t{0};
+    const auto take = [&](std::size_t count) {
+      const auto taken = std::min(count, static_cast<std::size_t>(end - data));
+      data += taken;
+      return Bytes(data - taken, data);
+    };
+    flags = head[0];
+    key = take(head[1] % 64u);
+    prefix = take(head[2] % 64u);
+    std::replace(prefix.begin(), prefix.end(), std::uint8_t{0}, std::uint8_t{1});
+    block = take(size);
+  }
+
+  Bytes Written() const {
+    Bytes bytes = {flags, static_cast<std::uint8_t>(key.size()),
+                   static_cast<std::uint8_t>(prefix.size())};
+    for (const Bytes* part : {&key, &prefix, &block}) {
+      bytes.insert(bytes.end(), part->begin(), part->end());
+    }
+    return bytes;
+  }
+
+  bool HasBuiltInKey() const { return key.empty(); }
+  Bytes Key() const { return HasBuiltInKey() ? test::BytesOf(kBuiltInKey) : key; }
+};
+
+enum class Direction { kEncipher, kDecipher };
+
+// All whole blocks of 8 bytes from offset 4 on.
+Bytes Transformed(Bytes block, const Bytes& key, Direction direction) {
+  // Seldom another key than before.
+  static Bytes known;
+  static BF_KEY schedule;
+  if (key != known) BF_set_key(&schedule, static_cast<int>(key.size()), key.data());
+  known = key;
+  for (std::size_t at = 4; at + 8 <= block.size(); at += 8) {
+    BF_LONG words[2];
+    std::memcpy(words, &block[at], 8);
+    (direction == Direction::kEncipher ? BF_encrypt : BF_decrypt)(words, &schedule);
+    std::memcpy(&block[at], words, 8);
+  }
+  return block;
+}
+
+std::uint64_t SizeFor(std::uint64_t payloadSize) { return 4 + (payloadSize + 36 + 7) / 8 * 8; }
+
+// Writes length and digest of a payload ahead of it.
+void PutHeader(Bytes& plain, std::uint32_t payloadSize) {
+  std::memcpy(plain.data(), "BFBR", 4);
+  std::memcpy(&plain[4], &payloadSize, 4);
+  SHA256(plain.data() + kPayload, payloadSize, &plain[8]);
+}
+
+// What an intact deciphered container holds.
+std::optional<std::uint32_t> PayloadSize(const Bytes& plain) {
+  std::uint32_t payloadSize = 0;
+  std::memcpy(&payloadSize, &plain[4], 4);
+  if (SizeFor(payloadSize) != plain.size()) return std::nullopt;
+  std::uint8_t digest[SHA256_DIGEST_LENGTH];
+  SHA256(plain.data() + kPayload, payloadSize, digest);
+  if (std::memcmp(&plain[8], digest, sizeof digest) != 0) return std::nullopt;
+  return payloadSize;
+}
+
+bool LooksLikeOne(const Bytes& block) {
+  return block.size() >= kPayload && block.size() % 8 == 4 &&
+         std::memcmp(block.data(), "BFBR", 4) == 0;
+}
+
+bool StartsWith(const Bytes& plain, std::uint32_t payloadSize, const std::string& text) {
+  return text.size() <= payloadSize &&
+         std::memcmp(plain.data() + kPayload, text.data(), text.size()) == 0;
+}
+
+// What is to become of a block.
+struct Expected {
+  Bytes plain;  // deciphered
+  std::optional<std::uint32_t> payloadSize;
+};
+
+void CheckDecode(const Input& input, bool isTried, const Expected& expected) {
+  const std::string prefix(input.prefix.begin(), input.prefix.end());
+  const bool asksPrefix = (input.flags & kHasPrefix) != 0;
+  const GuardedBuffer block(input.block);
+  const GuardedBuffer key(input.Key());
+  std::uint32_t size = kUnwritten;
+  std::uint32_t offset = kUnwritten;
+  const CipherCode result = file_cipher_decode(block.Data(), block.Size(), key.Data(),
+                                               static_cast<std::int32_t>(key.Size()), &size,
+                                               &offset, asksPrefix ? prefix.c_str() : nullptr);
+
+  Require(block.Content() == (isTried ? expected.plain : input.block), "what is deciphered");
+  if (!isTried || !expected.payloadSize) {
+    Require(result == QX_CIPHER_FAILED, "what is not intact fails");
+    Require(size == kUnwritten && offset == kUnwritten, "nothing told of what is not intact");
+    return;
+  }
+  const bool fits = !asksPrefix || StartsWith(expected.plain, *expected.payloadSize, prefix);
+  const auto skipped = asksPrefix && fits ? static_cast<std::uint32_t>(prefix.size()) : 0;
+  Require(result == (fits ? QX_CIPHER_SUCCEEDED : QX_CIPHER_FAILED), "the prefix decides");
+  Require(size == *expected.payloadSize - skipped && offset == kPayload + skipped, "the payload");
+}
+
+void CheckKeyedDecode(const Input& input, bool isTried, const Expected& expected) {
+  const GuardedBuffer block(input.block);
+  const bool asksMarker = (input.flags & kChecksMarker) != 0;
+  std::uint32_t size = kUnwritten;
+  std::uint32_t offset = kUnwritten;
+  const ResultCode result = QX_Decode(block.Data(), static_cast<std::int32_t>(block.Size()), &size,
+                                      &offset, asksMarker ? 0xFF : 0xFFFFFF00);
+  Require(block.Content() == (isTried ? expected.plain : input.block), "what is deciphered by QX_");
+  if (input.block.empty()) {
+    Require(result == QX_SIZE_REFUSED && size == kUnwritten && offset == kUnwritten, "no bytes");
+    return;
+  }
+  Require(result == QX_SUCCEEDED, "the call can be carried out");
+  if (!isTried || !expected.payloadSize) {
+    Require(size == 0 && offset == 0, "both 0 where nothing is intact");
+    return;
+  }
+  const bool skips =
+      asksMarker && StartsWith(expected.plain, *expected.payloadSize, kSignatureMarker);
+  const std::uint32_t skipped = skips ? 22 : 0;
+  Require(size == *expected.payloadSize - skipped && offset == kPayload + skipped, "the delivery");
+}
+
+// An intact container is what encoding its payload gives, but for the filler.
+void CheckEncode(const Input& input, const Expected& expected) {
+  const std::uint32_t size = *expected.payloadSize;
+  Bytes plain = expected.plain;
+  std::fill(plain.begin() + static_cast<std::ptrdiff_t>(kPayload + size), plain.end(),
+            std::uint8_t{0});
+  const GuardedBuffer payload(Bytes(plain.begin() + kPayload,
+                                    plain.begin() + static_cast<std::ptrdiff_t>(kPayload + size)));
+  const GuardedBuffer output(input.block.size());
+  const bool isDone = size != 0;
+  Require(file_cipher_get_encode_size(size) == input.block.size(), "the size of a container");
+  Require((file_cipher_encode(payload.Data(), size, output.Data()) == 0) == isDone, "encoding");
+  Require(isDone ? output.Content() == Transformed(plain, input.Key(), Direction::kEncipher)
+                 : output.IsUntouched(),
+          "encode(decode(x)) == x");
+}
+
+// A change behind the cipher, most times one that leaves the container intact.
+void Change(Input& input, std::minstd_rand& random, std::size_t maxSize) {
+  const auto oneIn = [&](unsigned count) { return random() / 7 % count == 0; };
+  Bytes plain = Transformed(input.block, input.Key(), Direction::kDecipher);
+  plain.resize(std::max(plain.size(), kPayload));
+
+  std::optional<std::uint32_t> known = PayloadSize(plain);
+  std::size_t payloadSize = known ? *known : plain.size() - kPayload;
+  const std::size_t maxPayload = std::max(payloadSize, maxSize - std::min(maxSize, kPayload + 80));
+  plain.resize(kPayload + maxPayload);
+  if (maxPayload != 0 && !oneIn(4)) {
+    payloadSize = LLVMFuzzerMutate(plain.data() + kPayload, payloadSize, maxPayload);
+  }
+  plain.resize(kPayload + payloadSize);
+  if (oneIn(8)) plain.insert(plain.begin() + kPayload, input.prefix.begin(), input.prefix.end());
+  if (oneIn(8)) {
+    const Bytes marker = test::BytesOf(kSignatureMarker);
+    plain.insert(plain.begin() + kPayload, marker.begin(), marker.end());
+  }
+  std::uint8_t filler = oneIn(4) ? 0xF1 : 0;
+  if (!input.prefix.empty() && oneIn(16)) {  // all of the prefix, but its end is no payload
+    plain.resize(kPayload);
+    plain.insert(plain.end(), input.prefix.begin(), input.prefix.end() - 1);
+    filler = input.prefix.back();
+    input.flags |= kHasPrefix;
+  }
+  payloadSize = plain.size() - kPayload;
+  plain.resize(SizeFor(payloadSize), filler);
+  PutHeader(plain, static_cast<std::uint32_t>(payloadSize));
+
+  // One flaw.
+  if (oneIn(4)) {
+    switch (random() % 4) {
+      case 0:
+        plain[4 + random() % 4] ^= static_cast<std::uint8_t>(1 << random() % 8);
+        break;
+      case 1:  // a length near 2^32, which wraps
+        for (std::size_t i = 4; i < 8; ++i) plain[i] = 0xFF;
+        plain[4] = static_cast<std::uint8_t>(random());
+        break;
+      case 2:
+        plain[8 + random() % 32] ^= 1;
+        break;
+      default:
+        plain.resize(plain.size() + random() % 17 - 8);
+    }
+  }
+  if (oneIn(8)) input.key = test::Pattern(random() % 60);
+  if (oneIn(8)) input.flags = static_cast<std::uint8_t>(random());
+  input.block = Transformed(plain, input.Key(), Direction::kEncipher);
+}
+
+}  // namespace
+}  // namespace launcher
+
+extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size,
+                                               std::size_t maxSize, unsigned seed) {
+  using namespace launcher;
+  std::minstd_rand random(seed);
+  if (random() % 4 == 0) return LLVMFuzzerMutate(data, size, maxSize);
+  Input input(data, size);
+  Change(input, random, maxSize);
+  const Bytes written = input.Written();
+  if (written.size() > maxSize) return LLVMFuzzerMutate(data, size, maxSize);
+  std::copy(written.begin(), written.end(), data);
+  return written.size();
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace launcher;
+  const Input input(data, size);
+  std::optional<test::ImitatedCpu> plainCpu;
+  if ((input.flags & kHasPlainCpu) != 0) plainCpu.emplace(CpuFeatures());
+
+  const std::size_t keyLength = input.Key().size();
+  const bool isTried = LooksLikeOne(input.block) && keyLength >= 4 && keyLength <= 56;
+  Expected expected;
+  if (isTried) {
+    expected.plain = Transformed(input.block, input.Key(), Direction::kDecipher);
+    expected.payloadSize = PayloadSize(expected.plain);
+  }
+  CheckDecode(input, isTried, expected);
+  if (input.HasBuiltInKey()) {
+    CheckKeyedDecode(input, isTried, expected);
+    if (expected.payloadSize) CheckEncode(input, expected);
+  }
+  return 0;
+}

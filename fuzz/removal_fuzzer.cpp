@@ -1,0 +1,169 @@
+// Removal of random trees, with links out of them and names that lead elsewhere, beside a witness
+// tree that has to end as it began. What has to stay is foretold from the tree itself.
+
+#include <filesystem>
+#include <fstream>
+#include <set>
+
+#include "fuzz/fuzzing.h"
+#include "launcher_dll.h"
+#include "support/data_file.h"
+
+namespace launcher {
+namespace {
+
+namespace fs = std::filesystem;
+
+using fuzz::Require;
+
+constexpr std::size_t kLongestPath = 259;
+constexpr std::size_t kLongestListed = 255;
+
+// No name leads further up than the folder that the fuzzer works in, whatever the library did.
+std::string NameFrom(FuzzedDataProvider& input, std::size_t parentLength) {
+  static const char* const names[] = {"a",    "b",  ".c", "d.e",   "f.", "g ", "...", "..\\witness",
+                                      "a\\b", "\\", "x:", "h\xE9", "*",  "?",  "~1",  "NUL"};
+  const auto choice = input.ConsumeIntegral<std::uint8_t>();
+  if (choice < 0xB0) return names[choice % 16];
+  if (choice < 0xC0) return std::string(200, 'l');
+  // To about the longest path and the longest directory.
+  const auto pathLength = 250 + choice % 16;
+  return std::string(
+      static_cast<std::size_t>(std::clamp(pathLength - static_cast<int>(parentLength) - 1, 1, 255)),
+      'n');
+}
+
+void MakeTree(FuzzedDataProvider& input) {
+  fs::create_directory("tree");
+  std::vector<fs::path> directories = {"tree"};
+  const auto count = input.ConsumeIntegralInRange<int>(0, 24);
+  for (int i = 0; i < count; ++i) {
+    const auto kind = input.ConsumeIntegral<std::uint8_t>();
+    const fs::path parent = directories[input.ConsumeIntegral<std::uint8_t>() % directories.size()];
+    const fs::path path = parent / NameFrom(input, parent.string().size());
+    std::error_code failed;
+    if (fs::symlink_status(path).type() != fs::file_type::not_found) continue;
+    if (kind < 0x60) {
+      if (fs::create_directory(path, failed)) directories.push_back(path);
+    } else if (kind < 0xA0) {
+      std::ofstream(path) << "content";
+      if (kind % 4 == 0) fs::permissions(path, fs::perms::owner_read, failed);
+    } else if (kind < 0xC0) {
+      fs::create_hard_link("witness/inner/file", path, failed);
+    } else {
+      static const char* const targets[] = {
+          ".", "..", "../witness", "../../witness", "a", "missing", "../witness/inner/file", ""};
+      const std::string target = targets[kind % 8];
+      fs::create_symlink(target.empty() ? fs::absolute("witness") : fs::path(target), path, failed);
+    }
+  }
+}
+
+bool IsWritable(const fs::path& path) {
+  return (fs::status(path).permissions() & fs::perms::owner_write) != fs::perms::none;
+}
+
+// Notes what has to stay of the entries of `directory`, which the library knows by a path of
+// `length` characters, and answers whether anything does.
+bool NoteWhatStays(const fs::path& directory, std::size_t length, std::set<std::string>& stays) {
+  bool any = false;
+  for (const fs::directory_entry& entry : fs::directory_iterator(directory)) {
+    const std::string name = entry.path().filename().string();
+    const std::size_t entryLength = length + 1 + name.size();
+    const bool isReached = length <= kLongestListed && entryLength <= kLongestPath &&
+                           name.back() != '.' && name.back() != ' ' &&
+                           name.find('\\') == std::string::npos;
+    bool remains = !isReached;
+    if (!entry.is_symlink() && entry.is_directory()) {
+      // Of one that is not reached all stays: it is beyond every length then.
+      remains =
+          NoteWhatStays(entry.path(), isReached ? entryLength : kLongestPath, stays) || remains;
+    } else if (isReached && !entry.is_symlink()) {
+      remains = !IsWritable(entry.path());
+    }
+    if (remains) stays.insert(entry.path().string());
+    any = any || remains;
+  }
+  return any;
+}
+
+std::set<std::string> Names(const fs::path& directory) {
+  std::set<std::string> names;
+  if (!fs::exists(directory)) return names;
+  for (const auto& entry : fs::recursive_directory_iterator(directory)) {
+    names.insert(entry.path().string());
+  }
+  return names;
+}
+
+// Names, kinds, rights, times and contents of all that is not to be touched.
+std::string Witness() {
+  std::string text;
+  for (const auto& entry : fs::recursive_directory_iterator("witness")) {
+    text += entry.path().string();
+    text += std::to_string(static_cast<int>(entry.symlink_status().permissions())) + ' ';
+    if (entry.is_symlink()) {
+      text += fs::read_symlink(entry.path()).string();
+    } else {
+      text += std::to_string(entry.last_write_time().time_since_epoch().count());
+      if (entry.is_regular_file()) text += test::ReadFile(entry.path().string());
+    }
+  }
+  return text;
+}
+
+void CheckFile(const fs::path& tree, FuzzedDataProvider& input) {
+  std::set<std::string> names = Names(tree);
+  if (names.empty()) return;
+  const auto chosen = std::next(names.begin(), input.ConsumeIntegral<std::uint8_t>() %
+                                                   static_cast<std::ptrdiff_t>(names.size()));
+  const std::string path = *chosen;
+  if (path.find('\\') != std::string::npos) return;  // there a separator
+  std::error_code leadsNowhere;
+  const bool isDirectory = fs::is_directory(fs::status(path, leadsNowhere));
+  const bool goes = !isDirectory && (fs::is_symlink(path) || IsWritable(path));
+  Require(QX_RemoveFile(path.c_str()) == (goes ? QX_SUCCEEDED : QX_FAILED), "removing a file");
+  if (goes) names.erase(chosen);
+  Require(Names(tree) == names, "a file goes alone, or nothing");
+}
+
+}  // namespace
+}  // namespace launcher
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace launcher;
+  static const std::string witness = [] {
+    fs::create_directories("witness/inner/deep");
+    for (const char* const file : {"witness/a", "witness/inner/file", "witness/inner/deep/b"}) {
+      test::WriteFile(file, file);
+    }
+    fs::create_symlink("inner", "witness/link");
+    return Witness();
+  }();
+  FuzzedDataProvider input(data, size);
+  const auto form = input.ConsumeIntegral<std::uint8_t>();
+  const std::uint32_t keepDirectory =
+      input.ConsumeBool() ? input.ConsumeIntegral<std::uint8_t>() : 0;
+  fs::remove_all("tree");
+  MakeTree(input);
+  CheckFile("tree", input);
+
+  // The tree by one of its names, the last of them a link's.
+  fs::remove("to tree");
+  fs::create_directory_symlink("tree", "to tree");
+  const std::string paths[] = {
+      "tree",   "tree\\", "tree/", ".\\tree", "witness\\..\\tree", fs::absolute("tree").string(),
+      "to tree"};
+  const std::string& path = paths[form % 7];
+  std::set<std::string> stays;
+  NoteWhatStays("tree", path.size(), stays);
+  const bool isLink = form % 7 == 6;
+  const bool goes = isLink || stays.empty();
+  const ResultCode result = QX_RemoveDirectory(path.c_str(), keepDirectory);
+  Require(result == (keepDirectory != 0 || goes ? QX_SUCCEEDED : QX_FAILED), "the result");
+  Require(Names("tree") == stays, "what goes and what stays");
+  Require(fs::exists("tree") == (keepDirectory != 0 || isLink || !stays.empty()), "the directory");
+  Require(fs::is_symlink("to tree") == (keepDirectory != 0 || !isLink), "the link to it");
+  Require(Witness() == witness, "nothing outside is touched");
+  return 0;
+}
