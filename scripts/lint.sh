@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Looks at layout (clang-format) and for suspicious code (clang-tidy), by the rules in the root's
-# .clang-format and .clang-tidy.
+# Looks at layout (clang-format) and for suspicious code (clang-tidy, cppcheck; shellcheck in
+# scripts), by the rules in the root's .clang-format and .clang-tidy.
 #
 #   scripts/lint.sh [--fix]
 #
@@ -10,9 +10,9 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-for tool in clang-format clang-tidy; do
+for tool in clang-format clang-tidy cppcheck shellcheck; do
   if ! command -v "$tool" >/dev/null; then
-    printf 'lint: %s is not installed: apt-get install %s\n' "$tool" "$tool" >&2
+    printf 'lint: %s is not installed: scripts/setup.sh installs it\n' "$tool" >&2
     exit 2
   fi
 done
@@ -26,6 +26,9 @@ case "${1:-}" in
     ;;
 esac
 git ls-files -z '*.h' '*.c' '*.cpp' | xargs -0 clang-format "${mode[@]}" || exit 1
+git grep -lzE '^#!/.*\b(ba)?sh$' -- scripts tests .ci | xargs -0 shellcheck || exit 1
+cppcheck --quiet --std=c++17 --enable=warning,performance,portability --inline-suppr \
+  --error-exitcode=1 -Isrc -Iinclude -I. src platform examples || exit 1
 
 # Tests are laid out alike but not tidied: GoogleTest's macros are full of what clang-tidy minds.
 cmake --preset native -DCMAKE_EXPORT_COMPILE_COMMANDS=ON >/dev/null

@@ -15,6 +15,7 @@ build_packages=(
   cmake ninja-build g++ g++-mingw-w64-i686 binutils clang libclang-rt-dev lld
   nlohmann-json3-dev googletest libssl-dev libcurl4-openssl-dev
   ca-certificates openssl python3
+  clang-format clang-tidy cppcheck shellcheck
 )
 # Wine runs the 32-bit DLL; Xvfb and Mesa give it a screen, and with it consoles and Direct3D.
 wine_packages=(
@@ -107,6 +108,7 @@ apt() {
 # release's main suite holds every library for both, so the second try takes all from there.
 install_from_main_suite() {
   local codename
+  # shellcheck disable=SC1091  # the system's
   codename=$(. /etc/os-release && printf '%s' "${VERSION_CODENAME:-}")
   [ -n "$codename" ] || return 1
   printf 'Package: *\nPin: release n=%s\nPin-Priority: 1001\n' "$codename" >"$work/preferences"

@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
-# Builds and runs all tests: native, native with sanitizers, and the 32-bit DLL itself under Wine.
+# Runs all checks: the static ones, the tests of the native build, also with sanitizers, a short run
+# of the fuzzers, and the tests of the 32-bit DLL itself under Wine.
 #
-#   scripts/test.sh [PRESET...]
+#   scripts/test.sh [CHECK...]
 #
-#   PRESET   native, native-asan or windows; all three if none is named
+#   CHECK   lint, native, native-asan, native-tsan, native-fuzz or windows; all if none is named
 #
 # Installs what is missing. What cannot run is reported as skipped, with the reason. Exit status: 0
 # if everything that ran passed; 1 if not, and in CI also where Wine is not installed.
@@ -21,8 +22,8 @@ case "${1:-}" in
 esac
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-presets=("$@")
-[ $# -gt 0 ] || presets=(native native-asan windows)
+checks=("$@")
+[ $# -gt 0 ] || checks=(lint native native-asan native-tsan native-fuzz windows)
 passed=0
 failed=0
 skipped=0
@@ -70,8 +71,29 @@ PYTHON
   skipped=$((skipped + counts[2]))
 }
 
+# Runs a script that is one check by itself.
+run_script() {
+  if "$@"; then
+    passed=$((passed + 1))
+  else
+    printf 'test: %s: failed\n' "$1"
+    failed=$((failed + 1))
+  fi
+}
+
 scripts/setup.sh
-for preset in "${presets[@]}"; do
+for preset in "${checks[@]}"; do
+  case $preset in
+    lint)
+      printf 'test: static checks\n'
+      run_script scripts/lint.sh
+      continue
+      ;;
+    native-fuzz)
+      run_script scripts/fuzz.sh --runs 20000
+      continue
+      ;;
+  esac
   scripts/build.sh "$preset"
   with=()
   if [ "$preset" != windows ]; then

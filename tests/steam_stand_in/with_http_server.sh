@@ -17,6 +17,8 @@ export TEST_HTTP_PORT TEST_HTTPS_PORT
 
 status=0
 "$@" || status=$?
-exec {server[1]}>&-
+input=${server[1]}
+exec {input}>&-
+# shellcheck disable=SC2154  # set by coproc
 wait "$server_PID" || true
 exit "$status"

@@ -67,6 +67,7 @@ void RunInThreads(int count, void (*body)(int number)) {
 }
 
 const int kManyStarts = 250;
+const int kFailureStep = 1;
 
 const int kManyFiles = 100000;
 
