@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """Makes small changes in src/, one at a time, and counts those that the native tests notice.
 
-Usage: scripts/mutate.py [--count N] [--seed S] [--file GLOB] [--again LIST] [--jobs N] [--list]
+Usage: scripts/mutate.py [--count N] [--seed S] [--file GLOB] [--again LIST] [--jobs N]
+                         [--sanitizers LIST] [--report FILE] [--list]
 
-A change is made in a copy of the tree, which is then built without sanitizers and tested: the
-quickest tests first, up to the first failure. One that does not compile, or that gives the same
+A change is made in a copy of the tree, which is then built, without sanitizers unless some are
+named, and tested: the quickest tests first, up to the first failure. One that does not compile, or that gives the same
 object code, is not counted. A test that takes too long counts as noticing, and is told apart.
 
 The tests run in a sandbox of bubblewrap where all but an empty folder is read-only: a changed
@@ -169,9 +170,10 @@ def run(command, **more):
 class Copy:
     """A copy of the tree with its build."""
 
-    def __init__(self, number):
+    def __init__(self, number, sanitizers):
+        self.sanitizers = sanitizers
         self.tree = WORK / f"copy-{number}"
-        self.build = WORK / f"build-{number}"
+        self.build = WORK / f"{'sanitized' if sanitizers else 'build'}-{number}"
         self.scratch = WORK / f"scratch-{number}"
 
     def refresh(self):
@@ -193,6 +195,7 @@ class Copy:
                     "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_C_FLAGS_DEBUG=-O1",
                     # Many a change makes a compiler warn, which no test gets to see.
                     "-DCMAKE_CXX_FLAGS_DEBUG=-O1 -w",
+                    f"-DLAUNCHER_SANITIZERS={self.sanitizers}",
                     "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON",
                     "-DCMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE=PRE_TEST",
                     *(linker if shutil.which("ld.lld") else [])])
@@ -222,7 +225,8 @@ class Copy:
                    "--gtest_filter=" + ":".join(tests), *(output or ())]
 
         def limit():
-            resource.setrlimit(resource.RLIMIT_AS, (16 * GIBIBYTE, 16 * GIBIBYTE))
+            if not self.sanitizers:  # whose shadow memory takes terabytes of addresses
+                resource.setrlimit(resource.RLIMIT_AS, (16 * GIBIBYTE, 16 * GIBIBYTE))
             resource.setrlimit(resource.RLIMIT_FSIZE, (8 * GIBIBYTE, 8 * GIBIBYTE))
             resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
 
@@ -319,6 +323,9 @@ def main():
     parser.add_argument("--file", default="*", metavar="GLOB", help="only in such files of src/")
     parser.add_argument("--again", metavar="LIST", help="only those that a report lists")
     parser.add_argument("--jobs", type=int, default=2, help="copies that work at a time (2)")
+    parser.add_argument("--sanitizers", default="", metavar="LIST", help="as address,undefined")
+    parser.add_argument("--report", type=pathlib.Path, default=REPORT, metavar="FILE",
+                        help="instead of build/mutations.txt")
     parser.add_argument("--list", action="store_true", help="only list the changes")
     options = parser.parse_args()
 
@@ -339,7 +346,7 @@ def main():
 
     copies = queue.Queue()
     for number in range(min(options.jobs, len(changes))):
-        copy = Copy(number)
+        copy = Copy(number, options.sanitizers)
         copy.refresh()
         copy.configure()
         print(f"mutate: building copy {number}", file=sys.stderr)
@@ -368,7 +375,7 @@ def main():
                 verdicts[change] = verdict
                 print(f"{len(verdicts)}/{len(changes)} {time.monotonic() - begin:.1f} s "
                       f"{verdict}: {describe(change)}", file=sys.stderr, flush=True)
-                REPORT.write_text(report_text(verdicts)[0], encoding="utf-8")
+                options.report.write_text(report_text(verdicts)[0], encoding="utf-8")
         copies.put((copy, unchanged))
 
     with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
