@@ -21,9 +21,13 @@ class ScriptedDirect3D final : public IDirect3D9 {
   }
   HRESULT WINAPI EnumAdapterModes(UINT adapter, D3DFORMAT format, UINT index,
                                   D3DDISPLAYMODE* found) override {
-    if (adapter != script.adapter || static_cast<std::uint32_t>(format) != script.format ||
-        index >= script.modes.size()) {
+    if (adapter != script.adapter || static_cast<std::uint32_t>(format) != script.format) {
       return D3DERR_NOTAVAILABLE;
+    }
+    // Past the last one, so that a test sees whoever asks too far.
+    if (index >= script.modes.size()) {
+      *found = {};
+      return D3D_OK;
     }
     // Written also by a query that fails: it must not count.
     const Direct3DScript::Mode& mode = script.modes[index];
