@@ -45,9 +45,7 @@ std::uintptr_t StackUsedBy(void (*body)()) {
   return g_used;
 }
 
-void Encode() {
-  file_cipher_encode(g_payload.data(), kPayloadSize, g_block.data());
-}
+void Encode() { file_cipher_encode(g_payload.data(), kPayloadSize, g_block.data()); }
 
 void Decode() {
   std::uint32_t size = 0;
