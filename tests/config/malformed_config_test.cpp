@@ -99,7 +99,7 @@ TEST_F(MalformedConfig, IsToldForDocumentAndSection) {
               WrongType("null"));
   ExpectError(DefaultsWith("\"Settings\"", "\"Orvane\": {}, \"Settings\""), WrongType("null"));
   // Of several faults the first setting's is told.
-  ExpectError(R"({"Orvane": {"Api_server": 1}, "Settings": []})", WrongType("number"));
+  ExpectError(R"({"Orvane": {"Api_server": -1}, "Settings": []})", WrongType("number"));
 }
 
 TEST_F(MalformedConfig, LoadsWhereTheSettingsAreAllThere) {

@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <filesystem>
+
+#include "platform/win32.h"
 #include "support/data_file.h"
 #include "support/scratch_directory.h"
 #include "support/system.h"
@@ -27,6 +31,17 @@ TEST_F(NewTextFile, ReplacesNothing) {
 TEST_F(NewTextFile, LeavesNothingWhereItCannotBeMade) {
   EXPECT_FALSE(CreateTextFile("no_such_directory/a.txt", "new"));
   EXPECT_EQ(test::ScratchDirectory::FileCount(), 0u);
+}
+
+// Else two that start at the same moment would write the same file.
+TEST_F(NewTextFile, IsWrittenUnderANameOfItsThread) {
+  char name[40];
+  std::snprintf(name, sizeof name, "a.txt.%08lx-%08lx.tmp",
+                static_cast<unsigned long>(GetCurrentProcessId()),
+                static_cast<unsigned long>(GetCurrentThreadId()));
+  std::filesystem::create_directory(name);
+  EXPECT_FALSE(CreateTextFile("a.txt", "new"));
+  EXPECT_EQ(test::ScratchDirectory::FileCount(), 1u);
 }
 
 }  // namespace

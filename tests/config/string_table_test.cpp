@@ -89,16 +89,20 @@ TEST_F(StringTable, NeedsRoomForTheTerminator) {
   struct Case {
     std::uint32_t capacity;
     ResultCode result;
-    const char* begin;  // what the first bytes of the buffer are then
+    std::string begin;  // what the first bytes of the buffer are then
   };
+  const std::string empty(1, '\0');
   const Case cases[] = {
-      {1, QX_BAD_ARGUMENT, "\xCD"},    {8, QX_BAD_ARGUMENT, "\xCD\xCD"}, {9, QX_BAD_ARGUMENT, ""},
-      {10, QX_SUCCEEDED, "Forbidden"}, {50, QX_SUCCEEDED, "Forbidden"},
+      {1, QX_BAD_ARGUMENT, "\xCD"},
+      {8, QX_BAD_ARGUMENT, "\xCD\xCD"},
+      {9, QX_BAD_ARGUMENT, empty},
+      {10, QX_SUCCEEDED, "Forbidden" + empty},
+      {50, QX_SUCCEEDED, "Forbidden" + empty},
   };
   for (const Case& tried : cases) {
     const GuardedBuffer buffer(tried.capacity);
     EXPECT_EQ(QX_LoadString(2001, buffer.Text(), tried.capacity), tried.result) << tried.capacity;
-    EXPECT_EQ(std::memcmp(buffer.Text(), tried.begin, std::strlen(tried.begin)), 0);
+    EXPECT_EQ(std::memcmp(buffer.Text(), tried.begin.data(), tried.begin.size()), 0);
     if (tried.capacity > 10) {
       EXPECT_EQ(buffer.Data()[10], GuardedBuffer::kFill);
     }

@@ -1,4 +1,4 @@
-// settings_child ROUNDS: loads the settings so often, and removes their file in between. Exit code
+// settings_child LOADS: loads the settings so often, and removes their file in between. Exit code
 // 0 if they were right each time.
 
 #include <cstdio>
@@ -8,10 +8,10 @@
 #include "launcher_dll.h"
 
 int main(int argumentCount, char** arguments) {
-  const int rounds = argumentCount == 2 ? std::atoi(arguments[1]) : 0;
-  if (rounds <= 0) return 2;
+  const int loads = argumentCount == 2 ? std::atoi(arguments[1]) : 0;
+  if (loads <= 0) return 2;
   if (std::freopen("settings_child.txt", "a", stdout) == nullptr) return 2;
-  for (int i = 0; i < rounds; ++i) {
+  for (int i = 0; i < loads; ++i) {
     if (i != 0) std::remove("config.json");
     char text[128] = "";
     if (QX_LoadString(5001, text, sizeof text) != QX_SUCCEEDED) return 1;

@@ -25,8 +25,13 @@ class ScriptedDirect3D final : public IDirect3D9 {
                                   D3DDISPLAYMODE* found) override {
     const bool isAsked = script.isShared || (adapter == script.adapter &&
                                              static_cast<std::uint32_t>(format) == script.format);
-    if (!isAsked || index >= script.modes.size()) {
+    if (!isAsked) {
       return D3DERR_NOTAVAILABLE;
+    }
+    // Past the last one, so that a test sees whoever asks too far.
+    if (index >= script.modes.size()) {
+      *found = {};
+      return D3D_OK;
     }
     // Written also by a query that fails: it must not count.
     const Direct3DScript::Mode& mode = script.modes[index];

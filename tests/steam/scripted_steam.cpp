@@ -48,7 +48,9 @@ class User final : public ISteamUser {
 
   std::uint32_t GetAuthSessionTicket(void* ticket, int capacity, std::uint32_t* size) override {
     Note("GetAuthSessionTicket", capacity, *size);
-    std::copy(script.ticket.begin(), script.ticket.end(), static_cast<std::uint8_t*>(ticket));
+    std::copy_n(script.ticket.begin(),
+                std::min(script.ticket.size(), static_cast<std::size_t>(capacity)),
+                static_cast<std::uint8_t*>(ticket));
     *size = static_cast<std::uint32_t>(script.ticket.size());
     return Give(script.ticketHandle);
   }

@@ -146,6 +146,9 @@ TEST_F(Session, WritesATicketAsText) {
   char largest[2049];
   EXPECT_EQ(QX_SteamAPI_GetSteamAuthTicket(largest, sizeof largest), 2048);
   EXPECT_EQ(largest[2048], '\0');
+  script_.ticket.push_back(0);  // Steam tells of more than it could write
+  char tooLarge[2051];
+  EXPECT_EQ(QX_SteamAPI_GetSteamAuthTicket(tooLarge, sizeof tooLarge), QX_FAILED);
 }
 
 TEST_F(Session, TakesATicketAheadOfItsArguments) {

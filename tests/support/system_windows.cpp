@@ -129,7 +129,7 @@ void RunInThreads(int count, void (*body)(int number)) {
 }
 
 // Each takes half a second where Wine itself is emulated.
-const int kManyStarts = 10;
+const int kManyStarts = 25;
 
 // And an exception a tenth.
 const int kFailureStep = 9;
