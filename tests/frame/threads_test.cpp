@@ -18,8 +18,8 @@ namespace {
 using Threads = test::ScratchTest;
 
 constexpr int kThreads = 8;
-constexpr int kLoadsAStart = 4;
-const int kRounds = test::kManyStarts / 25;
+constexpr int kLoadsAStart = 10;
+const int kRounds = test::kManyStarts / 10;
 
 std::atomic<int> failures{0};
 

@@ -10,6 +10,7 @@
 #include <shellapi.h>
 #include <wincrypt.h>
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -20,8 +21,9 @@
 namespace launcher::test {
 namespace {
 
-FailurePlan plan;
-int openObjects = 0;
+FailurePlan calls;
+FailurePlan memory;
+std::atomic<int> openObjects{0};
 
 // Stands for one import, whose name makes Tag.
 template <class Tag, class Result>
@@ -31,7 +33,7 @@ struct Import {
 
   template <class Function, class... Arguments>
   static Result Call(Function* function, Arguments... arguments) {
-    const bool fails = plan.IsDue();
+    const bool fails = calls.IsDue();
     if (fails) SetLastError(ERROR_GEN_FAILURE);
     if (fails && opened >= 0) return failure;
     const Result result = function(arguments...);
@@ -58,16 +60,24 @@ REPLACEMENT(WINAPI)
 REPLACEMENT(__cdecl)
 #undef REPLACEMENT
 
+void* Counted(void* block) {
+  if (block != nullptr) ++openObjects;
+  return block;
+}
+void* __cdecl Allocate(std::size_t size) {
+  return memory.IsDue() ? nullptr : Counted(std::malloc(size));
+}
+void* __cdecl AllocateCleared(std::size_t count, std::size_t size) {
+  return memory.IsDue() ? nullptr : Counted(std::calloc(count, size));
+}
+void* __cdecl Reallocate(void* block, std::size_t size) {
+  if (memory.IsDue()) return nullptr;
+  void* const moved = std::realloc(block, size);
+  return block == nullptr ? Counted(moved) : moved;
+}
 void __cdecl Free(void* block) {
   if (block != nullptr) --openObjects;
   std::free(block);
-}
-
-void* __cdecl Reallocate(void* block, std::size_t size) {
-  if (plan.IsDue()) return nullptr;
-  void* const moved = std::realloc(block, size);
-  if (block == nullptr && moved != nullptr) ++openObjects;
-  return moved;
 }
 
 // Waiting is not what these tests are about.
@@ -84,8 +94,6 @@ void PatchImports() {
   std::FILE* const noFile = nullptr;
 #define PATCH(name, failure, opened) \
   patch(#name, Replacement<struct Tag_##name>(name, failure, opened))
-  PATCH(malloc, noHandle, 1);
-  PATCH(calloc, noHandle, 1);
   PATCH(_fsopen, noFile, 1);
   PATCH(fclose, EOF, -1);
   PATCH(fread, std::size_t{0}, 0);
@@ -119,6 +127,8 @@ void PatchImports() {
   PATCH(LoadLibraryExA, static_cast<HMODULE>(nullptr), 0);
   PATCH(GetProcAddress, static_cast<FARPROC>(nullptr), 0);
 #undef PATCH
+  patch("malloc", reinterpret_cast<void*>(Allocate));
+  patch("calloc", reinterpret_cast<void*>(AllocateCleared));
   patch("free", reinterpret_cast<void*>(Free));
   patch("realloc", reinterpret_cast<void*>(Reallocate));
   patch("Sleep", reinterpret_cast<void*>(SleepShortly));
@@ -127,12 +137,20 @@ void PatchImports() {
 }  // namespace
 
 const std::vector<FaultKind>& FaultKinds() {
-  static const std::vector<FaultKind> kinds = {{"imports", true, true,
-                                                [](int n, bool andAllAfter) {
-                                                  PatchImports();
-                                                  plan.Start(n, andAllAfter);
-                                                },
-                                                [] { return plan.Stop(); }}};
+  static const std::vector<FaultKind> kinds = {
+      {"imports", true, false,
+       [](int n, bool andAllAfter) {
+         PatchImports();
+         calls.Start(n, andAllAfter);
+       },
+       [] { return calls.Stop(); }},
+      {"memory", false, true,
+       [](int n, bool andAllAfter) {
+         PatchImports();
+         memory.Start(n, andAllAfter);
+       },
+       [] { return memory.Stop(); }},
+  };
   return kinds;
 }
 

@@ -41,8 +41,8 @@ void RunInThreads(int count, void (*body)(int number));
 // How often a process can be started, with the others of a test, within seconds.
 extern const int kManyStarts;
 
-// Of many failures that are alike, every how manieth can be tried within seconds.
-extern const int kFailureStep;
+// Whether some thousand exceptions and starts of processes take seconds.
+extern const bool kTriesEverything;
 
 // Whether the system has Direct3D 9, with a display to ask about.
 extern const bool kHasDirect3D;
