@@ -93,8 +93,8 @@ QX_API ResultCode QX_CALL QX_Deallocate(void* block);
  *   be opened is left as it is; the defaults serve, and the same line is printed.
  * - A file that is there must hold all twelve settings, each a JSON string: in the object "Orvane"
  *   the eight that are named below, in the object "Settings" game_version, ssl_check, Is_Staging
- * and Is_Shipping ("true" and "false" are strings too). If it does not, the lookup fails, also that
- * of a fixed text; the file is not touched. QX_IsStaging tells why.
+ *   and Is_Shipping ("true" and "false" are strings too). If it does not, the lookup fails, also
+ *   that of a fixed text; the file is not touched. QX_IsStaging tells why.
  *
  * Nothing is cached: an edit of the file counts from the next lookup on.
  *
