@@ -26,6 +26,7 @@ using test::FaultKind;
 
 // What all do that read the settings.
 const std::string kPlainLookup = "QX_LoadStringToMemory";
+const std::string kStart = "QX_CreateProcess";
 
 class FailureWalk : public test::ScratchTest {
  protected:
@@ -135,6 +136,8 @@ TEST_F(FailureWalk, ComesThroughWhateverFails) {
   for (const FaultKind& kind : AllKinds()) {
     int uses = 0;
     for (const ExportCall& walked : test::EveryExport()) {
+      // It starts a client for each request that fails; its texts are looked up by others too.
+      if (kind.failsMemory && !test::kTriesEverything && walked.name == kStart) continue;
       std::string printed;
       test::StandardErrorOf([&] {
         printed = test::StandardOutputOf([&] {

@@ -128,8 +128,8 @@ void RunInThreads(int count, void (*body)(int number)) {
   }
 }
 
-// Each takes half a second where Wine itself is emulated.
-const int kManyStarts = 10;
+// Each takes seconds where Wine itself is emulated.
+const int kManyStarts = 2;
 
 // And an exception a tenth.
 const bool kTriesEverything = false;
