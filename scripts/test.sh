@@ -81,33 +81,16 @@ run_script() {
   fi
 }
 
-scripts/setup.sh
-for preset in "${checks[@]}"; do
-  case $preset in
-    lint)
-      printf 'test: static checks\n'
-      run_script scripts/lint.sh
-      continue
-      ;;
-    native-fuzz)
-      run_script scripts/fuzz.sh --runs 20000
-      continue
-      ;;
-  esac
-  scripts/build.sh "$preset"
-  with=()
-  if [ "$preset" != windows ]; then
-    run_tests "$preset"
-    continue
-  fi
+# Runs the tests of the DLL.
+run_windows_tests() {
+  local status=0 what
   # What needs no Wine first: it looks at the file.
-  run_tests "$preset" --label-exclude wine
-  status=0
+  run_tests windows --label-exclude wine
   what=$(scripts/wine.sh --check) || status=$?
   if [ "$status" -eq 0 ]; then
     printf 'test: the DLL itself, under %s\n' "$what"
     with=(scripts/wine.sh --with)
-    run_tests "$preset" --label-regex wine
+    run_tests windows --label-regex wine
   else
     skip "the tests of the DLL under Wine: $what"
     if [ "${CI:-}" = true ] && [ "$status" -eq 2 ]; then
@@ -115,6 +98,26 @@ for preset in "${checks[@]}"; do
       failed=$((failed + 1))
     fi
   fi
+}
+
+scripts/setup.sh
+for check in "${checks[@]}"; do
+  with=()
+  began=$SECONDS
+  printf 'test: %s\n' "$check"
+  case $check in
+    lint) run_script scripts/lint.sh ;;
+    native-fuzz) run_script scripts/fuzz.sh --runs 20000 ;;
+    windows)
+      scripts/build.sh windows
+      run_windows_tests
+      ;;
+    *)
+      scripts/build.sh "$check"
+      run_tests "$check"
+      ;;
+  esac
+  printf 'test: %s took %d s\n' "$check" "$((SECONDS - began))"
 done
 
 printf '%d passed, %d failed, %d skipped\n' "$passed" "$failed" "$skipped"
