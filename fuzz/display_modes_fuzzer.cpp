@@ -6,7 +6,7 @@
 #include "fuzz/fuzzing.h"
 #include "host/scripted_d3d9.h"
 #include "launcher_dll.h"
-#include "support/system.h"
+#include "support/scripted_library.h"
 
 namespace launcher {
 namespace {
@@ -16,10 +16,8 @@ using fuzz::Require;
 using test::Direct3DScript;
 
 Direct3DScript& Script() {
-  using Getter = Direct3DScript* (*)();
-  static const auto get = reinterpret_cast<Getter>(
-      test::LoadFunction(test::PathBeside(SCRIPTED_D3D9), "GetDirect3DScript"));
-  return *get();
+  static auto& script = test::LoadScript<Direct3DScript>(SCRIPTED_D3D9, "GetDirect3DScript");
+  return script;
 }
 
 std::string Listed(const Direct3DScript& script) {

@@ -7,7 +7,7 @@
 #include "launcher_dll.h"
 #include "steam/scripted_steam.h"
 #include "support/data_file.h"
-#include "support/system.h"
+#include "support/scripted_library.h"
 
 namespace launcher {
 namespace {
@@ -17,10 +17,8 @@ using fuzz::Require;
 using test::SteamScript;
 
 SteamScript& Script() {
-  using Getter = SteamScript* (*)();
-  static const auto get = reinterpret_cast<Getter>(
-      test::LoadFunction(test::PathBeside(SCRIPTED_STEAM), "GetSteamScript"));
-  return *get();
+  static auto& script = test::LoadScript<SteamScript>(SCRIPTED_STEAM, "GetSteamScript");
+  return script;
 }
 
 // A random script and what it points to.

@@ -35,8 +35,10 @@ import time
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 WORK = ROOT / "build" / "mutations"
 REPORT = ROOT / "build" / "mutations.txt"
-PROGRAMS = ("host_tests", "steam_tests", "unit_tests", "export_tests")  # the quickest first
-TARGETS = (*PROGRAMS, "launch_child", "steam_child", "scripted_steam", "scripted_d3d9", "steam_api")
+# The quickest first.
+PROGRAMS = ("host_tests", "steam_tests", "unit_tests", "frame_tests", "export_tests")
+TARGETS = (*PROGRAMS, "launch_child", "settings_child", "steam_child", "scripted_steam",
+           "scripted_d3d9", "steam_api")
 SLOW = 0.3  # seconds from which on a test runs in a process of its own
 ENOUGH = 95  # per cent
 GIBIBYTE = 1 << 30

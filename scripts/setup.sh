@@ -14,7 +14,7 @@ set -euo pipefail
 build_packages=(
   cmake ninja-build g++ g++-mingw-w64-i686 binutils clang libclang-rt-dev lld
   nlohmann-json3-dev googletest libssl-dev libcurl4-openssl-dev
-  ca-certificates openssl python3
+  ca-certificates git openssl python3
   clang-format clang-tidy cppcheck shellcheck
 )
 # Wine runs the 32-bit DLL; Xvfb and Mesa give it a screen, and with it consoles and Direct3D.

@@ -21,8 +21,8 @@ Bytes g_payload;
 void (*g_body)() = nullptr;
 std::uintptr_t g_used = 0;
 
-std::uint8_t& StackByte(std::uintptr_t address) {
-  return *reinterpret_cast<std::uint8_t*>(address);
+volatile std::uint8_t& StackByte(std::uintptr_t address) {
+  return *reinterpret_cast<volatile std::uint8_t*>(address);
 }
 
 // Paints the stack below its own frame, downwards as stacks grow, runs the body, and looks for the
@@ -32,11 +32,11 @@ void MeasureBody() {
   // This frame, the caller's red zone and what the calls here push.
   const std::uintptr_t top = reinterpret_cast<std::uintptr_t>(&here) - 512;
   for (std::uintptr_t i = 1; i <= kPainted; ++i) {
-    const_cast<volatile std::uint8_t&>(StackByte(top - i)) = kPaint;
+    StackByte(top - i) = kPaint;
   }
   g_body();
   g_used = kPainted;
-  while (const_cast<volatile std::uint8_t&>(StackByte(top - g_used)) == kPaint) --g_used;
+  while (StackByte(top - g_used) == kPaint) --g_used;
 }
 
 std::uintptr_t StackUsedBy(void (*body)()) {

@@ -19,7 +19,8 @@ using Threads = test::ScratchTest;
 
 const int kThreads = test::kTriesEverything ? 8 : 4;
 constexpr int kLoadsAStart = 50;
-const int kRounds = test::kManyStarts / 2;
+const int kRounds = test::kTriesEverything ? 10 : 1;
+const int kStarts = test::kTriesEverything ? 20 : 2;
 
 std::atomic<int> failures{0};
 
@@ -48,7 +49,7 @@ TEST_F(Threads, CallEverythingAtOnce) {
 
 // Each process removes the file itself too, so that the other finds none.
 TEST_F(Threads, OfTwoProcessesMakeTheSettingsFile) {
-  for (int i = 0; i < test::kManyStarts; ++i) {
+  for (int i = 0; i < kStarts; ++i) {
     std::remove("config.json");
     test::RunInThreads(2, [](int /*number*/) {
       const std::string loads = std::to_string(kLoadsAStart);

@@ -10,8 +10,7 @@ namespace launcher::test {
 
 struct FaultKind {
   const char* name;
-  bool failsCalls;
-  bool failsMemory;
+  bool failsMemory;  // else calls
   // As FailurePlan's Start and Stop.
   void (*start)(int n, bool andAllAfter);
   bool (*stop)();

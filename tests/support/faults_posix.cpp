@@ -1,17 +1,20 @@
-// The linker leads the calls of the runtime's streams here (--wrap); the native layer's functions
-// fail by its own means.
+// The linker leads the calls of malloc and of the runtime's streams here (--wrap); the native
+// layer's functions fail by its own means.
 
 #include <algorithm>
 #include <atomic>
+#include <cstddef>
 #include <cstdio>
+#include <cstdlib>
+#include <new>
 
 #include "platform/posix/faults.h"
-#include "support/failing_memory.h"
 #include "support/failure_plan.h"
 #include "support/faults.h"
 
 namespace {
 
+launcher::test::FailurePlan memory;
 launcher::test::FailurePlan streams;
 std::atomic<int> openStreams{0};
 
@@ -19,11 +22,14 @@ std::atomic<int> openStreams{0};
 
 extern "C" {
 
+void* __real_malloc(std::size_t size);
 std::FILE* __real_fopen(const char* path, const char* mode);
 int __real_fclose(std::FILE* file);
 int __real_fgetc(std::FILE* file);
 std::size_t __real_fread(void* buffer, std::size_t size, std::size_t count, std::FILE* file);
 std::size_t __real_fwrite(const void* buffer, std::size_t size, std::size_t count, std::FILE* file);
+
+void* __wrap_malloc(std::size_t size) { return memory.IsDue() ? nullptr : __real_malloc(size); }
 
 std::FILE* __wrap_fopen(const char* path, const char* mode) {
   std::FILE* const file = __real_fopen(path, mode);
@@ -50,16 +56,25 @@ void __wrap__Z5Sleepj(DWORD milliseconds) { __real__Z5Sleepj(std::min<DWORD>(mil
 
 }  // extern "C"
 
+void* operator new(std::size_t size) {
+  void* const block = __wrap_malloc(size == 0 ? 1 : size);
+  if (block == nullptr) throw std::bad_alloc();
+  return block;
+}
+void operator delete(void* block) noexcept { std::free(block); }
+void operator delete(void* block, std::size_t /*size*/) noexcept { std::free(block); }
+
 namespace launcher::test {
 
 const std::vector<FaultKind>& FaultKinds() {
   static const std::vector<FaultKind> kinds = {
-      {"the platform", true, false,
+      {"the platform", false,
        [](int n, bool andAllAfter) { posix::FailCall(nullptr, n, andAllAfter); },
        posix::StopFailing},
-      {"streams", true, false, [](int n, bool andAllAfter) { streams.Start(n, andAllAfter); },
+      {"streams", false, [](int n, bool andAllAfter) { streams.Start(n, andAllAfter); },
        [] { return streams.Stop(); }},
-      {"memory", false, true, FailAllocation, StopFailingAllocations},
+      {"memory", true, [](int n, bool andAllAfter) { memory.Start(n, andAllAfter); },
+       [] { return memory.Stop(); }},
   };
   return kinds;
 }

@@ -145,13 +145,13 @@ void PatchImports() {
 
 const std::vector<FaultKind>& FaultKinds() {
   static const std::vector<FaultKind> kinds = {
-      {"imports", true, false,
+      {"imports", false,
        [](int n, bool andAllAfter) {
          PatchImports();
          calls.Start(n, andAllAfter);
        },
        [] { return calls.Stop(); }},
-      {"memory", false, true,
+      {"memory", true,
        [](int n, bool andAllAfter) {
          PatchImports();
          memory.Start(n, andAllAfter);

@@ -38,9 +38,6 @@ void RunInThread(std::size_t stackSize, void (*body)());
 // Runs `body` in `count` threads at once, each with its number from 0 on, and waits for all.
 void RunInThreads(int count, void (*body)(int number));
 
-// How often a process can be started, with the others of a test, within seconds.
-extern const int kManyStarts;
-
 // Whether some thousand exceptions and starts of processes take seconds.
 extern const bool kTriesEverything;
 

@@ -66,7 +66,6 @@ void RunInThreads(int count, void (*body)(int number)) {
   for (std::thread& thread : threads) thread.join();
 }
 
-const int kManyStarts = 20;
 const bool kTriesEverything = true;
 
 const int kManyFiles = 100000;

@@ -128,10 +128,7 @@ void RunInThreads(int count, void (*body)(int number)) {
   }
 }
 
-// Each takes seconds where Wine itself is emulated.
-const int kManyStarts = 2;
-
-// And an exception a tenth.
+// Where Wine itself is emulated a start takes seconds, and an exception a tenth.
 const bool kTriesEverything = false;
 
 // A hundred thousand take an hour where Wine itself is emulated.
