@@ -1,11 +1,11 @@
-# Makes everything that needs the export table from its one list, src/frame/exports.list:
+# Makes everything that needs the export table from its one list, src/frame/exports.json:
 #
 #   LAUNCHER_EXPORTS_DEF   for linking the DLL: decorated names at their ordinals
 #   LAUNCHER_EXPORTS_MAP   for linking the native library: plain names, everything else hidden
 #   LAUNCHER_EMPTY_EXPORTS for the Microsoft import library: an empty function for each export
 #   generated/export_table.inc  for the tests: EXPORT(ordinal, name, argument bytes)
 
-set(export_list "${PROJECT_SOURCE_DIR}/src/frame/exports.list")
+set(export_list "${PROJECT_SOURCE_DIR}/src/frame/exports.json")
 set(export_folder "${PROJECT_BINARY_DIR}/generated")
 set(LAUNCHER_EXPORTS_DEF "${export_folder}/exports.def")
 set(LAUNCHER_EXPORTS_MAP "${export_folder}/exports.map")
@@ -16,20 +16,23 @@ set(def "LIBRARY \"LauncherDll.dll\"\nEXPORTS\n")
 set(map "{\n  global:\n")
 set(table "")
 set(empty_functions "")
-file(STRINGS "${export_list}" lines REGEX "^[0-9]")
-foreach(line IN LISTS lines)
-  if(NOT line MATCHES "^([0-9]+) +([A-Za-z0-9_]+) +([0-9]+)$")
-    message(FATAL_ERROR "${export_list}: not an export: ${line}")
+file(READ "${export_list}" json)
+string(JSON count LENGTH "${json}" exports)
+math(EXPR last "${count} - 1")
+foreach(index RANGE ${last})
+  string(JSON ordinal GET "${json}" exports ${index} ordinal)
+  string(JSON name GET "${json}" exports ${index} name)
+  string(JSON decorated GET "${json}" exports ${index} decorated)
+  string(JSON argument_count LENGTH "${json}" exports ${index} arguments)
+  math(EXPR size "4 * ${argument_count}")
+  if(NOT decorated STREQUAL "_${name}@${size}")
+    message(FATAL_ERROR "${export_list}: ${decorated} has ${argument_count} arguments")
   endif()
-  set(ordinal "${CMAKE_MATCH_1}")
-  set(name "${CMAKE_MATCH_2}")
-  set(size "${CMAKE_MATCH_3}")
   string(APPEND table "EXPORT(${ordinal}, ${name}, ${size})\n")
   # Left of the equals sign stands the name in the table, right of it the linker's name for the
   # function, which goes without the first underscore.
   string(APPEND def "  \"_${name}@${size}\" = \"${name}@${size}\" @${ordinal}\n")
   string(APPEND map "    ${name};\n")
-  math(EXPR argument_count "${size} / 4")
   string(REPEAT "int, " ${argument_count} arguments)
   string(REGEX REPLACE ", $" "" arguments "${arguments}")
   string(APPEND empty_functions

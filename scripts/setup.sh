@@ -15,7 +15,9 @@ build_packages=(
   cmake ninja-build g++ g++-mingw-w64-i686 binutils clang libclang-rt-dev lld
   nlohmann-json3-dev googletest libssl-dev libcurl4-openssl-dev
   ca-certificates git openssl python3
+  libcli11-dev zlib1g-dev libz-mingw-w64-dev mono-mcs
   clang-format clang-tidy cppcheck shellcheck
+  doxygen mandoc bash-completion zsh fish
 )
 # Wine runs the 32-bit DLL; Xvfb and Mesa give it a screen, and with it consoles and Direct3D.
 wine_packages=(

@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
 """Holds the file LauncherDll.dll against the list of exports and against what is promised of it.
 
-Usage: image_test.py OBJDUMP LauncherDll.dll exports.list VERSION
+Usage: image_test.py OBJDUMP LauncherDll.dll exports.json VERSION
 """
 
+import json
 import re
 import subprocess
 import sys
@@ -16,9 +17,8 @@ LARGEST_SIZE = 700_000
 
 def listed_exports(path):
     """The decorated names by ordinal."""
-    with open(path, encoding="ascii") as file:
-        lines = [line.split() for line in file if line.strip() and line[0] != "#"]
-    return {int(ordinal): f"_{name}@{size}" for ordinal, name, size in lines}
+    with open(path, encoding="utf-8") as file:
+        return {export["ordinal"]: export["decorated"] for export in json.load(file)["exports"]}
 
 
 def version_texts(dll):
