@@ -23,6 +23,16 @@ bool MeansThatItExists(SystemError error);
 // Whether it says that the disk, or what this user may have of it, is full.
 bool MeansThatTheDiskIsFull(SystemError error);
 
+// Whether a file is there that a NewFile of this path would have to replace. A device is none.
+bool HasFileAt(const std::string& path);
+
+// Makes a directory. One that is there already is no error.
+SystemError MakeDirectory(const std::string& path);
+
+// A path's last part, and a path put together.
+std::string FileNameOf(const std::string& path);
+std::string PathIn(const std::string& directory, const std::string& name);
+
 // A file that is written out of sight, beside the place where it will be, and comes there in one
 // step. What is at the place stays until then, and stays for good where anything fails. A process
 // that is killed leaves nothing where the system has files without a name, else a ".new-*.tmp".

@@ -102,6 +102,25 @@ bool MeansThatTheDiskIsFull(SystemError error) {
   return error == ENOSPC || error == EDQUOT || error == EFBIG;
 }
 
+bool HasFileAt(const std::string& path) {
+  struct stat status = {};
+  if (stat(path.c_str(), &status) == 0) return S_ISREG(status.st_mode) || S_ISDIR(status.st_mode);
+  return lstat(path.c_str(), &status) == 0;
+}
+
+SystemError MakeDirectory(const std::string& path) {
+  struct stat status = {};
+  if (mkdir(path.c_str(), 0777) == 0) return 0;
+  const SystemError error = errno;
+  return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode) ? 0 : error;
+}
+
+std::string FileNameOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
+
+std::string PathIn(const std::string& directory, const std::string& name) {
+  return directory + '/' + name;
+}
+
 SystemError NewFile::Open(const std::string& path) {
   Abandon();
   place_ = path;

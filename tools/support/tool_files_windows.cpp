@@ -11,6 +11,8 @@
 namespace launcher {
 namespace {
 
+constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
 constexpr std::size_t kLargestTransfer = 64u << 20;
 
 // Not in every version of the headers as a number for the call below.
@@ -75,10 +77,36 @@ bool MeansThatTheDiskIsFull(SystemError error) {
          error == 1295;  // ERROR_DISK_QUOTA_EXCEEDED
 }
 
+bool HasFileAt(const std::string& path) {
+  if (GetFileAttributesA(path.c_str()) == INVALID_FILE_ATTRIBUTES) return false;
+  const HANDLE there = CreateFileA(path.c_str(), 0, kShareAll, nullptr, OPEN_EXISTING,
+                                   FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+  if (there == INVALID_HANDLE_VALUE) return true;
+  const bool isFile = GetFileType(there) == FILE_TYPE_DISK;
+  CloseHandle(there);
+  return isFile;
+}
+
+SystemError MakeDirectory(const std::string& path) {
+  if (CreateDirectoryA(path.c_str(), nullptr)) return 0;
+  const SystemError error = LastError();
+  const DWORD attributes = GetFileAttributesA(path.c_str());
+  const bool isThere =
+      attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+  return isThere ? 0 : error;
+}
+
+std::string FileNameOf(const std::string& path) {
+  return path.substr(path.find_last_of("\\/:") + 1);
+}
+
+std::string PathIn(const std::string& directory, const std::string& name) {
+  return directory + '\\' + name;
+}
+
 SystemError NewFile::Open(const std::string& path) {
   Abandon();
   place_ = path;
-  constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
   // A device's name leads to it from every directory.
   const HANDLE there = CreateFileA(path.c_str(), GENERIC_WRITE, kShareAll, nullptr, OPEN_EXISTING,
                                    FILE_ATTRIBUTE_NORMAL, nullptr);
