@@ -1,0 +1,20 @@
+// What the standard streams are connected to.
+
+#ifndef LAUNCHER_TOOLS_SUPPORT_TERMINAL_H_
+#define LAUNCHER_TOOLS_SUPPORT_TERMINAL_H_
+
+namespace launcher {
+
+enum class Stream { kInput = 0, kOutput = 1, kError = 2 };
+
+bool IsTerminal(Stream stream);
+
+// Has <stdio.h> leave line ends alone, where the system would translate them.
+void SetBinaryMode(Stream stream);
+
+// Whether the user wants no colour (NO_COLOR is set), or the stream shows none.
+bool ShowsColour(Stream stream);
+
+}  // namespace launcher
+
+#endif  // LAUNCHER_TOOLS_SUPPORT_TERMINAL_H_

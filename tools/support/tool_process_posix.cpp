@@ -1,0 +1,157 @@
+// interrupt.h, terminal.h, quiet_library.h and side_by_side.h on Linux and its like.
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <condition_variable>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <mutex>
+#include <string>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+#include "support/interrupt.h"
+#include "support/quiet_library.h"
+#include "support/side_by_side.h"
+#include "support/terminal.h"
+
+namespace launcher {
+namespace {
+
+volatile std::sig_atomic_t isInterrupted = 0;
+
+void SetFlag(int /*signal*/) { isInterrupted = 1; }
+
+}  // namespace
+
+void WatchForInterrupts() {
+  struct sigaction action = {};
+  action.sa_handler = SetFlag;
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    struct sigaction before = {};
+    // What a shell has told a program in the background to ignore stays ignored.
+    if (sigaction(signal, nullptr, &before) == 0 && before.sa_handler == SIG_IGN) continue;
+    sigaction(signal, &action, nullptr);
+  }
+  // Without these, a reader that goes away or a limit on the size of files ends the process.
+  action.sa_handler = SIG_IGN;
+  sigaction(SIGPIPE, &action, nullptr);
+  sigaction(SIGXFSZ, &action, nullptr);
+}
+
+bool Interrupted() { return isInterrupted != 0; }
+
+bool IsTerminal(Stream stream) { return isatty(static_cast<int>(stream)) != 0; }
+
+void SetBinaryMode(Stream /*stream*/) {}
+
+bool ShowsColour(Stream stream) {
+  const char* const noColour = std::getenv("NO_COLOR");
+  const char* const terminal = std::getenv("TERM");
+  return IsTerminal(stream) && (noColour == nullptr || *noColour == '\0') && terminal != nullptr &&
+         std::string(terminal) != "dumb";
+}
+
+SystemError RunQuietly(const std::function<void()>& call) {
+  const char* const temporary = std::getenv("TMPDIR");
+  std::string directory =
+      std::string(temporary != nullptr && *temporary != '\0' ? temporary : "/tmp") +
+      "/launcher-XXXXXX";
+  const int current = open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (current < 0) return errno;
+  SystemError error = 0;
+  if (mkdtemp(directory.data()) == nullptr) {
+    error = errno;
+  } else if (chdir(directory.c_str()) != 0) {
+    error = errno;
+  } else {
+    // A stream that is closed stays closed afterwards: its copy is -1.
+    const int streams[] = {STDOUT_FILENO, STDERR_FILENO};
+    int copies[2];
+    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    std::fflush(nullptr);
+    for (int i = 0; i < 2; ++i) {
+      copies[i] = fcntl(streams[i], F_DUPFD_CLOEXEC, 3);
+      if (nowhere >= 0) dup2(nowhere, streams[i]);
+    }
+    if (nowhere >= 0) {
+      call();
+      std::fflush(nullptr);
+    } else {
+      error = errno;
+    }
+    for (int i = 0; i < 2; ++i) {
+      if (copies[i] < 0) {
+        close(streams[i]);
+      } else {
+        dup2(copies[i], streams[i]);
+        close(copies[i]);
+      }
+    }
+    if (nowhere > STDERR_FILENO) close(nowhere);
+    unlink("config.json");
+    if (fchdir(current) != 0) error = errno;
+  }
+  close(current);
+  rmdir(directory.c_str());
+  return error;
+}
+
+struct Mutex::System {
+  std::mutex mutex;
+};
+Mutex::Mutex() : system_(std::make_unique<System>()) {}
+Mutex::~Mutex() = default;
+void Mutex::lock() { system_->mutex.lock(); }
+void Mutex::unlock() { system_->mutex.unlock(); }
+
+int ProcessorCount() {
+  const unsigned count = std::thread::hardware_concurrency();
+  return count == 0 ? 1 : static_cast<int>(count);
+}
+
+void RunSideBySide(int count, const std::function<void()>& work,
+                   const std::function<void()>& watch) {
+  std::mutex mutex;
+  std::condition_variable hasEnded;
+  int running = 0;
+  std::vector<std::thread> threads;
+  const auto run = [&] {
+    work();
+    const std::lock_guard<std::mutex> guard(mutex);
+    --running;
+    hasEnded.notify_one();
+  };
+  for (int i = 0; i < count; ++i) {
+    const std::lock_guard<std::mutex> guard(mutex);
+    try {
+      threads.emplace_back(run);
+      ++running;
+    } catch (const std::exception&) {
+      break;  // those that have started do all the work
+    }
+  }
+  if (threads.empty()) {
+    work();
+    return;
+  }
+  for (;;) {
+    {
+      std::unique_lock<std::mutex> guard(mutex);
+      if (hasEnded.wait_for(guard, std::chrono::milliseconds(50), [&] { return running == 0; })) {
+        break;
+      }
+    }
+    watch();
+  }
+  for (std::thread& thread : threads) thread.join();
+}
+
+void EndAtOnce(int exitCode) { _exit(exitCode); }
+
+}  // namespace launcher
