@@ -9,6 +9,10 @@ file(CREATE_LINK "${JSON_INCLUDE_DIR}/nlohmann" "${PROJECT_BINARY_DIR}/third_par
 add_library(launcher_json INTERFACE)
 target_include_directories(launcher_json SYSTEM INTERFACE "${PROJECT_BINARY_DIR}/third_party")
 
+# So is the library for the tools' options.
+find_path(CLI_INCLUDE_DIR CLI/CLI.hpp PATHS /usr/include NO_CMAKE_FIND_ROOT_PATH REQUIRED)
+file(CREATE_LINK "${CLI_INCLUDE_DIR}/CLI" "${PROJECT_BINARY_DIR}/third_party/CLI" SYMBOLIC)
+
 # Natively libcrypto stands in for the system's digest, and is what the tests hold the cipher against.
 if(NOT WIN32)
   find_package(OpenSSL REQUIRED COMPONENTS Crypto)
