@@ -1,17 +1,19 @@
 # Libraries of others. THIRD_PARTY_NOTICES.md names them and their licences.
 
-# The JSON library is headers in /usr/include, where a cross compiler must not look: it would find
-# the host's own headers too. A link in the build folder leads to the library alone.
+# Libraries that are headers alone lie in /usr/include, where a cross compiler must not look: it would
+# find the host's own headers too. A link in the build folder leads to each library and no further.
 find_package(nlohmann_json 3.8.0 REQUIRED)
 find_path(JSON_INCLUDE_DIR nlohmann/json.hpp PATHS /usr/include NO_CMAKE_FIND_ROOT_PATH REQUIRED)
-file(MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/third_party")
-file(CREATE_LINK "${JSON_INCLUDE_DIR}/nlohmann" "${PROJECT_BINARY_DIR}/third_party/nlohmann" SYMBOLIC)
-add_library(launcher_json INTERFACE)
-target_include_directories(launcher_json SYSTEM INTERFACE "${PROJECT_BINARY_DIR}/third_party")
-
-# So is the library for the tools' options.
 find_path(CLI_INCLUDE_DIR CLI/CLI.hpp PATHS /usr/include NO_CMAKE_FIND_ROOT_PATH REQUIRED)
-file(CREATE_LINK "${CLI_INCLUDE_DIR}/CLI" "${PROJECT_BINARY_DIR}/third_party/CLI" SYMBOLIC)
+file(MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/third_party/json" "${PROJECT_BINARY_DIR}/third_party/cli")
+file(CREATE_LINK "${JSON_INCLUDE_DIR}/nlohmann" "${PROJECT_BINARY_DIR}/third_party/json/nlohmann"
+  SYMBOLIC)
+file(CREATE_LINK "${CLI_INCLUDE_DIR}/CLI" "${PROJECT_BINARY_DIR}/third_party/cli/CLI" SYMBOLIC)
+foreach(library json cli)
+  add_library(launcher_${library} INTERFACE)
+  target_include_directories(launcher_${library} SYSTEM INTERFACE
+    "${PROJECT_BINARY_DIR}/third_party/${library}")
+endforeach()
 
 # Natively libcrypto stands in for the system's digest, and is what the tests hold the cipher against.
 if(NOT WIN32)
