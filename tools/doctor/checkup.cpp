@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <exception>
 #include <filesystem>
 #include <fstream>
@@ -172,18 +173,19 @@ DisplayModes ReadModes(const std::string& text) {
   std::uint64_t most = 0;
   for (std::size_t at = text.find("{\"Width\""); at != std::string::npos;
        at = text.find("{\"Width\"", at + 1)) {
-    unsigned width = 0;
-    unsigned height = 0;
-    unsigned hertz = 0;
-    if (std::sscanf(text.c_str() + at, "{\"Width\": %u, \"Height\": %u, \"Hz\": %u}", &width,
-                    &height, &hertz) != 3) {
-      continue;
+    // Width and height stand behind the colons in turn.
+    std::uint64_t numbers[2] = {};
+    const char* next = text.c_str() + at;
+    for (std::uint64_t& number : numbers) {
+      next = std::strchr(next, ':');
+      if (next == nullptr) return modes;
+      number = std::strtoul(++next, nullptr, 10);
     }
     ++modes.count;
-    const std::uint64_t pixels = std::uint64_t{width} * height;
+    const std::uint64_t pixels = numbers[0] * numbers[1];
     if (pixels <= most) continue;
     most = pixels;
-    modes.largest = std::to_string(width) + " x " + std::to_string(height);
+    modes.largest = std::to_string(numbers[0]) + " x " + std::to_string(numbers[1]);
   }
   return modes;
 }

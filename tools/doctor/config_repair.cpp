@@ -56,7 +56,7 @@ fs::path Replace(const fs::path& path, const std::string& broken, const std::str
   NewFile file;
   Check(file.Open(NarrowPath(path)), what);
   Check(file.Write(text.data(), text.size()), what);
-  const fs::path kept = KeepCopy(path, broken);
+  fs::path kept = KeepCopy(path, broken);
   try {
     if (ReadBytes(path, kLargestSettings) != broken) {
       throw std::runtime_error(path.u8string() + " was changed by another program meanwhile");

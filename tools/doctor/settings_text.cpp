@@ -468,7 +468,7 @@ class Reader {
   }
 
   // Without blanks at the ends, and without a quote that stands alone.
-  static std::string Trimmed(std::string text) {
+  static std::string Trimmed(const std::string& text) {
     constexpr const char* kBlanks = " \t\r\n\"'";
     const std::size_t from = text.find_first_not_of(kBlanks);
     if (from == std::string::npos) return {};
