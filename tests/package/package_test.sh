@@ -57,8 +57,8 @@ installed = {str(f.relative_to(package)): f.read_bytes() for f in package.rglob(
 library, symbols = names(archive + ".zip"), names(archive + "-symbols.zip")
 assert {**library, **symbols} == installed, sorted(installed)
 assert all(n.endswith(".debug") for n in symbols) and len(symbols) == 2, sorted(symbols)
-wanted = {"bin/LauncherDll.dll", "include/launcher_dll.h", "lib/libLauncherDll.dll.a",
-          "lib/LauncherDll.lib", "steam-stand-in/steam_api.dll", "README.md", "CHANGELOG.md",
-          "THIRD_PARTY_NOTICES.md"}
+wanted = {"bin/LauncherDll.dll", "include/launcher_dll.h", "include/launcher_dll.hpp",
+          "lib/libLauncherDll.dll.a", "lib/LauncherDll.lib", "steam-stand-in/steam_api.dll",
+          "README.md", "CHANGELOG.md", "THIRD_PARTY_NOTICES.md"}
 assert wanted <= set(library), sorted(wanted - set(library))
 PYTHON
