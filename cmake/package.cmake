@@ -10,6 +10,8 @@ install(TARGETS LauncherDll RUNTIME DESTINATION bin ARCHIVE DESTINATION lib)
 install(FILES "${LAUNCHER_MICROSOFT_LIBRARY}" DESTINATION lib)
 install(FILES include/launcher_dll.h include/launcher_dll.hpp DESTINATION include)
 install(FILES "${config}" cmake/LauncherDllConfig.cmake DESTINATION lib/cmake/LauncherDll)
+install(DIRECTORY bindings DESTINATION .
+  PATTERN __pycache__ EXCLUDE PATTERN build EXCLUDE PATTERN "*.egg-info" EXCLUDE)
 install(FILES docs/package.md DESTINATION . RENAME README.md)
 install(FILES CHANGELOG.md THIRD_PARTY_NOTICES.md DESTINATION .)
 install(TARGETS steam_api RUNTIME DESTINATION steam-stand-in)

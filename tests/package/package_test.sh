@@ -59,6 +59,7 @@ assert {**library, **symbols} == installed, sorted(installed)
 assert all(n.endswith(".debug") for n in symbols) and len(symbols) == 2, sorted(symbols)
 wanted = {"bin/LauncherDll.dll", "include/launcher_dll.h", "include/launcher_dll.hpp",
           "lib/libLauncherDll.dll.a", "lib/LauncherDll.lib", "steam-stand-in/steam_api.dll",
+          "bindings/python/launcher_dll/_exports.py", "bindings/csharp/NativeMethods.cs",
           "README.md", "CHANGELOG.md", "THIRD_PARTY_NOTICES.md"}
 assert wanted <= set(library), sorted(wanted - set(library))
 PYTHON
