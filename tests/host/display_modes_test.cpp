@@ -6,6 +6,7 @@
 
 #include "host/scripted_d3d9.h"
 #include "launcher_dll.h"
+#include "launcher_dll.hpp"
 #include "support/guarded_buffer.h"
 #include "support/scripted_library.h"
 
@@ -119,6 +120,21 @@ TEST_F(DisplayModes, AreChecked) {
   script_.isCreated = true;
   script_.modes.clear();
   EXPECT_EQ(QX_CheckDisplayMode(0, 0, 0, 0, 0), QX_BAD_ARGUMENT);
+}
+
+TEST_F(DisplayModes, OfTheCppFaceFitWhateverTheirNumber) {
+  for (const std::size_t count : {1u, 100u, 5000u}) {
+    script_.modes.assign(count, {800, 600, 60});
+    std::vector<char> text(65 * count + 23);
+    const std::uint32_t length =
+        QX_EnumDisplayMode(0, 0, text.data(), static_cast<std::uint32_t>(text.size()));
+    EXPECT_EQ(launcher_dll::DisplayModes(), std::string(text.data(), length));
+  }
+  EXPECT_TRUE(launcher_dll::HasDisplayMode(800, 600, 60));
+  EXPECT_FALSE(launcher_dll::HasDisplayMode(0x10000 + 800, 600, 60));
+  script_.modes.clear();
+  EXPECT_EQ(launcher_dll::DisplayModes(), "");
+  EXPECT_FALSE(launcher_dll::HasDisplayMode(800, 600, 60));
 }
 
 }  // namespace
