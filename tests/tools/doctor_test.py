@@ -246,7 +246,7 @@ class Settings(Case):
 
     def test_library_and_doctor_agree_whatever_the_file(self):
         draw = random.Random(7)
-        for _ in range(60):
+        for _ in range(40):
             content = bytearray(DEFAULTS)
             for _ in range(draw.randint(1, 3)):
                 at = draw.randrange(len(content))
@@ -368,7 +368,7 @@ class Images(Case):
         draw = random.Random(11)
         for size in [*range(0, 700, 40), *range(700, len(good), 300)]:
             self.assertEqual(self.look(good[:size])[0], 2, size)
-        for _ in range(80):
+        for _ in range(50):
             damaged = bytearray(good)
             for _ in range(4):
                 at = draw.choice([draw.randrange(64, 560), draw.randrange(len(good))])
