@@ -47,6 +47,10 @@ extern const bool kHasDirect3D;
 // A wide directory's worth.
 extern const int kManyFiles;
 
+// Keeps the system's digest loaded, which else is loaded anew for each digest: a second for Wine in
+// an emulator.
+void KeepDigestLoaded();
+
 // The handles that this process has open, as the system counts them.
 int OpenHandleCount();
 

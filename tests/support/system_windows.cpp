@@ -135,6 +135,8 @@ const bool kTriesEverything = false;
 const int kManyFiles = 300;
 
 // GetProcessHandleCount would be the plain way; Wine answers it with 0.
+void KeepDigestLoaded() { LoadLibraryA("rsaenh.dll"); }
+
 int OpenHandleCount() {
   // Under a type of its own, since the header's enumeration ends before the class asked for.
   using Query = LONG(NTAPI*)(int, void*, ULONG, ULONG*);
