@@ -4,6 +4,7 @@
 #   LAUNCHER_EXPORTS_MAP   for linking the native library: plain names, everything else hidden
 #   LAUNCHER_EMPTY_EXPORTS for the Microsoft import library: an empty function for each export
 #   generated/export_table.inc  for the tests: EXPORT(ordinal, name, argument bytes)
+#   generated/export_calls.inc  likewise: CALL(return type, name, (parameters), (arguments))
 
 set(export_list "${PROJECT_SOURCE_DIR}/src/frame/exports.json")
 set(export_folder "${PROJECT_BINARY_DIR}/generated")
@@ -15,6 +16,7 @@ set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${export_list}")
 set(def "LIBRARY \"LauncherDll.dll\"\nEXPORTS\n")
 set(map "{\n  global:\n")
 set(table "")
+set(calls "")
 set(empty_functions "")
 file(READ "${export_list}" json)
 string(JSON count LENGTH "${json}" exports)
@@ -29,6 +31,11 @@ foreach(index RANGE ${last})
     message(FATAL_ERROR "${export_list}: ${decorated} has ${argument_count} arguments")
   endif()
   string(APPEND table "EXPORT(${ordinal}, ${name}, ${size})\n")
+  string(JSON returns GET "${json}" exports ${index} returns)
+  string(JSON parameters GET "${json}" exports ${index} arguments)
+  string(REGEX REPLACE "[][\"\n]|  +" "" parameters "${parameters}")
+  string(REGEX REPLACE "[^,]*[ *]([a-zA-Z]+)" " \\1" names "${parameters}")
+  string(APPEND calls "CALL(${returns}, ${name}, (${parameters}), (${names}))\n")
   # Left of the equals sign stands the name in the table, right of it the linker's name for the
   # function, which goes without the first underscore.
   string(APPEND def "  \"_${name}@${size}\" = \"${name}@${size}\" @${ordinal}\n")
@@ -45,3 +52,4 @@ file(CONFIGURE OUTPUT "${LAUNCHER_EXPORTS_DEF}" CONTENT "${def}" @ONLY)
 file(CONFIGURE OUTPUT "${LAUNCHER_EXPORTS_MAP}" CONTENT "${map}" @ONLY)
 file(CONFIGURE OUTPUT "${LAUNCHER_EMPTY_EXPORTS}" CONTENT "${empty_functions}" @ONLY)
 file(CONFIGURE OUTPUT "${export_folder}/export_table.inc" CONTENT "${table}" @ONLY)
+file(CONFIGURE OUTPUT "${export_folder}/export_calls.inc" CONTENT "${calls}" @ONLY)

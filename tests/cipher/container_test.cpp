@@ -43,6 +43,7 @@ TEST(Container, SizesAreRoundedUpToWholeBlocks) {
       {2048, 2092, 2092},
       {0x7FFFFFFF, 0x8000002C, 0x8000002C},
       {0x80000000, 0, 0x8000002C},
+      {0xFFFFFFD5, 0, 4},
       {0xFFFFFFFF, 0, 44},
   };
   for (const Case& sized : cases) {

@@ -120,7 +120,7 @@ std::int64_t DecodeFile(const Caller& /*caller*/) {
   return result;
 }
 
-// The result, 100 higher where the block was found to be no container.
+// The result, or kOtherOutput where the block was found to be no container.
 std::int64_t Decode(const Caller& /*caller*/) {
   Container block = KnownContainer();
   std::uint32_t size = 7;
@@ -129,7 +129,7 @@ std::int64_t Decode(const Caller& /*caller*/) {
   const bool isContainer = result == 0 && offset != 0;
   EXPECT_EQ(size, isContainer ? kPayloadSize - 22 : (result == 0 ? 0 : 7));
   EXPECT_EQ(offset, isContainer ? 62u : (result == 0 ? 0u : 7u));
-  return result == 0 && !isContainer ? 100 : result;
+  return result == 0 && !isContainer ? kOtherOutput : result;
 }
 
 std::int64_t SignSignature(const Caller& /*caller*/) {
@@ -178,7 +178,7 @@ std::int64_t GetPersonaName(const Caller& /*caller*/) {
   char text[16] = "before";
   const ResultCode result = QX_SteamAPI_GetPersonaName(text, sizeof text);
   // Without Steam the name stays as it was, and a failed copy leaves an empty one.
-  if (result == 0 && std::strcmp(text, "before") == 0) return 100;
+  if (result == 0 && std::strcmp(text, "before") == 0) return kOtherOutput;
   return WithText(result, 0, text, "persona", "");
 }
 
@@ -191,7 +191,7 @@ std::int64_t GetAuthTicket(const Caller& /*caller*/) {
 std::int64_t GetAvailableLanguages(const Caller& /*caller*/) {
   char text[32] = "before";
   const ResultCode result = QX_SteamAPI_GetAvailableGameLanguages(text, sizeof text);
-  if (result == 0 && *text == '\0') return 100;
+  if (result == 0 && *text == '\0') return kOtherOutput;
   return WithText(result, 0, text, "english,french", "before");
 }
 
@@ -232,7 +232,7 @@ std::int64_t ReadCloudFile(const Caller& /*caller*/) {
 std::int64_t GetCloudFileName(const Caller& /*caller*/) {
   char text[16] = "before";
   const ResultCode result = QX_SteamAPI_RemoteStorageGetFileName(0, text, sizeof text);
-  if (result == 0 && *text == '\0') return 100;
+  if (result == 0 && *text == '\0') return kOtherOutput;
   return WithText(result, 0, text, "cloud", "before");
 }
 
@@ -241,12 +241,12 @@ std::int64_t RequestByHttp(const Caller& /*caller*/) {
   return QX_SteamAPI_HTTPRequest("http://localhost/", 3, "text/plain", kBody, sizeof kBody);
 }
 
-// The result, 100 for a list without the mode.
+// The result, kOtherOutput for a list without the mode.
 std::int64_t EnumDisplayMode(const Caller& /*caller*/) {
   char text[128] = "";
   const std::uint32_t length = QX_EnumDisplayMode(0, 0, text, sizeof text);
   EXPECT_EQ(length, std::strlen(text));
-  return length != 0 && std::strstr(text, "800") == nullptr ? 100 : std::int64_t{length};
+  return length != 0 && std::strstr(text, "800") == nullptr ? kOtherOutput : std::int64_t{length};
 }
 
 std::int64_t ResetIllegalValue(const Caller& /*caller*/) {
@@ -284,7 +284,7 @@ const std::vector<ExportCall> kEveryExport = {
     {"file_cipher_decode", DecodeFile, 0, {QX_CIPHER_FAILED}, {}},
     {"QX_GetEncodeDataSize", CALL(QX_GetEncodeDataSize(50)), 92, {}, {}},
     {"QX_Encode", Encode, 0, {QX_FAILED}, {}},
-    {"QX_Decode", Decode, 0, {QX_FAILED, 100}, {QX_FAILED}},
+    {"QX_Decode", Decode, 0, {QX_FAILED, kOtherOutput}, {QX_FAILED}},
     {"QX_GetSignatureSize", CALL(QX_GetSignatureSize()), 22, {}, {}},
     {"QX_SignSignature", SignSignature, 1, {}, {}},
 
@@ -308,9 +308,13 @@ const std::vector<ExportCall> kEveryExport = {
      77,
      {0},
      {0}},
-    {"QX_SteamAPI_GetPersonaName", GetPersonaName, 0, {QX_BAD_ARGUMENT, 100}, {100}},
+    {"QX_SteamAPI_GetPersonaName",
+     GetPersonaName,
+     0,
+     {QX_BAD_ARGUMENT, kOtherOutput},
+     {kOtherOutput}},
     {"QX_SteamAPI_GetSteamAuthTicket", GetAuthTicket, 6, {QX_FAILED}, {QX_FAILED}},
-    {"QX_SteamAPI_GetAvailableGameLanguages", GetAvailableLanguages, 0, {100}, {}},
+    {"QX_SteamAPI_GetAvailableGameLanguages", GetAvailableLanguages, 0, {kOtherOutput}, {}},
     {"QX_SteamAPI_GetCurrentGameLanguage", GetCurrentLanguage, 0, {QX_NOT_FOUND}, {}},
     {"QX_SteamAPI_GetUserDataFolder", GetUserDataFolder, 1, {0, QX_NO_STEAM}, {QX_NO_STEAM}},
     {"QX_SteamAPI_CatUserFilePath", CatUserFilePath, 0, {QX_FAILED, QX_NO_STEAM}, {QX_NO_STEAM}},
@@ -358,7 +362,11 @@ const std::vector<ExportCall> kEveryExport = {
      4,
      {0, QX_FAILED},
      {QX_FAILED}},
-    {"QX_SteamAPI_RemoteStorageGetFileName", GetCloudFileName, 0, {100, QX_FAILED}, {QX_FAILED}},
+    {"QX_SteamAPI_RemoteStorageGetFileName",
+     GetCloudFileName,
+     0,
+     {kOtherOutput, QX_FAILED},
+     {QX_FAILED}},
     {"QX_SteamAPI_RemoteStorageIsCloudEnabledForAccount",
      CALL(QX_SteamAPI_RemoteStorageIsCloudEnabledForAccount()),
      1,
@@ -376,7 +384,7 @@ const std::vector<ExportCall> kEveryExport = {
      {1}},
     {"QX_SteamAPI_HTTPRequest", RequestByHttp, 0, {QX_NO_STEAM}, {QX_NO_STEAM, QX_OUT_OF_MEMORY}},
 
-    {"QX_EnumDisplayMode", EnumDisplayMode, 64, {0, 100}, {0}},
+    {"QX_EnumDisplayMode", EnumDisplayMode, 64, {0, kOtherOutput}, {0}},
     {"QX_CheckDisplayMode",
      CALL(QX_CheckDisplayMode(0, 0, 800, 600, 60)),
      0,

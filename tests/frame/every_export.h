@@ -24,6 +24,9 @@ struct Caller {
   char userFile[24];
 };
 
+// In place of a result whose outputs are others than those of a success.
+inline constexpr std::int64_t kOtherOutput = 100;
+
 struct ExportCall {
   const char* name;
   // Answers the export's result, and checks what it left in its outputs. Takes no memory itself.

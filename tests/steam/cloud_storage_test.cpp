@@ -1,3 +1,4 @@
+#include <cstdint>
 #include <functional>
 
 #include "steam/scripted_test.h"
@@ -58,6 +59,16 @@ TEST_F(CloudStorage, PassesEachCallOn) {
       EXPECT_EQ(row.call(), answer ? row.yes : row.no);
       EXPECT_EQ(script_.calls, *row.asked != '\0' ? Calls{row.asked} : Calls{});
     }
+  }
+}
+
+// Also those that are no counts.
+TEST_F(CloudStorage, PassesSteamsNumbersBack) {
+  for (const std::int32_t number : {0, -1, -4, INT32_MIN, INT32_MAX}) {
+    script_.number = number;
+    EXPECT_EQ(QX_SteamAPI_RemoteStorageFileRead("f", buffer_, 8), number);
+    EXPECT_EQ(QX_SteamAPI_RemoteStorageGetFileSize("f"), number);
+    EXPECT_EQ(QX_SteamAPI_RemoteStorageGetFileCount(), number);
   }
 }
 
