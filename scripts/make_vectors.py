@@ -1,0 +1,121 @@
+#!/usr/bin/env python3
+"""Makes docs/container-vectors.json: containers, right and wrong ones, and what each decoder answers.
+
+Usage: scripts/make_vectors.py [--check]   (exit status 1 if the file differs)
+
+The containers come from the openssl program, the answers from how each container was made; nothing
+here comes from the library or from a reader that they are to test.
+"""
+
+import json
+import pathlib
+import sys
+
+from make_containers import BUILT_IN_KEY, MARKER, OTHER_KEY, container, pattern
+
+FILE = pathlib.Path(__file__).resolve().parent.parent / "docs/container-vectors.json"
+SIGNED = MARKER + pattern(51)
+
+
+def vector(name, why, block, payload=None, reason=None, key=BUILT_IN_KEY, prefix=b""):
+    """One vector: with its payload where the container is intact, else with the reason."""
+    intact = payload is not None
+    starts = intact and payload.startswith(prefix)
+    kept = payload[len(prefix) if starts else 0:] if intact else None
+    answer = {"result": 0 if starts else 7}
+    if intact:
+        answer.update(payloadSize=len(kept), payloadOffset=40 + len(payload) - len(kept))
+    made = {
+        "name": name, "why": why,
+        "verdict": "invalid" if not intact else "valid" if starts else "delivered whole",
+        "reason": reason if reason or starts else "marker",
+        "key": key.hex(), "prefix": prefix.decode(), "container": block.hex(),
+        "payload": kept.hex() if intact else None, "file_cipher_decode": answer,
+    }
+    if key == BUILT_IN_KEY:
+        for check in (0, 1):
+            skipped = 22 if check and intact and payload.startswith(MARKER) else 0
+            made[f"QX_Decode, checkMarker {check}"] = (
+                {"result": -1005} if not block else
+                {"result": 0, "payloadSize": len(payload) - skipped if intact else 0,
+                 "payloadOffset": 40 + skipped if intact else 0})
+    return made
+
+
+def vectors():
+    for size, why in ((1, "the smallest that encoding makes"), (3, "one byte of filler"),
+                      (4, "no filler"), (5, "seven bytes of filler"), (12, "no filler, two blocks"),
+                      (13, "the most filler again"), (44, "several blocks"), (2048, "a launch line's size")):
+        yield vector(f"size-{size}", why, container(BUILT_IN_KEY, pattern(size)), pattern(size))
+    yield vector("empty", "no payload: decoders take it, encoders do not make it",
+                 container(BUILT_IN_KEY, b""), b"")
+    yield vector("empty-with-prefix", "no payload cannot begin with the marker",
+                 container(BUILT_IN_KEY, b""), b"", prefix=MARKER)
+    for filler in (b"\xA5", b"\xFF"):
+        yield vector(f"filler-{filler.hex()}", "nobody looks at the filler",
+                     container(BUILT_IN_KEY, pattern(5), filler=filler), pattern(5))
+    yield vector("equal-stretches", "equal blocks look equal: there is no chaining",
+                 container(BUILT_IN_KEY, bytes(40)), bytes(40))
+    yield vector("other-key", "16 bytes that are no text", container(OTHER_KEY, pattern(77)),
+                 pattern(77), key=OTHER_KEY)
+    # A key's bytes are used again and again, so a short key is the same as itself repeated.
+    yield vector("key-of-4", "the shortest key", container(b"abcd" * 4, pattern(9)), pattern(9),
+                 key=b"abcd")
+    yield vector("key-of-56", "the longest key", container(b"seven by" * 2, pattern(9)), pattern(9),
+                 key=b"seven by" * 7)
+    whole = container(BUILT_IN_KEY, pattern(20))
+    for size in (1, 3, 57):
+        yield vector(f"key-of-{size}", "4 to 56 bytes are a key", whole, reason="key",
+                     key=b"k" * size)
+    yield vector("wrong-key", "shows as a wrong length", whole, reason="length", key=OTHER_KEY)
+
+    yield vector("signed", "the marker and data", container(BUILT_IN_KEY, SIGNED), SIGNED,
+                 prefix=MARKER)
+    yield vector("signed-unasked", "without a prefix the marker is data",
+                 container(BUILT_IN_KEY, SIGNED), SIGNED)
+    yield vector("marker-alone", "the marker and nothing behind it", container(BUILT_IN_KEY, MARKER),
+                 MARKER, prefix=MARKER)
+    for name, why, payload in (("unsigned", "no marker", pattern(51)),
+                               ("marker-cut", "shorter than the marker", MARKER[:21]),
+                               ("marker-other", "the marker's last character differs",
+                                MARKER[:21] + b"X data")):
+        yield vector(name, why, container(BUILT_IN_KEY, payload), payload, prefix=MARKER)
+    yield vector("prefix-of-3", "any text can be the prefix", container(BUILT_IN_KEY, b"abcdef"),
+                 b"abcdef", prefix=b"abc")
+
+    body = pattern(100)
+    for length in (92, 93, 100, 101):
+        fits = 93 <= length <= 100
+        yield vector(f"length-{length}-of-100", "93 to 100 bytes need as many blocks as are here",
+                     container(BUILT_IN_KEY, body, length=length, digest_of=body[:length]),
+                     body[:length] if fits else None, None if fits else "length")
+    for length in (0xFFFFFFFD, 0xFFFFFFFF, 0x80000000):
+        yield vector(f"length-{length:x}", "a sum in 32 bits may wrap and must not pass",
+                     container(BUILT_IN_KEY, pattern(4), length=length), reason="length")
+    yield vector("digest-of-other-data", "the digest is the payload's",
+                 container(BUILT_IN_KEY, body, digest_of=b"other"), reason="digest")
+    yield vector("digest-with-filler", "the digest does not cover the filler",
+                 container(BUILT_IN_KEY, pattern(5), digest_of=pattern(5) + bytes(7)),
+                 reason="digest")
+    for offset, reason in ((4, "length"), (12, "digest"), (39, "digest"), (59, "digest")):
+        broken = bytearray(whole)
+        broken[offset] ^= 1
+        yield vector(f"flipped-{offset}", "a bit of one block makes another block of it",
+                     bytes(broken), reason=reason)
+    for size in (0, 3, 4, 39, 40, 43, 45, 52):
+        yield vector(f"cut-to-{size}", "44 bytes or more, and 4 above a multiple of 8",
+                     whole[:size], reason="length" if size == 52 else "size")
+    yield vector("magic-in-lower-case", "the magic is BFBR", b"bfbr" + whole[4:], reason="magic")
+    yield vector("plain-text", "no container at all", b"{ \"plain\": \"text\" }" * 5, reason="magic")
+
+
+def main():
+    text = json.dumps({"vectors": list(vectors())}, indent=1) + "\n"
+    if sys.argv[1:] == ["--check"]:
+        sys.exit(0 if FILE.read_text(encoding="ascii") == text
+                 else f"{FILE} is out of date: run scripts/make_vectors.py")
+    FILE.write_text(text, encoding="ascii")
+
+
+if __name__ == "__main__":
+    main()
