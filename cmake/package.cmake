@@ -15,7 +15,7 @@ install(DIRECTORY bindings DESTINATION .
   PATTERN __pycache__ EXCLUDE PATTERN build EXCLUDE PATTERN "*.egg-info" EXCLUDE)
 install(FILES docs/package.md DESTINATION . RENAME README.md)
 install(FILES CHANGELOG.md THIRD_PARTY_NOTICES.md DESTINATION .)
-install(FILES docs/doctor.md DESTINATION docs)
+install(FILES docs/bfbr.md docs/doctor.md DESTINATION docs)
 install(TARGETS steam_api RUNTIME DESTINATION steam-stand-in)
 install(FILES docs/steam-stand-in.md DESTINATION steam-stand-in RENAME README.md)
 install(FILES "$<TARGET_FILE:LauncherDll>.debug" DESTINATION bin COMPONENT symbols)

@@ -57,7 +57,7 @@ installed = {str(f.relative_to(package)): f.read_bytes() for f in package.rglob(
 library, symbols = names(archive + ".zip"), names(archive + "-symbols.zip")
 assert {**library, **symbols} == installed, sorted(installed)
 assert all(n.endswith(".debug") for n in symbols) and len(symbols) == 2, sorted(symbols)
-wanted = {"bin/LauncherDll.dll", "bin/bfbr.exe", "bin/doctor.exe", "docs/doctor.md",
+wanted = {"bin/LauncherDll.dll", "bin/bfbr.exe", "bin/doctor.exe", "docs/bfbr.md",
           "include/launcher_dll.h", "include/launcher_dll.hpp", "lib/libLauncherDll.dll.a",
           "lib/LauncherDll.lib", "steam-stand-in/steam_api.dll",
           "bindings/python/launcher_dll/_exports.py", "bindings/csharp/NativeMethods.cs",

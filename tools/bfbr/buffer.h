@@ -8,6 +8,8 @@
 #include <cstdlib>
 #include <memory>
 
+#include "support/large_memory.h"
+
 namespace launcher {
 
 class Buffer {
@@ -22,6 +24,8 @@ class Buffer {
     if (capacity > SIZE_MAX - kLead) return false;
     auto* const block = static_cast<std::uint8_t*>(std::realloc(block_.get(), capacity + kLead));
     if (block == nullptr) return false;
+    constexpr std::size_t kLarge = 4u << 20;
+    if (capacity >= kLarge) PreferLargePages(block, capacity + kLead);
     static_cast<void>(block_.release());
     block_.reset(block);
     capacity_ = capacity;

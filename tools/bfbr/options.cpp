@@ -83,7 +83,7 @@ void AddMarker(CLI::App* command, Options* options, const char* description) {
 // What the parser says names the words that it does not know, and one may be a key: only what looks
 // like an option is repeated, and only up to its value.
 std::string TextOf(const CLI::ParseError& error, const CLI::App& app) {
-  if (error.get_name() != "ExtrasError") return error.what();
+  if (dynamic_cast<const CLI::ExtrasError*>(&error) == nullptr) return error.what();
   std::vector<std::string> words = app.remaining(true);
   std::string text;
   for (const std::string& word : words) {

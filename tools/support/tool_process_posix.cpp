@@ -1,12 +1,15 @@
-// interrupt.h, terminal.h, quiet_library.h and side_by_side.h on Linux and its like.
+// interrupt.h, terminal.h, quiet_library.h, side_by_side.h and large_memory.h on Linux and its
+// like.
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
 #include <condition_variable>
 #include <csignal>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
@@ -16,6 +19,7 @@
 #include <vector>
 
 #include "support/interrupt.h"
+#include "support/large_memory.h"
 #include "support/quiet_library.h"
 #include "support/side_by_side.h"
 #include "support/terminal.h"
@@ -150,6 +154,15 @@ void RunSideBySide(int count, const std::function<void()>& work,
     watch();
   }
   for (std::thread& thread : threads) thread.join();
+}
+
+void PreferLargePages(void* block, std::size_t size) {
+#ifdef MADV_HUGEPAGE
+  constexpr std::size_t kPage = 4096;
+  const auto before = reinterpret_cast<std::uintptr_t>(block) % kPage;
+  const std::size_t skipped = before == 0 ? 0 : kPage - before;
+  if (size > skipped) madvise(static_cast<char*>(block) + skipped, size - skipped, MADV_HUGEPAGE);
+#endif
 }
 
 void EndAtOnce(int exitCode) { _exit(exitCode); }

@@ -1,4 +1,4 @@
-// interrupt.h, terminal.h, quiet_library.h and side_by_side.h on Windows.
+// interrupt.h, terminal.h, quiet_library.h, side_by_side.h and large_memory.h on Windows.
 
 #include <direct.h>
 #include <fcntl.h>
@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "support/interrupt.h"
+#include "support/large_memory.h"
 #include "support/quiet_library.h"
 #include "support/side_by_side.h"
 #include "support/terminal.h"
@@ -124,6 +125,9 @@ void RunSideBySide(int count, const std::function<void()>& work,
     CloseHandle(thread);
   }
 }
+
+// Only with a privilege that users lack.
+void PreferLargePages(void* /*block*/, std::size_t /*size*/) {}
 
 void EndAtOnce(int exitCode) {
   TerminateProcess(GetCurrentProcess(), static_cast<UINT>(exitCode));
