@@ -24,7 +24,8 @@ esac
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 scripts/setup.sh
-targets=(LauncherDll steam_api example_launcher example_client example_host example_steam)
+targets=(LauncherDll steam_api example_launcher example_client example_host example_steam
+  example_each)
 scripts/build.sh windows "${targets[@]}"
 printf 'demo: built build/windows/bin/LauncherDll.dll, %s bytes\n' \
   "$(stat -c %s build/windows/bin/LauncherDll.dll)"

@@ -29,11 +29,13 @@ if [ "$1" = windows ]; then
   launcher=("$root/scripts/wine.sh" "$bin/example_launcher.exe")
   host=("$root/scripts/wine.sh" "$bin/example_host.exe")
   steam=("$root/scripts/wine.sh" "$bin/example_steam.exe")
+  each=("$root/scripts/wine.sh" "$bin/example_each.exe")
 else
   client="$bin/example_client"
   launcher=("$bin/example_launcher")
   host=("$bin/example_host")
   steam=("$bin/example_steam")
+  each=("$bin/example_each")
 fi
 
 "${launcher[@]}" "$client"
@@ -41,6 +43,8 @@ fi
 
 export STEAM_STAND_IN=steam
 printf '{ "personaName": "Ada", "currentLanguage": "german" }\n' >steam/steam_settings.json
+printf 'examples: each function once\n'
+(mkdir each && cd each && STEAM_STAND_IN=steam "${each[@]}" "$client")
 # shellcheck disable=SC2016  # the port is known inside
 "$root/tests/steam_stand_in/with_http_server.sh" \
   bash -c 'exec "$@" "http://127.0.0.1:$TEST_HTTP_PORT/text"' bash "${steam[@]}"

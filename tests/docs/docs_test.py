@@ -1,0 +1,135 @@
+#!/usr/bin/env python3
+"""Tries what the documents say: their links, their code, and the site that is made of them.
+
+Usage: docs_test.py ROOT
+"""
+
+import html
+import json
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+import unittest
+
+ROOT = pathlib.Path(sys.argv.pop(1)).resolve()
+SITE = ROOT / "build/site/html"
+C_FLAGS = ["-fsyntax-only", "-Wall", "-Wextra", "-Werror", f"-I{ROOT}/include"]
+COMPILERS = {"c": ["i686-w64-mingw32-gcc", "-std=c99", "-xc"],
+             "cpp": ["i686-w64-mingw32-g++", "-std=c++17", "-xc++"]}
+
+
+def documents():
+    names = subprocess.run(["git", "ls-files", "*.md"], cwd=ROOT, stdout=subprocess.PIPE, text=True,
+                           check=True).stdout.split()
+    return [ROOT / name for name in names]
+
+
+def anchors(text):
+    """The anchors of a page's headings, as the hosts of repositories make them."""
+    titles = re.findall(r"^#+ (.*)$", re.sub(r"^```.*?^```", "", text, flags=re.S | re.M), re.M)
+    return {re.sub(r"[^\w -]", "", title.lower()).replace(" ", "-") for title in titles}
+
+
+def blocks():
+    for document in documents():
+        for kind, code in re.findall(r"^```(\w+)\n(.*?)^```", document.read_text(encoding="utf-8"),
+                                     re.S | re.M):
+            yield document.relative_to(ROOT), kind, code
+
+
+class Documents(unittest.TestCase):
+    def test_links_lead_somewhere(self):
+        for document in documents():
+            text = document.read_text(encoding="utf-8")
+            for target in re.findall(r"\]\(([^)\s]+)\)", text):
+                if "://" in target or document.name == "site.md":
+                    continue
+                name, _, anchor = target.partition("#")
+                file = document.parent / name if name else document
+                with self.subTest(f"{document.name}: {target}"):
+                    # In the package, the stand-in's page lies elsewhere.
+                    if (document.name, target) != ("package.md", "steam-stand-in/README.md"):
+                        self.assertTrue(file.exists())
+                        if anchor:
+                            self.assertIn(anchor, anchors(file.read_text(encoding="utf-8")))
+
+    def test_code_is_code(self):
+        tried = 0
+        for document, kind, code in blocks():
+            with self.subTest(f"{document}: {code[:60]}"):
+                if kind in COMPILERS:
+                    done = subprocess.run([*COMPILERS[kind], *C_FLAGS, "-"], input=code, text=True,
+                                          stderr=subprocess.PIPE, check=False)
+                    self.assertEqual((done.returncode, done.stderr), (0, ""))
+                elif kind == "sh":
+                    subprocess.run(["bash", "-n"], input=code, text=True, check=True)
+                elif kind == "json":
+                    json.loads(code)
+                elif kind == "python":
+                    compile(code, str(document), "exec")
+                else:
+                    self.assertIn(kind, ("text", "cmake", "bat", "csharp"))
+                    continue
+                tried += 1
+        self.assertGreater(tried, 12)
+
+    def test_the_first_program_is_the_example(self):
+        first = (ROOT / "examples/first/main.c").read_text(encoding="ascii")
+        code = first[first.index("#include"):]
+        for name in ("README.md", "docs/package.md"):
+            self.assertIn(code, (ROOT / name).read_text(encoding="utf-8"))
+
+    def test_the_guide_runs(self):
+        """Its launcher and client, built as they stand and linked with the native library."""
+        guide = (ROOT / "docs/guide.md").read_text(encoding="utf-8")
+        programs = dict(zip(("launcher", "client"), re.findall(r"^```cpp\n(.*?)^```", guide,
+                                                               re.S | re.M)))
+        printed = re.search(r"^```text\n(.*?)^```", guide, re.S | re.M)[1]
+        library = ROOT / "build/native/lib"
+        with tempfile.TemporaryDirectory() as folder:
+            for name, code in programs.items():
+                # The library itself has the calls of Windows that the client uses.
+                (pathlib.Path(folder) / f"{name}.cpp").write_text(code, encoding="ascii")
+                subprocess.run(
+                    ["g++", "-std=c++17", f"-I{ROOT}/include", f"-I{ROOT}",
+                     f"-I{ROOT}/platform/posix/include", f"{name}.cpp", "-o", f"{name}.exe",
+                     f"-L{library}", "-lLauncherDll", f"{library}/liblauncher_platform.a",
+                     "-lcrypto", "-ldl", f"-Wl,-rpath,{library}"], cwd=folder, check=True)
+            done = subprocess.run(["sh", "-c", "PATH=.:$PATH ./launcher.exe && cat client.log"],
+                                  cwd=folder, stdout=subprocess.PIPE, text=True, check=True)
+            # Here the client has no console of its own, and its lookups show among the launcher's.
+            shown = re.sub(r"^.* label: 1100[01]\n", "", done.stdout, flags=re.M)
+            self.assertEqual(shown, printed)
+
+
+class Site(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        subprocess.run([ROOT / "scripts/make_site.sh"], stdout=subprocess.DEVNULL, check=True)
+        cls.pages = {page.name: page.read_text(encoding="utf-8") for page in SITE.glob("*.html")}
+
+    def test_each_export_has_its_page(self):
+        exports = json.loads((ROOT / "src/frame/exports.json").read_text(encoding="utf-8"))["exports"]
+        for export in exports:
+            self.assertIn(export["decorated"], self.pages[f"{export['name']}.html"])
+            self.assertIn(f'href="{export["name"]}.html"', self.pages["functions.html"])
+
+    def test_links_lead_somewhere(self):
+        ids = {name: set(re.findall(r'(?:id|name)="([^"]+)"', text)) for name, text in self.pages.items()}
+        count = 0
+        for name, text in self.pages.items():
+            for link in map(html.unescape, re.findall(r'(?:href|src)="([^"]+)"', text)):
+                if "://" in link or link.startswith(("mailto:", "javascript:")):
+                    continue
+                file, _, anchor = link.partition("#")
+                self.assertTrue((SITE / (file or name)).exists(), f"{name}: {link}")
+                if anchor and file.endswith(".html"):
+                    self.assertIn(anchor, ids[file], f"{name}: {link}")
+                count += 1
+        self.assertGreater(count, 500)
+
+
+if __name__ == "__main__":
+    unittest.main()
