@@ -144,13 +144,7 @@ void FileWorker::WorkOn(const std::string& file, Outcome* outcome) {
   }
 
   InputFile input;
-  if (file == "-") {
-    input.OpenStandardInput();
-  } else if (const SystemError error = input.Open(file); error != 0) {
-    Fail(Reason::kRead, "cannot be opened: " + SystemErrorText(error) +
-                            ": check the name and that you may read it");
-  }
-  if (input.IsDirectory()) Fail(Reason::kRead, "is a directory: name the files in it");
+  Open(&input, file);
 
   switch (options_.command) {
     case Command::kEncode:
@@ -168,6 +162,17 @@ void FileWorker::WorkOn(const std::string& file, Outcome* outcome) {
   }
   advance_->steps += size_;
   if (options_.MakesFiles()) Write(path);
+}
+
+void FileWorker::Open(InputFile* input, const std::string& file) {
+  const Clock clock(&times_.reading);
+  if (file == "-") {
+    input->OpenStandardInput();
+  } else if (const SystemError error = input->Open(file); error != 0) {
+    Fail(Reason::kRead, "cannot be opened: " + SystemErrorText(error) +
+                            ": check the name and that you may read it");
+  }
+  if (input->IsDirectory()) Fail(Reason::kRead, "is a directory: name the files in it");
 }
 
 void FileWorker::Read(InputFile* input, const std::string& file, std::size_t offset,

@@ -48,6 +48,7 @@ class FileWorker {
 
  private:
   void WorkOn(const std::string& file, Outcome* outcome);
+  void Open(InputFile* input, const std::string& file);
   void Read(InputFile* input, const std::string& file, std::size_t offset, std::uint64_t limit);
   void Encode(Outcome* outcome);
   void Decode(Outcome* outcome);

@@ -114,8 +114,8 @@ int RunFiles(const Options& options) {
   const int jobs = static_cast<int>(
       std::min<std::size_t>(static_cast<std::size_t>(options.jobs), options.files.size()));
   Advance advance;
-  Reporter reporter(options, advance,
-                    options.progress == Progress::kNever ? 0 : SizeOfAll(options.files));
+  Reporter reporter(options, advance);
+  if (reporter.ShowsProgress()) reporter.SetTotalBytes(SizeOfAll(options.files));
   std::atomic<std::size_t> next{0};
   Mutex mutex;
   Times times;

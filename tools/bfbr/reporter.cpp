@@ -25,10 +25,9 @@ std::string Decimal(double number, int places) {
 
 }  // namespace
 
-Reporter::Reporter(const Options& options, const Advance& advance, std::uint64_t totalBytes)
+Reporter::Reporter(const Options& options, const Advance& advance)
     : options_(options),
       advance_(advance),
-      totalBytes_(totalBytes),
       isOnTerminal_(IsTerminal(Stream::kError)),
       showsProgress_(!options.isQuiet && (options.progress == Progress::kAlways ||
                                           (options.progress == Progress::kAuto && isOnTerminal_))) {

@@ -17,8 +17,10 @@ namespace launcher {
 
 class Reporter {
  public:
-  // `totalBytes` is 0 where nobody knows.
-  Reporter(const Options& options, const Advance& advance, std::uint64_t totalBytes);
+  Reporter(const Options& options, const Advance& advance);
+
+  bool ShowsProgress() const { return showsProgress_; }
+  void SetTotalBytes(std::uint64_t totalBytes) { totalBytes_ = totalBytes; }
 
   // From any thread.
   void Tell(std::size_t number, Outcome outcome);
@@ -43,7 +45,7 @@ class Reporter {
 
   const Options& options_;
   const Advance& advance_;
-  const std::uint64_t totalBytes_;
+  std::uint64_t totalBytes_ = 0;  // 0 where nobody knows
   const bool isOnTerminal_;
   const bool showsProgress_;
   const std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();

@@ -69,9 +69,7 @@ SystemError RunQuietly(const std::function<void()>& call) {
   const int current = open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (current < 0) return errno;
   SystemError error = 0;
-  if (mkdtemp(directory.data()) == nullptr) {
-    error = errno;
-  } else if (chdir(directory.c_str()) != 0) {
+  if (mkdtemp(directory.data()) == nullptr || chdir(directory.c_str()) != 0) {
     error = errno;
   } else {
     // A stream that is closed stays closed afterwards: its copy is -1.
