@@ -3,9 +3,9 @@
 
 Usage: scripts/make_site_pages.py FOLDER
 
-An export's page puts together what is told in three places and nowhere else: the prototype and the text of
-include/launcher_dll.h, checks, effects and results of src/frame/exports.json, and a snippet of
-examples/each/main.cpp. Exit status: 1, with the reason, if an export lacks any of them.
+An export's page puts together what is told in three places and nowhere else: the prototype and the
+text of include/launcher_dll.h, checks, effects and results of src/frame/exports.json, and a snippet
+of examples/each. Exit status: 1, with the reason, if an export lacks any of them.
 """
 
 import json
@@ -33,14 +33,29 @@ def header_parts(header):
     return parts
 
 
-def snippets(source):
-    """For each export the function behind the line of comments that names it."""
-    found = {}
-    for names, body in re.findall(r"((?:^// \[[^\n]*\]\n)+)(.*?^(?:}|void \w+\(\) \{ [^\n]*\})\n)", source,
-                                  re.S | re.M):
-        for name in re.findall(r"\[(\w+)\]", names):
-            found[name] = body
-    return found
+def snippets():
+    """For each export what stands between the two lines that name it."""
+    return {name: code for file in sorted((ROOT / "examples/each").glob("*.c"))
+            for name, code in re.findall(r"^/\* \[(\w+)\] \*/\n(.*?)^/\* \[\1\] \*/$",
+                                         file.read_text(encoding="ascii"), re.S | re.M)}
+
+
+def split_comment(comment):
+    """The text of an export without its lines on arguments, and what those say of each.
+
+    Such a line begins with the name and two blanks or more; a longer text goes on below itself."""
+    arguments, rest, name, column = {}, [], None, 0
+    for line in comment.strip().split("\n"):
+        begun = re.match(r"(\w+)  +(?=\S)", line)
+        if begun:
+            name, column = begun[1], begun.end()
+            arguments[name] = line[column:]
+        elif name and line[:column].isspace():
+            arguments[name] += " " + line.strip()
+        else:
+            name = None
+            rest.append(line)
+    return re.sub(r"\n{3,}", "\n\n", "\n".join(rest)).strip(), arguments
 
 
 def cell(text):
@@ -58,15 +73,16 @@ def number(result):
 
 
 def page(export, part, snippet, names):
-    section, comment, prototype = part
+    section, (comment, told), prototype = part[0], split_comment(part[1]), part[2]
+    prototype = re.sub(r"^ +", " " * (prototype.index("(") + 1), prototype, flags=re.M)
     lines = [f"# {export['name']} {{#{export['name']}}}", "",
              f"{section}. In the export table: `{export['decorated']}`, ordinal {export['ordinal']}.",
-             "", "```c", prototype, "```", "", "## What it does", "", "```text", comment.strip(), "```"]
+             "", "```c", prototype, "```", "", "## What it does", "", "```text", comment, "```"]
     if export["arguments"]:
-        lines += ["", "## Arguments", "", "| | type | bytes on the stack |", "|---|---|---|"]
+        lines += ["", "## Arguments", "", "| | type | |", "|---|---|---|"]
         for argument in export["arguments"]:
             kind, name = re.fullmatch(r"(.*?)(\w+)", argument).groups()
-            lines.append(f"| `{name}` | `{kind.strip()}` | 4 |")
+            lines.append(f"| `{name}` | `{kind.strip()}` | {cell(told.get(name, 'see above'))} |")
     if export["checks"]:
         lines += ["", "## In this order", ""]
         lines += [f"{i}. {cell(text)}" for i, text in enumerate(export["checks"], 1)]
@@ -74,14 +90,14 @@ def page(export, part, snippet, names):
     if export["results"]:
         lines += ["| result | name | meaning | what to do |", "|---|---|---|---|"]
         for result in export["results"]:
-            named = names.get(result.get("result"), "") if export["returns"] == "ResultCode" else ""
+            named = names.get((export["returns"], result.get("result")), "")
             lines.append(f"| {number(result)} | {f'`{named}`' if named else ''} | "
                          f"{cell(result['means'])} | {cell(result['do'])} |")
     else:
         lines.append("None.")
     lines += ["", "## Side effects", ""]
     lines += [f"- {cell(text)}" for text in export["effects"]] or ["None."]
-    lines += ["", "## An example", "", "```cpp", snippet.rstrip(), "```", ""]
+    lines += ["", "## An example", "", "```c", snippet.rstrip(), "```", ""]
     return "\n".join(lines)
 
 
@@ -106,12 +122,15 @@ def main():
     header = (ROOT / "include/launcher_dll.h").read_text(encoding="ascii")
     table = json.loads((ROOT / "src/frame/exports.json").read_text(encoding="utf-8"))["exports"]
     parts = header_parts(header)
-    examples = snippets((ROOT / "examples/each/main.cpp").read_text(encoding="ascii"))
-    names = {int(value): name for name, value in reversed(CONSTANT.findall(header))}
+    examples = snippets()
+    names = {("CipherCode" if "CIPHER" in name else "ResultCode", int(value)): name
+             for name, value in CONSTANT.findall(header)}
 
     lacking = [f"{export['name']}: no {what}" for export in table
                for what, where in (("declaration in the header", parts), ("example", examples))
                if export["name"] not in where]
+    lacking += [f"{name}: its example does not call it" for name, code in examples.items()
+                if f"{name}(" not in code]
     if lacking or len(table) != 60:
         sys.exit("\n".join(lacking) or f"{len(table)} exports where 60 are wanted")
 

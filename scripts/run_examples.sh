@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Runs the examples out of a build, in an empty directory of their own: the launcher with its client,
-# what it asks of the machine, and the Steam chapter with the stand-in and a server on the loopback
-# interface.
+# what it asks of the machine, the Steam chapter with the stand-in and a server on the loopback
+# interface, and each function once, with Steam and without.
 #
 #   scripts/run_examples.sh PRESET
 #   scripts/wine.sh --with scripts/run_examples.sh windows
@@ -43,8 +43,34 @@ fi
 
 export STEAM_STAND_IN=steam
 printf '{ "personaName": "Ada", "currentLanguage": "german" }\n' >steam/steam_settings.json
-printf 'examples: each function once\n'
-(mkdir each && cd each && STEAM_STAND_IN=steam "${each[@]}" "$client")
 # shellcheck disable=SC2016  # the port is known inside
-"$root/tests/steam_stand_in/with_http_server.sh" \
-  bash -c 'exec "$@" "http://127.0.0.1:$TEST_HTTP_PORT/text"' bash "${steam[@]}"
+with_server=("$root/tests/steam_stand_in/with_http_server.sh"
+  bash -c 'exec "$@" "http://127.0.0.1:$TEST_HTTP_PORT/text"' bash)
+"${with_server[@]}" "${steam[@]}"
+
+# Each function once, with Steam, and without, in a folder that has no Steam client library.
+for kind in with without; do
+  mkdir -p "each/$kind/downloads/pack"
+  printf 'content\n' | tee "each/$kind/downloads/pack/a.part" >"each/$kind/downloads/b.part"
+done
+if [ "$1" = windows ]; then
+  cp "$bin/example_each.exe" "$bin/LauncherDll.dll" each/without
+  alone=("$root/scripts/wine.sh" "$PWD/each/without/example_each.exe")
+else
+  cp "$bin/example_each" "$bin/../lib/libLauncherDll.so" each/without
+  alone=(env LD_LIBRARY_PATH=. ./example_each)
+fi
+printf 'examples: each function once, with Steam\n'
+(cd each/with && "${with_server[@]}" "${each[@]}" "$client" | tee each.log)
+printf 'examples: each function once, without Steam\n'
+(cd each/without && "${alone[@]}" "$client" http://127.0.0.1:9/ | tee each.log)
+fail() {
+  printf 'examples: failed: %s\n' "$1" >&2
+  exit 1
+}
+grep -q '^each: .* 0 without Steam' each/with/each.log || fail 'a function found no Steam'
+grep -q '^each: .* 26 without Steam' each/without/each.log || fail 'a function found Steam'
+for kind in with without; do
+  [ "$(cat "each/$kind/received.bin")" = level=7 ] || fail 'the client got other data'
+  [ ! -e "each/$kind/downloads" ] || fail 'downloads are still there'
+done
