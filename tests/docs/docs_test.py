@@ -125,8 +125,8 @@ class Site(unittest.TestCase):
                     continue
                 file, _, anchor = link.partition("#")
                 self.assertTrue((SITE / (file or name)).exists(), f"{name}: {link}")
-                if anchor and file.endswith(".html"):
-                    self.assertIn(anchor, ids[file], f"{name}: {link}")
+                if anchor and (file or name).endswith(".html"):
+                    self.assertIn(anchor, ids[file or name], f"{name}: {link}")
                 count += 1
         self.assertGreater(count, 500)
 
