@@ -70,7 +70,7 @@ class Documents(unittest.TestCase):
                 elif kind == "python":
                     compile(code, str(document), "exec")
                 else:
-                    self.assertIn(kind, ("text", "cmake", "bat", "csharp"))
+                    self.assertIn(kind, ("text", "cmake", "bat", "csharp", "console"))
                     continue
                 tried += 1
         self.assertGreater(tried, 12)

@@ -56,7 +56,7 @@ class Case(unittest.TestCase):
     def run_tool(self, *arguments, data=b"", **options):
         options.setdefault("stdout", subprocess.PIPE)
         done = subprocess.run([*PROGRAM, *map(str, arguments)], input=data, cwd=self.folder,
-                              stderr=subprocess.PIPE, timeout=300, **options)
+                              stderr=subprocess.PIPE, timeout=1000 if WINDOWS else 300, **options)
         done.stderr = done.stderr.decode(errors="replace").replace("\r\n", "\n")
         return done
 
@@ -148,7 +148,8 @@ class Data(Case):
             self.assertEqual(self.expect(0, "decode", f"--marker={how}", packed), wanted)
         self.assertEqual(self.expect(0, "decode", "--marker", "strip", plain), KNOWN["size-100"][1])
         for command in ("decode", "verify"):
-            self.assertEqual(self.expect(1, command, "--marker=require", plain, says="marker:"), b"")
+            out = self.expect(1, command, "--marker=require", plain, says="marker:")
+            self.assertEqual(out, b"")
 
     def test_keys(self):
         key, payload, container = KNOWN["other-key"]
@@ -159,8 +160,9 @@ class Data(Case):
         self.assertEqual(self.expect(0, "decode", packed, "--key-hex", key.upper()), payload)
         secret = "5ec4e700"
         for exit_code, arguments in (
-                (1, ["--key-hex", secret]), (2, ["--key-hex", secret[:6]]), (2, ["--key-hex", "5ec4e7zz"]),
-                (2, ["--key-hex", secret * 15]), (2, ["--key-hexx", secret]), (2, [f"--key={secret}"]),
+                (1, ["--key-hex", secret]), (2, ["--key-hex", secret[:6]]),
+                (2, ["--key-hex", "5ec4e7zz"]), (2, ["--key-hex", secret * 15]),
+                (2, ["--key-hexx", secret]), (2, [f"--key={secret}"]),
                 (2, ["--key-hex", secret, "--key-hex", secret]), (2, ["--key-file", "line"]),
                 (2, ["--key-hex", secret, "--key-file", "key"]), (3, ["--key-file", "absent"])):
             done = self.run_tool("decode", packed, *arguments)
@@ -279,11 +281,14 @@ class Files(Case):
             self.put(name, b"abc")
             (self.folder / f"folder{name}").mkdir()
             self.put(f"folder{name}/same", b"abc")
-        for arguments in ([], ["absent"], ["encode", "a", "b"], ["encode", "-", "-"], ["encode", "--what"],
+        for arguments in ([], ["absent"], ["encode", "a", "b"], ["encode", "-", "-"],
+                          ["encode", "--what"],
                           ["encode", "--out-dir", "out", "foldera/same", "folderb/same"],
-                          ["encode", "--out-dir", "out", "-"], ["encode", "-o", "x", "--out-dir", "y", "a"],
+                          ["encode", "--out-dir", "out", "-"],
+                          ["encode", "-o", "x", "--out-dir", "y", "a"],
                           ["encode", "-j0", "a"], ["decode", "--marker=no", "a"], ["bench", "a"],
-                          ["verify", "--progress=no", "a"], ["verify", "--files-from", "/dev/null"]):
+                          ["verify", "--progress=no", "a"],
+                          ["verify", "--files-from", "/dev/null"]):
             done = self.run_tool(*arguments)
             self.assertEqual((done.returncode, done.stdout), (2, b""), arguments)
             self.assertIn("bfbr", done.stderr)
@@ -378,7 +383,8 @@ class Documents(Case):
     def options(self, command):
         text = self.expect(0, command, "--help").decode()
         self.assertIn(f"bfbr {command}", text.split("Example:")[1])
-        return set(re.findall(r"(?<![\w-])--?[a-z][a-z-]*", text.split("Options:")[1].split("Example")[0]))
+        listed = text.split("Options:")[1].split("Example:")[0]
+        return set(re.findall(r"(?<![\w-])--?[a-z][a-z-]*", listed))
 
     def test_every_option_is_told_everywhere(self):
         manual = (TOOL / "bfbr.1").read_text()
@@ -401,7 +407,8 @@ class Documents(Case):
                 missing = [o for o in options if not re.search(rf"(?<![\w-]){o}(?![\w-])", zsh)]
                 self.assertEqual(missing, [], command)
         self.assertEqual(set(COMMANDS) - self.completed_by_bash(""), set())
-        self.assertEqual(self.completed_by_bash("decode", "--marker", "="), {"keep", "strip", "require"})
+        self.assertEqual(self.completed_by_bash("decode", "--marker", "="),
+                         {"keep", "strip", "require"})
         for shell, name in (("bash", "bfbr.bash"), ("zsh", "_bfbr"), ("fish", "bfbr.fish")):
             if shutil.which(shell):
                 subprocess.run([shell, "-n", TOOL / "completions" / name], check=True)
@@ -409,7 +416,8 @@ class Documents(Case):
             subprocess.run(["mandoc", "-T", "lint", "-W", "warning", TOOL / "bfbr.1"], check=True)
 
     def completed_by_bash(self, *words):
-        script = f'. "$0"; COMP_WORDS=(bfbr "$@"); COMP_CWORD=$#; _bfbr; printf "%s\\n" "${{COMPREPLY[@]}}"'
+        script = ('. "$0"; COMP_WORDS=(bfbr "$@"); COMP_CWORD=$#; _bfbr; '
+                  'printf "%s\\n" "${COMPREPLY[@]}"')
         out = subprocess.run(["bash", "-c", script, TOOL / "completions/bfbr.bash", *words],
                              check=True, capture_output=True, text=True, cwd=self.folder)
         return set(out.stdout.split())

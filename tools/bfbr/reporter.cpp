@@ -57,7 +57,8 @@ void Reporter::Print(const Outcome& outcome) {
     ClearProgress();
     PrintMessage((outcome.place.empty() ? name : outcome.place) + ": " + outcome.message);
   }
-  if (!options_.isQuiet) {
+  // Of a file that has failed only that counts.
+  if (outcome.reason == Reason::kNone && !options_.isQuiet) {
     for (const std::string& warning : outcome.warnings) {
       ClearProgress();
       PrintMessage(name + ": " + warning);
