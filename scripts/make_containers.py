@@ -9,6 +9,7 @@ A line is: what is special, the key, the payload or "fails", the container; the 
 hexadecimal digits, "-" for no bytes.
 """
 
+import ctypes
 import hashlib
 import struct
 import subprocess
@@ -30,7 +31,22 @@ def turn_words(data):
     return struct.pack(f">{len(words)}I", *words)
 
 
+def encipher_by_libcrypto(key, region):
+    """For keys of other than 16 bytes, which the program does not take."""
+    libcrypto = ctypes.CDLL("libcrypto.so.3")
+    subkeys = (ctypes.c_uint32 * 1042)()
+    libcrypto.BF_set_key(subkeys, len(key), key)
+    enciphered = b""
+    for halves in struct.iter_unpack("<2I", region):
+        block = (ctypes.c_uint32 * 2)(*halves)
+        libcrypto.BF_encrypt(block, subkeys)
+        enciphered += struct.pack("<2I", *block)
+    return enciphered
+
+
 def encipher(key, region):
+    if len(key) != 16:
+        return encipher_by_libcrypto(key, region)
     return turn_words(openssl("enc", "-bf-ecb", "-provider", "legacy", "-provider", "default",
                               "-nopad", "-K", key.hex(), data=turn_words(region)))
 

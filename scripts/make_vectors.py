@@ -3,7 +3,7 @@
 
 Usage: scripts/make_vectors.py [--check]   (exit status 1 if the file differs)
 
-The containers come from the openssl program, the answers from how each container was made; nothing
+The containers come from OpenSSL, the answers from how each container was made; nothing
 here comes from the library or from a reader that they are to test.
 """
 
@@ -58,15 +58,15 @@ def vectors():
                  container(BUILT_IN_KEY, bytes(40)), bytes(40))
     yield vector("other-key", "16 bytes that are no text", container(OTHER_KEY, pattern(77)),
                  pattern(77), key=OTHER_KEY)
-    # A key's bytes are used again and again, so a short key is the same as itself repeated.
-    yield vector("key-of-4", "the shortest key", container(b"abcd" * 4, pattern(9)), pattern(9),
-                 key=b"abcd")
-    yield vector("key-of-56", "the longest key", container(b"seven by" * 2, pattern(9)), pattern(9),
-                 key=b"seven by" * 7)
+    for key, why in ((b"abcd", "the shortest key"), (b"12345", "a key of no whole words"),
+                     (bytes(range(200, 256)), "the longest key")):
+        yield vector(f"key-of-{len(key)}", why, container(key, pattern(9)), pattern(9), key=key)
     whole = container(BUILT_IN_KEY, pattern(20))
     for size in (1, 3, 57):
         yield vector(f"key-of-{size}", "4 to 56 bytes are a key", whole, reason="key",
                      key=b"k" * size)
+    yield vector("key-as-digits", "the built-in key is its 16 characters, not 8 bytes of value",
+                 container(bytes.fromhex(BUILT_IN_KEY.decode()), pattern(20)), reason="length")
     yield vector("wrong-key", "shows as a wrong length", whole, reason="length", key=OTHER_KEY)
 
     yield vector("signed", "the marker and data", container(BUILT_IN_KEY, SIGNED), SIGNED,
@@ -97,6 +97,10 @@ def vectors():
     yield vector("digest-with-filler", "the digest does not cover the filler",
                  container(BUILT_IN_KEY, pattern(5), digest_of=pattern(5) + bytes(7)),
                  reason="digest")
+    yield vector("length-big-endian", "the length is little-endian",
+                 container(BUILT_IN_KEY, pattern(4), length=0x04000000), reason="length")
+    yield vector("blocks-swapped", "the digest alone notices blocks that change places",
+                 whole[:44] + whole[52:60] + whole[44:52], reason="digest")
     for offset, reason in ((4, "length"), (12, "digest"), (39, "digest"), (59, "digest")):
         broken = bytearray(whole)
         broken[offset] ^= 1
