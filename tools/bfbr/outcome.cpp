@@ -1,16 +1,10 @@
 #include "bfbr/outcome.h"
 
-#include <nlohmann/json.hpp>
-
 #include "support/interrupt.h"
+#include "support/json_text.h"
 
 namespace launcher {
 namespace {
-
-std::string Quoted(const std::string& text) {
-  // Names are bytes; what is no UTF-8 in them cannot stand in JSON.
-  return nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-}
 
 std::string NumberOrNull(const std::optional<std::uint64_t>& number) {
   return number ? std::to_string(*number) : "null";
@@ -47,21 +41,25 @@ int ExitCodeFor(Reason reason) {
   }
 }
 
+std::string ShownName(const Outcome& outcome) {
+  return outcome.file == "-" ? "standard input" : outcome.file;
+}
+
 std::string JsonOf(const Outcome& outcome) {
   const bool isFine = outcome.reason == Reason::kNone;
-  return "{\"file\":" + Quoted(outcome.file) + ",\"ok\":" + (isFine ? "true" : "false") +
-         ",\"reason\":" + (isFine ? "null" : Quoted(ReasonText(outcome.reason))) +
-         ",\"message\":" + (isFine ? "null" : Quoted(outcome.message)) +
+  return "{\"file\":" + JsonText(outcome.file) + ",\"ok\":" + (isFine ? "true" : "false") +
+         ",\"reason\":" + (isFine ? "null" : JsonText(ReasonText(outcome.reason))) +
+         ",\"message\":" + (isFine ? "null" : JsonText(outcome.message)) +
          ",\"containerSize\":" + NumberOrNull(outcome.containerSize) +
          ",\"payloadSize\":" + NumberOrNull(outcome.payloadSize) +
          ",\"marker\":" + ClaimOrNull(outcome.hasMarker) +
-         ",\"sha256\":" + (outcome.sha256.empty() ? "null" : Quoted(outcome.sha256)) +
+         ",\"sha256\":" + (outcome.sha256.empty() ? "null" : JsonText(outcome.sha256)) +
          ",\"fillerZero\":" + ClaimOrNull(outcome.isFillerZero) +
          ",\"repeatedBlocks\":" + NumberOrNull(outcome.repeatedBlocks) + "}";
 }
 
 std::string TextOf(const Outcome& outcome, Command command) {
-  const std::string name = outcome.file == "-" ? "standard input" : outcome.file;
+  const std::string name = ShownName(outcome);
   const std::string payload = Grouped(outcome.payloadSize.value_or(0)) + " bytes";
   const bool hasMarker = outcome.hasMarker.value_or(false);
   if (command == Command::kVerify) {

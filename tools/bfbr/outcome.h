@@ -45,6 +45,9 @@ struct Outcome {
   std::string sha256;  // in hexadecimal digits
 };
 
+// What texts for people call the file.
+std::string ShownName(const Outcome& outcome);
+
 // One line, without its end.
 std::string JsonOf(const Outcome& outcome);
 

@@ -49,7 +49,7 @@ void Reporter::PrintNext() {
 
 void Reporter::Print(const Outcome& outcome) {
   exitCode_ = std::max(exitCode_, ExitCodeFor(outcome.reason));
-  const std::string name = outcome.file == "-" ? "standard input" : outcome.file;
+  const std::string name = ShownName(outcome);
   if (outcome.reason == Reason::kInterrupted) {
     ++interrupted_;
   } else if (outcome.reason != Reason::kNone) {

@@ -24,8 +24,6 @@ namespace fs = std::filesystem;
 
 using Files = std::vector<std::pair<std::string, std::string>>;
 
-constexpr int kBroken = static_cast<int>(Status::broken);
-
 std::string TimeNow() {
   const std::time_t now = std::time(nullptr);
   char text[32] = "";
@@ -60,11 +58,7 @@ bool UserAgrees(const std::string& question) {
 
 int Refuse(const std::string& why) {
   std::fprintf(stderr, "doctor: %s; nothing was written\n", why.c_str());
-  return kBroken;
-}
-
-void Check(SystemError error) {
-  if (error != 0) throw std::runtime_error(SystemErrorText(error));
+  return kBrokenStatus;
 }
 
 }  // namespace
@@ -101,10 +95,10 @@ int WriteBundle(const Subject& subject, const BundleOptions& options) {
   }
   try {
     const std::string zip = MakeZip(files);
-    NewFile file;
-    Check(file.Open(NarrowPath(options.output)));
-    Check(file.Write(zip.data(), zip.size()));
-    Check(file.Commit(options.replaces ? NewFile::Existing::kReplaced : NewFile::Existing::kStays));
+    const SystemError error =
+        WriteNewFile(NarrowPath(options.output), zip,
+                     options.replaces ? NewFile::Existing::kReplaced : NewFile::Existing::kStays);
+    if (error != 0) return Refuse(output + ": " + SystemErrorText(error));
   } catch (const std::exception& failure) {
     return Refuse(output + ": " + failure.what());
   }

@@ -25,7 +25,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int kProcessBits = static_cast<int>(sizeof(void*)) * 8;
 constexpr const char* kReinstall = "take the library from the package anew";
 
 std::string Shown(const fs::path& path) { return path.u8string(); }

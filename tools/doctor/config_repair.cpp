@@ -16,12 +16,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int kBroken = static_cast<int>(Status::broken);
 constexpr int kMostCopies = 10000;
 
 int Fail(const std::string& why) {
   std::fprintf(stderr, "doctor: %s; nothing was changed\n", WithoutUser(why).c_str());
-  return kBroken;
+  return kBrokenStatus;
 }
 
 void Say(const std::string& line) { std::printf("%s\n", WithoutUser(line).c_str()); }
@@ -37,14 +36,12 @@ fs::path KeepCopy(const fs::path& path, const std::string& bytes) {
     kept += ".broken-" + std::to_string(number);
     std::error_code ignored;
     if (fs::exists(fs::symlink_status(kept, ignored))) continue;
-    NewFile file;
-    const std::string what = "the broken file cannot be kept as " + kept.u8string();
-    Check(file.Open(NarrowPath(kept)), what);
-    Check(file.Write(bytes.data(), bytes.size()), what);
-    const SystemError error = file.Commit(NewFile::Existing::kStays, true);
+    const SystemError error =
+        WriteNewFile(NarrowPath(kept), bytes, NewFile::Existing::kStays, true);
     if (error == 0) return kept;
     // Somebody else took the name at the same moment.
-    if (!MeansThatItExists(error)) Check(error, what);
+    if (MeansThatItExists(error)) continue;
+    Check(error, "the broken file cannot be kept as " + kept.u8string());
   }
   throw std::runtime_error("there are too many broken files already");
 }

@@ -24,8 +24,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int kBrokenStatus = static_cast<int>(Status::broken);
-
 struct Options {
   std::string library;
   std::string config = "config.json";

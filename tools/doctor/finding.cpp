@@ -1,11 +1,11 @@
 #include "doctor/finding.h"
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <utility>
 
 #include "doctor/host.h"
+#include "support/json_text.h"
 
 namespace launcher::doctor {
 namespace {
@@ -22,10 +22,6 @@ constexpr StatusLook kLooks[kStatusCount] = {
     {"ok", "\x1b[32m"}, {"warning", "\x1b[33m"}, {"broken", "\x1b[31m"}};
 
 const StatusLook& LookOf(Status status) { return kLooks[static_cast<std::size_t>(status)]; }
-
-std::string Dump(const Json& value, int indent) {
-  return value.dump(indent, ' ', false, Json::error_handler_t::replace);
-}
 
 bool EndsAWord(const std::string& text, std::size_t at) {
   return at == text.size() || std::string("\\/\"' :,;)]}\r\n").find(text[at]) != std::string::npos;
@@ -99,7 +95,7 @@ std::string Report::JsonText() const {
     }
     list.push_back(entry);
   }
-  return Dump({{"findings", list}, {"status", StatusName(status_)}}, 2) + '\n';
+  return launcher::JsonText({{"findings", list}, {"status", StatusName(status_)}}, 2) + '\n';
 }
 
 std::string FindingText(const Finding& finding, bool coloured) {
@@ -116,7 +112,7 @@ std::string FindingText(const Finding& finding, bool coloured) {
   return text;
 }
 
-std::string Quoted(const std::string& text) { return Dump(text, -1); }
+std::string Quoted(const std::string& text) { return JsonText(text); }
 
 std::string Counted(std::size_t count, const std::string& noun) {
   return std::to_string(count) + ' ' + noun + (count == 1 ? "" : "s");

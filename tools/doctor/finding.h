@@ -13,6 +13,7 @@ namespace launcher::doctor {
 // In the order of weight. The exit status of a report is that of its worst finding.
 enum class Status : std::uint8_t { ok, warning, broken };
 
+constexpr int kBrokenStatus = static_cast<int>(Status::broken);
 constexpr int kUsageStatus = 3;
 
 const char* StatusName(Status status);

@@ -18,6 +18,7 @@ namespace launcher::doctor {
 extern const char* const kLibraryName;
 extern const char* const kSteamName;
 extern const ImageFormat kHostFormat;
+constexpr int kProcessBits = static_cast<int>(sizeof(void*)) * 8;
 
 // Whether exports go by the names of the 32-bit standard call, and have ordinals.
 extern const bool kNamesAreDecorated;

@@ -221,9 +221,7 @@ Image ReadImage(const std::filesystem::path& path) {
     if (content.empty()) throw Outside("it is empty");
     if (content.compare(0, 2, "MZ") == 0) {
       PeReader(bytes, image).Read();
-    } else if (content.compare(0, 4,
-                               "\x7F"
-                               "ELF") == 0) {
+    } else if (content.compare(0, 4, "\177ELF") == 0) {
       ReadElf(bytes, image);
     } else {
       image.fault = "it is no library at all";

@@ -40,7 +40,6 @@ bool CheckSteamFile(const fs::path& libraryFolder, Report& report) {
   } catch (const std::exception& failure) {
     image.fault = failure.what();
   }
-  constexpr int kBits = static_cast<int>(sizeof(void*)) * 8;
   if (!image.fault.empty() || image.format != kHostFormat) {
     report.Add({"steam-library", Status::broken,
                 name + " is damaged or no library" +
@@ -49,10 +48,10 @@ bool CheckSteamFile(const fs::path& libraryFolder, Report& report) {
                 "a download or a copy that ended early", kVerify});
     return false;
   }
-  if (image.bits != kBits) {
+  if (image.bits != kProcessBits) {
     report.Add({"steam-library", Status::broken,
                 name + " is for " + image.machine + ", and this program has " +
-                    std::to_string(kBits) + " bits: everything answers as without Steam",
+                    std::to_string(kProcessBits) + " bits: everything answers as without Steam",
                 "the library for programs of the other kind was copied, or renamed, to this place",
                 kVerify});
     return false;
@@ -71,7 +70,7 @@ bool CheckSteamFile(const fs::path& libraryFolder, Report& report) {
     return false;
   }
   report.Add({"steam-library", Status::ok,
-              "found " + name + ", " + std::to_string(kBits) + " bits" +
+              "found " + name + ", " + std::to_string(kProcessBits) + " bits" +
                   (image.version.empty() ? std::string() : ", version " + image.version)});
   if (libraryFolder != path->parent_path()) {
     std::error_code error;

@@ -67,6 +67,10 @@ class NewFile {
   std::string temporary_;  // empty while the file has no name
 };
 
+// Makes the file with these bytes at one go.
+SystemError WriteNewFile(const std::string& path, const std::string& bytes,
+                         NewFile::Existing existing, bool isSafe = false);
+
 // Removes every temporary that is left, for a process about to end with threads at work.
 void AbandonNewFiles();
 

@@ -9,9 +9,6 @@ enum class Stream { kInput = 0, kOutput = 1, kError = 2 };
 
 bool IsTerminal(Stream stream);
 
-// Has <stdio.h> leave line ends alone, where the system would translate them.
-void SetBinaryMode(Stream stream);
-
 // Whether the user wants no colour (NO_COLOR is set), or the stream shows none.
 bool ShowsColour(Stream stream);
 

@@ -52,8 +52,6 @@ bool Interrupted() { return isInterrupted != 0; }
 
 bool IsTerminal(Stream stream) { return isatty(static_cast<int>(stream)) != 0; }
 
-void SetBinaryMode(Stream /*stream*/) {}
-
 bool ShowsColour(Stream stream) {
   const char* const noColour = std::getenv("NO_COLOR");
   const char* const terminal = std::getenv("TERM");

@@ -47,8 +47,6 @@ bool IsTerminal(Stream stream) {
   return GetConsoleMode(GetStdHandle(names[static_cast<int>(stream)]), &mode) != FALSE;
 }
 
-void SetBinaryMode(Stream stream) { _setmode(static_cast<int>(stream), _O_BINARY); }
-
 // Consoles show escape sequences only once asked, and not all do.
 bool ShowsColour(Stream /*stream*/) { return false; }
 
