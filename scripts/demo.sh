@@ -2,7 +2,7 @@
 # Builds LauncherDll.dll and shows its main job: a launcher signs and enciphers data and starts a
 # client, which reads the data out of the launcher's memory and deciphers them. Then what a launcher
 # asks of the machine: display modes, a server's name, the removal of a folder. Then what it asks
-# Steam, of the stand-in for Steam's client library.
+# Steam, of the stand-in for Steam's client library. Then each function once, with Steam and without.
 #
 #   scripts/demo.sh [--help]
 #

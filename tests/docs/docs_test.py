@@ -70,7 +70,7 @@ class Documents(unittest.TestCase):
                 elif kind == "python":
                     compile(code, str(document), "exec")
                 else:
-                    self.assertIn(kind, ("text", "cmake", "bat", "csharp", "console"))
+                    self.assertIn(kind, ("text", "cmake", "bat", "csharp"))
                     continue
                 tried += 1
         self.assertGreater(tried, 12)
