@@ -19,12 +19,25 @@ const char* const kExitCodes =
     "Exit codes: 0 fine; 1 the data is bad; 2 usage; 3 a file could not be read or written;\n"
     "4 memory or internal; 130 interrupted.";
 
+// An empty text is a variable of a script that is not set. Taken as an option not given, it would
+// have the built-in key used in place of another.
+CLI::Validator IsNotEmpty() {
+  return CLI::Validator(
+      [](const std::string& text) {
+        return text.empty() ? std::string("is empty: give it a value or leave it out")
+                            : std::string();
+      },
+      "");
+}
+
 void AddInputs(CLI::App* command, Options* options) {
   command->add_option("FILE", options->files, "Files to work on; - or none: standard input")
+      ->check(IsNotEmpty())
       ->type_name("");
   command
       ->add_option("--files-from", options->filesFrom,
                    "Read more names from this file, one a line; -: standard input")
+      ->check(IsNotEmpty())
       ->type_name("LIST");
   command
       ->add_option("-j,--jobs", options->jobs,
@@ -46,10 +59,12 @@ void AddOutputs(CLI::App* command, Options* options) {
   auto* const output = command
                            ->add_option("-o,--output", options->output,
                                         "Write to this file; -: standard output, even a terminal")
+                           ->check(IsNotEmpty())
                            ->type_name("OUT");
   command
       ->add_option("--out-dir", options->outputDirectory,
                    "Write each file into this directory, under its own name")
+      ->check(IsNotEmpty())
       ->type_name("DIR")
       ->excludes(output);
   command->add_flag("--sync", options->isSafe, "Have the disk hold each file before it appears");
@@ -57,6 +72,7 @@ void AddOutputs(CLI::App* command, Options* options) {
 
 void AddReportFile(CLI::App* command, Options* options) {
   command->add_option("-o,--output", options->output, "Write the report to this file")
+      ->check(IsNotEmpty())
       ->type_name("OUT");
 }
 
@@ -64,10 +80,12 @@ void AddKey(CLI::App* command, Options* options) {
   auto* const file = command
                          ->add_option("--key-file", options->keyFile,
                                       "The key is this file's bytes, all of them, 4 to 56")
+                         ->check(IsNotEmpty())
                          ->type_name("KEY");
   command
       ->add_option("--key-hex", options->keyDigits,
                    "The key in hexadecimal digits; who lists processes sees it")
+      ->check(IsNotEmpty())
       ->type_name("DIGITS")
       ->excludes(file);
 }

@@ -12,6 +12,8 @@ namespace {
 
 using Guard = std::lock_guard<Mutex>;
 
+const char* const kIsThere = ": is there already: name another, or replace it with --force";
+
 constexpr double kMega = 1e6;
 
 // Shorter runs need none.
@@ -79,33 +81,48 @@ void Reporter::Emit(const std::string& text) {
   }
   report_ += text;
   constexpr std::size_t kPiece = 1u << 16;
-  const bool goesToFile = !options_.MakesFiles() && !options_.output.empty();
-  if (!goesToFile && (report_.size() > kPiece || IsTerminal(Stream::kOutput))) FlushReport();
+  if (ReportGoesToFile()) return;
+  if (report_.size() > kPiece || IsTerminal(Stream::kOutput)) FlushReport();
 }
 
 void Reporter::FlushReport() {
   if (report_.empty() || !canWriteReport_) return;
   ClearProgress();
   SystemError error = 0;
-  std::string place = "standard output";
-  if (options_.MakesFiles() || options_.output.empty() || options_.output == "-") {
+  if (!ReportGoesToFile()) {
     error = WriteToStandardOutput(report_.data(), report_.size());
   } else {
-    place = options_.output;
-    NewFile file;
-    error = file.Open(place);
-    if (error == 0) error = file.Write(report_.data(), report_.size());
+    error = reportFile_.Write(report_.data(), report_.size());
     if (error == 0) {
-      error =
-          file.Commit(options_.replaces ? NewFile::Existing::kReplaced : NewFile::Existing::kStays);
+      error = reportFile_.Commit(options_.replaces ? NewFile::Existing::kReplaced
+                                                   : NewFile::Existing::kStays);
     }
   }
   report_.clear();
   if (error == 0) return;
   canWriteReport_ = false;
   exitCode_ = std::max<int>(exitCode_, kBadFile);
+  TellOfReport(ReportGoesToFile() ? options_.output : "standard output", error);
+}
+
+bool Reporter::ReportGoesToFile() const {
+  return !options_.MakesFiles() && !options_.output.empty() && options_.output != "-";
+}
+
+bool Reporter::OpenReport() {
+  if (!ReportGoesToFile()) return true;
+  if (!options_.replaces && HasFileAt(options_.output)) {
+    PrintMessage(options_.output + kIsThere);
+    return false;
+  }
+  const SystemError error = reportFile_.Open(options_.output);
+  if (error != 0) TellOfReport(options_.output, error);
+  return error == 0;
+}
+
+void Reporter::TellOfReport(const std::string& place, SystemError error) {
   PrintMessage(place + (MeansThatItExists(error)
-                            ? ": is there already: name another, or replace it with --force"
+                            ? kIsThere
                             : ": the report cannot be written: " + SystemErrorText(error) +
                                   ": make room, or write it elsewhere"));
 }

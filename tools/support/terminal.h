@@ -9,6 +9,10 @@ enum class Stream { kInput = 0, kOutput = 1, kError = 2 };
 
 bool IsTerminal(Stream stream);
 
+// Has a standard stream that came closed fail for good. Else the next file that opens takes its
+// place, and messages go into that file. Call it before any file is opened.
+void KeepClosedStreamsClosed();
+
 // Has <stdio.h> leave line ends alone, where the system would translate them.
 void SetBinaryMode(Stream stream);
 
