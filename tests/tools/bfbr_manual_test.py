@@ -10,7 +10,8 @@ import unittest
 
 TOOLS = pathlib.Path(__file__).resolve().parents[2] / "tools"
 COMPLETIONS = TOOLS / "bfbr/completions"
-WORDS = {"--marker": {"keep", "strip", "require"}, "--progress": {"auto", "always", "never"}}
+WORDS = {("decode", "--marker"): {"keep", "strip", "require"}, ("verify", "--marker"): {"keep", "require"},
+         ("verify", "--progress"): {"auto", "always", "never"}}
 SCRIPTS = {
     "bash": """. "$0/bfbr.bash"; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); COMPREPLY=()
         $(complete -p bfbr | sed 's/.*-F //; s/ .*//'); printf '%s\\n' "${COMPREPLY[@]}\"""",
@@ -30,6 +31,9 @@ def completed(shell, *words):
     alone = {"bash": "--norc", "zsh": "-f", "fish": "--no-config"}[shell]
     lines = run(shell, alone, "-c", SCRIPTS[shell], COMPLETIONS, "bfbr", *words).splitlines()
     if shell == "zsh":
+        for line in lines:
+            if line.startswith(f"{words[-2]}[" if len(words) > 2 else " "):
+                return set(re.search(r":\((.*)\)$", line)[1].split())
         return {re.sub(r"^(\([^)]*\))?([\w-]+)(\[|:).*", r"\2", line) for line in lines} - {"*:file:_files", "-s"}
     return {line.split("\t")[0] for line in lines}
 
@@ -51,11 +55,11 @@ class Manual(unittest.TestCase):
                     self.assertEqual(completed(shell, command, "-"), told(command))
 
     def test_completions_know_the_words(self):
-        for option, words in WORDS.items():
-            for shell in "bash", "fish":
-                self.assertEqual(completed(shell, "decode", option, ""), words, shell)
-            zsh = re.search(rf"{option}\[.*:\((.*)\)", (COMPLETIONS / "_bfbr").read_text())
-            self.assertEqual(set(zsh[1].split()), words)
+        for (command, option), words in WORDS.items():
+            for shell in SCRIPTS:
+                self.assertEqual(completed(shell, command, option, ""), words, (shell, command))
+            refused = subprocess.run([PROGRAM, command, option, "no"], capture_output=True, text=True)
+            self.assertEqual(set(re.search("none of (.*?):", refused.stderr)[1].split(", ")), words)
 
     def test_manual_page_has_what_help_lists_and_json_prints(self):
         text = (TOOLS / "bfbr/bfbr.1").read_text()

@@ -19,6 +19,7 @@ import signal
 import subprocess
 import sys
 import tempfile
+import threading
 import time
 import unittest
 
@@ -163,7 +164,8 @@ class Data(Case):
                 (2, ["--key-hex", "5ec4e7zz"]), (2, ["--key-hex", secret * 15]),
                 (2, ["--key-hexx", secret]), (2, [f"--key={secret}"]),
                 (2, ["--key-hex", secret, "--key-hex", secret]), (2, ["--key-file", "line"]),
-                (2, ["--key-hex", secret, "--key-file", "key"]), (3, ["--key-file", "absent"])):
+                (2, ["--key-hex", secret, "--key-file", "key"]),
+                (2, ["--key-hex", ""]), (2, ["--key-file", ""]), (3, ["--key-file", "absent"])):
             done = self.run_tool("decode", packed, *arguments)
             self.assertEqual((done.returncode, done.stdout), (exit_code, b""), arguments)
             self.assertNotIn("5ec4e7", done.stderr, arguments)
@@ -262,7 +264,11 @@ class Files(Case):
         self.assertEqual(own.stat().st_mode & 0o777, 0o640)
         report = self.folder / "report"
         self.expect(0, "verify", "own", "-o", report)
-        self.expect(3, "verify", "own", "-o", report, says="report: is there already")
+        for path, says in (("report", "is there already"), ("absent/report", "cannot be written")):
+            done = self.run_tool("verify", "absent", "-o", path)
+            self.assertEqual(done.returncode, 3)
+            # Told before any work is done.
+            self.assertRegex(done.stderr, rf"^bfbr: {path}: .*{says}.*\n$")
         self.assertIn(b"own: fine", report.read_bytes())
 
     def test_thousands(self):
@@ -288,12 +294,28 @@ class Files(Case):
                           ["encode", "--out-dir", "out", "-"],
                           ["encode", "-o", "x", "--out-dir", "y", "a"],
                           ["encode", "-j0", "a"], ["decode", "--marker=no", "a"], ["bench", "a"],
+                          ["verify", "--marker=strip", "a"],
                           ["verify", "--progress=no", "a"],
-                          ["verify", "--files-from", "/dev/null"]):
+                          ["verify", "--files-from", "/dev/null"], ["verify", "--files-from", ""],
+                          ["encode", ""], ["encode", "a", "-o", ""],
+                          ["encode", "a", "--out-dir", ""], ["verify", "a", "-o", ""]):
             done = self.run_tool(*arguments)
             self.assertEqual((done.returncode, done.stdout), (2, b""), arguments)
             self.assertIn("bfbr", done.stderr)
         self.assertEqual(self.names(), ["a", "b", "foldera", "folderb"])
+
+    def test_a_closed_stream_is_no_file(self):
+        self.put("packed", KNOWN["size-1"][2])
+        done = self.run_tool("verify", "--json", "absent", "packed", "-o", "report",
+                             preexec_fn=lambda: os.close(2))
+        self.assertEqual(done.returncode, 3)
+        lines = (self.folder / "report").read_text().splitlines()
+        self.assertEqual([json.loads(line)["ok"] for line in lines], [False, True])
+        for stream in (0, 1):
+            done = self.run_tool("decode", *["packed"] * stream,
+                                 preexec_fn=lambda which=stream: os.close(which))
+            self.assertEqual(done.returncode, 3)
+            self.assertIn("Bad file descriptor", done.stderr)
 
     def test_terminals(self):
         self.put("data", b"abc")
@@ -369,6 +391,24 @@ class Interrupts(Case):
         process.stdin.close()
         process.stderr.close()
         self.assertEqual(self.names(), [])
+
+    def test_the_progress_opens_no_pipe(self):
+        with open(self.folder / "slow", "wb") as file:
+            file.truncate(2**27)
+        fifo = self.folder / "fifo"
+        os.mkfifo(fifo)
+        written = []
+        writer = threading.Thread(daemon=True, target=lambda: written.append(
+            fifo.write_bytes(KNOWN["size-1"][2] + bytes(1 << 20))))
+        writer.start()
+        process = self.start("verify", "--progress=always", "-j1", "slow", "fifo")
+        try:
+            error = process.communicate(timeout=60)[1]
+        finally:
+            process.kill()
+        writer.join(10)
+        self.assertEqual((process.returncode, len(written)), (1, 1), error)
+        self.assertIn(b"fifo: length field", error)
 
     def test_shows_progress_from_one_second_on(self):
         for how, shows in (("always", True), ("auto", False)):

@@ -476,6 +476,16 @@ class Bundles(Case):
         self.assertEqual(self.bundle("--yes", "--force").returncode, 0)
         self.assertTrue(zipfile.is_zipfile(self.zip))
 
+    def test_what_cannot_be_shown_is_not_done(self):
+        for close in (lambda: os.close(1), lambda: os.dup2(os.open("/dev/full", os.O_WRONLY), 1)):
+            done = doctor("bundle", str(self.zip), "--yes", cwd=self.home, preexec_fn=close)
+            self.assertEqual((done.returncode, self.zip.exists()), (2, False), done)
+            done = doctor("explain", "QX_Encode", preexec_fn=close)
+            self.assertEqual((done.returncode, done.stderr[:18]), (2, b"doctor: the output"))
+        done = doctor("bundle", str(self.zip), "--yes", cwd=self.home, preexec_fn=lambda: os.close(2))
+        self.assertEqual(done.returncode, 0)
+        self.assertTrue(zipfile.is_zipfile(self.zip))
+
     def test_the_answer_counts(self):
         for answer in (b"n", b"y"):
             pid, terminal = pty.fork()

@@ -25,8 +25,6 @@ constexpr std::uint64_t kLargestPayload = 0x7FFFFFFF;
 constexpr std::uint64_t kLargestContainer = 0x8000002C;
 constexpr std::uint64_t kLargestForKeyedDecoder = 1048575;
 
-const char* const kIsThere = "is there already: name another, or replace it with --force";
-
 // Between two of these an interrupt is noticed and the progress moves.
 constexpr std::size_t kPiece = 8u << 20;
 
@@ -262,15 +260,16 @@ void FileWorker::Encode(Outcome* outcome) {
 void FileWorker::Decode(Outcome* outcome) {
   std::uint8_t* const container = buffer_.Data();
   outcome->containerSize = size_;
+  const bool hasMagic = size_ >= 4 && std::memcmp(container, "BFBR", 4) == 0;
+  const std::string noMagic =
+      "it does not begin with BFBR: it is no container; check that it is the right file";
   if (size_ < kSmallestContainer || size_ % 8 != 4) {
-    Fail(Reason::kSize, "size: " + Grouped(size_) +
-                            " bytes are no container's size, which is 44 or more and leaves 4 when "
-                            "divided by 8: it may be cut short; get the file again");
+    Fail(Reason::kSize,
+         "size: " + Grouped(size_) +
+             " bytes are no container's size, which is 44 or more and leaves 4 when divided by 8" +
+             (hasMagic ? ": it may be cut short; get the file again" : ", and " + noMagic));
   }
-  if (std::memcmp(container, "BFBR", 4) != 0) {
-    Fail(Reason::kMagic,
-         "magic: it does not begin with BFBR: it is no container; check that it is the right file");
-  }
+  if (!hasMagic) Fail(Reason::kMagic, "magic: " + noMagic);
   std::uint32_t payloadSize = 0;
   std::uint32_t payloadOffset = 0;
   {

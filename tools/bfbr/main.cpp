@@ -69,16 +69,13 @@ std::optional<int> FindKey(const Options& options, Key* key) {
   return kBadUsage;
 }
 
+// 0 where one is not known.
 std::uint64_t SizeOfAll(const std::vector<std::string>& files) {
+  InputFile input;
+  input.OpenStandardInput();
   std::uint64_t total = 0;
   for (const std::string& name : files) {
-    InputFile file;
-    if (name == "-") {
-      file.OpenStandardInput();
-    } else if (file.Open(name) != 0) {
-      continue;
-    }
-    const auto size = file.Size();
+    const auto size = name == "-" ? input.Size() : SizeOfFileAt(name);
     if (!size) return 0;
     total += *size;
   }
@@ -115,6 +112,8 @@ int RunFiles(const Options& options) {
       std::min<std::size_t>(static_cast<std::size_t>(options.jobs), options.files.size()));
   Advance advance;
   Reporter reporter(options, advance);
+  // Now rather than when all the work is done.
+  if (!reporter.OpenReport()) return kBadFile;
   if (reporter.ShowsProgress()) reporter.SetTotalBytes(SizeOfAll(options.files));
   std::atomic<std::size_t> next{0};
   Mutex mutex;
@@ -155,6 +154,7 @@ int RunFiles(const Options& options) {
 }
 
 int Run(int argumentCount, char** arguments) {
+  KeepClosedStreamsClosed();
   Options options;
   if (const auto exitCode = ParseOptions(argumentCount, arguments, &options)) return *exitCode;
   WatchForInterrupts();

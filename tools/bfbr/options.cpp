@@ -19,12 +19,42 @@ const char* const kExitCodes =
     "Exit codes: 0 fine; 1 the data is bad; 2 usage; 3 a file could not be read or written;\n"
     "4 memory or internal; 130 interrupted.";
 
+// An empty text is a variable of a script that is not set. Taken as an option not given, it would
+// have the built-in key used in place of another.
+CLI::Validator IsNotEmpty() {
+  return CLI::Validator(
+      [](const std::string& text) {
+        return text.empty() ? std::string("is empty: give it a value or leave it out")
+                            : std::string();
+      },
+      "");
+}
+
+// Takes one of these words, and nothing but a word.
+template <typename Value>
+CLI::Validator OneOf(const std::map<std::string, Value>& words) {
+  return CLI::Validator(
+      [words](std::string& text) {
+        const auto word = words.find(text);
+        if (word != words.end()) {
+          text = std::to_string(static_cast<int>(word->second));
+          return std::string();
+        }
+        std::string known;
+        for (const auto& entry : words) known += (known.empty() ? "" : ", ") + entry.first;
+        return "\"" + text + "\" is none of " + known;
+      },
+      "");
+}
+
 void AddInputs(CLI::App* command, Options* options) {
   command->add_option("FILE", options->files, "Files to work on; - or none: standard input")
+      ->check(IsNotEmpty())
       ->type_name("");
   command
       ->add_option("--files-from", options->filesFrom,
                    "Read more names from this file, one a line; -: standard input")
+      ->check(IsNotEmpty())
       ->type_name("LIST");
   command
       ->add_option("-j,--jobs", options->jobs,
@@ -35,7 +65,7 @@ void AddInputs(CLI::App* command, Options* options) {
   const std::map<std::string, Progress> words = {
       {"auto", Progress::kAuto}, {"always", Progress::kAlways}, {"never", Progress::kNever}};
   command->add_option("--progress", options->progress, "auto, always or never (default: auto)")
-      ->transform(CLI::CheckedTransformer(words).description(""))
+      ->transform(OneOf(words))
       ->type_name("WHEN");
   command->add_flag("--timing", options->showsTimes, "Print where the time went");
   command->add_flag("-q,--quiet", options->isQuiet, "Print errors only");
@@ -46,10 +76,12 @@ void AddOutputs(CLI::App* command, Options* options) {
   auto* const output = command
                            ->add_option("-o,--output", options->output,
                                         "Write to this file; -: standard output, even a terminal")
+                           ->check(IsNotEmpty())
                            ->type_name("OUT");
   command
       ->add_option("--out-dir", options->outputDirectory,
                    "Write each file into this directory, under its own name")
+      ->check(IsNotEmpty())
       ->type_name("DIR")
       ->excludes(output);
   command->add_flag("--sync", options->isSafe, "Have the disk hold each file before it appears");
@@ -57,6 +89,7 @@ void AddOutputs(CLI::App* command, Options* options) {
 
 void AddReportFile(CLI::App* command, Options* options) {
   command->add_option("-o,--output", options->output, "Write the report to this file")
+      ->check(IsNotEmpty())
       ->type_name("OUT");
 }
 
@@ -64,19 +97,24 @@ void AddKey(CLI::App* command, Options* options) {
   auto* const file = command
                          ->add_option("--key-file", options->keyFile,
                                       "The key is this file's bytes, all of them, 4 to 56")
+                         ->check(IsNotEmpty())
                          ->type_name("KEY");
   command
       ->add_option("--key-hex", options->keyDigits,
                    "The key in hexadecimal digits; who lists processes sees it")
+      ->check(IsNotEmpty())
       ->type_name("DIGITS")
       ->excludes(file);
 }
 
-void AddMarker(CLI::App* command, Options* options, const char* description) {
-  const std::map<std::string, Marker> words = {
-      {"keep", Marker::kKeep}, {"strip", Marker::kStrip}, {"require", Marker::kRequire}};
-  command->add_option("--marker", options->marker, description)
-      ->transform(CLI::CheckedTransformer(words).description(""))
+void AddMarker(CLI::App* command, Options* options, bool delivers) {
+  std::map<std::string, Marker> words = {{"keep", Marker::kKeep}, {"require", Marker::kRequire}};
+  if (delivers) words.emplace("strip", Marker::kStrip);
+  command
+      ->add_option("--marker", options->marker,
+                   delivers ? "The signature marker: keep (default), strip, or require and strip"
+                            : "The signature marker: keep (default, as it comes) or require")
+      ->transform(OneOf(words))
       ->type_name("HOW");
 }
 
@@ -223,15 +261,14 @@ std::optional<int> ParseOptions(int argumentCount, char** arguments, Options* op
         AddInputs(command, options);
         AddOutputs(command, options);
         AddKey(command, options);
-        AddMarker(command, options,
-                  "The signature marker: keep (default), strip, or require and strip");
+        AddMarker(command, options, true);
         break;
       case Command::kVerify:
       case Command::kInspect:
         AddInputs(command, options);
         AddReportFile(command, options);
         AddKey(command, options);
-        AddMarker(command, options, "The signature marker: keep (default, as it comes) or require");
+        AddMarker(command, options, false);
         break;
     }
   }

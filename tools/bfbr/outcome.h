@@ -45,6 +45,8 @@ struct Outcome {
   std::string sha256;  // in hexadecimal digits
 };
 
+inline constexpr char kIsThere[] = "is there already: name another, or replace it with --force";
+
 // What texts for people call the file.
 std::string ShownName(const Outcome& outcome);
 

@@ -79,35 +79,51 @@ void Reporter::Emit(const std::string& text) {
   }
   report_ += text;
   constexpr std::size_t kPiece = 1u << 16;
-  const bool goesToFile = !options_.MakesFiles() && !options_.output.empty();
-  if (!goesToFile && (report_.size() > kPiece || IsTerminal(Stream::kOutput))) FlushReport();
+  if (ReportGoesToFile()) return;
+  if (report_.size() > kPiece || IsTerminal(Stream::kOutput)) FlushReport();
 }
 
 void Reporter::FlushReport() {
   if (report_.empty() || !canWriteReport_) return;
   ClearProgress();
   SystemError error = 0;
-  std::string place = "standard output";
-  if (options_.MakesFiles() || options_.output.empty() || options_.output == "-") {
+  if (!ReportGoesToFile()) {
     error = WriteToStandardOutput(report_.data(), report_.size());
   } else {
-    place = options_.output;
-    NewFile file;
-    error = file.Open(place);
-    if (error == 0) error = file.Write(report_.data(), report_.size());
+    error = reportFile_.Write(report_.data(), report_.size());
     if (error == 0) {
-      error =
-          file.Commit(options_.replaces ? NewFile::Existing::kReplaced : NewFile::Existing::kStays);
+      error = reportFile_.Commit(options_.replaces ? NewFile::Existing::kReplaced
+                                                   : NewFile::Existing::kStays);
     }
   }
   report_.clear();
   if (error == 0) return;
   canWriteReport_ = false;
   exitCode_ = std::max<int>(exitCode_, kBadFile);
-  PrintMessage(place + (MeansThatItExists(error)
-                            ? ": is there already: name another, or replace it with --force"
-                            : ": the report cannot be written: " + SystemErrorText(error) +
-                                  ": make room, or write it elsewhere"));
+  TellOfReport(ReportGoesToFile() ? options_.output : "standard output", error);
+}
+
+bool Reporter::ReportGoesToFile() const {
+  return !options_.MakesFiles() && !options_.output.empty() && options_.output != "-";
+}
+
+bool Reporter::OpenReport() {
+  if (!ReportGoesToFile()) return true;
+  if (!options_.replaces && HasFileAt(options_.output)) {
+    PrintMessage(options_.output + ": " + kIsThere);
+    return false;
+  }
+  const SystemError error = reportFile_.Open(options_.output);
+  if (error != 0) TellOfReport(options_.output, error);
+  return error == 0;
+}
+
+void Reporter::TellOfReport(const std::string& place, SystemError error) {
+  PrintMessage(place + ": " +
+               (MeansThatItExists(error)
+                    ? kIsThere
+                    : "the report cannot be written: " + SystemErrorText(error) +
+                          ": make room, or write it elsewhere"));
 }
 
 double Reporter::SecondsSinceBegin() const {
@@ -177,9 +193,9 @@ int Reporter::Finish() {
   if (interrupted_ > 0) {
     const std::string done = Grouped(options_.files.size() - interrupted_);
     PrintMessage("interrupted: " +
-                 (options_.files.size() > 1 ? done + " of " + all + " files were done, and the rest"
-                                            : std::string("nothing was done, and it")) +
-                 " left no file: run the command again");
+                 (options_.files.size() > 1 ? done + " of " + all + " files were done, and nothing"
+                                            : std::string("nothing")) +
+                 " was written in part: run the command again");
   } else if (failed_ > 0 && options_.files.size() > 1 && !options_.isQuiet) {
     PrintMessage(Grouped(failed_) + " of " + all + " files failed: see above");
   }

@@ -11,6 +11,7 @@
 #include "bfbr/container_file.h"
 #include "bfbr/options.h"
 #include "bfbr/outcome.h"
+#include "support/new_file.h"
 #include "support/side_by_side.h"
 
 namespace launcher {
@@ -21,6 +22,9 @@ class Reporter {
 
   bool ShowsProgress() const { return showsProgress_; }
   void SetTotalBytes(std::uint64_t totalBytes) { totalBytes_ = totalBytes; }
+
+  // Makes the file that the report goes to, if any. False, with a message, where it cannot be.
+  bool OpenReport();
 
   // From any thread.
   void Tell(std::size_t number, Outcome outcome);
@@ -42,6 +46,8 @@ class Reporter {
   void Emit(const std::string& text);
   void ClearProgress();
   void FlushReport();
+  bool ReportGoesToFile() const;
+  void TellOfReport(const std::string& place, SystemError error);
 
   const Options& options_;
   const Advance& advance_;
@@ -60,6 +66,7 @@ class Reporter {
   std::size_t interrupted_ = 0;
   int exitCode_ = kFine;
   std::string report_;
+  NewFile reportFile_;
   bool canWriteReport_ = true;
 };
 

@@ -89,6 +89,10 @@ int WriteBundle(const Subject& subject, const BundleOptions& options) {
     std::printf("---- %s\n%s", name.c_str(), Harmless(content).c_str());
   }
   std::printf("----\n");
+  if (!OutputIsWhole()) {
+    return Refuse(
+        "what would be written cannot be shown: the output is closed, or its disk is full");
+  }
   const std::string output = WithoutUser(options.output.u8string());
   if (!options.isAgreed && !UserAgrees("Write this to " + output + "?")) {
     return Refuse("as you wish");

@@ -145,9 +145,15 @@ int Run(std::vector<std::string> arguments) {
 }  // namespace launcher::doctor
 
 int main(int count, char** arguments) {
+  launcher::KeepClosedStreamsClosed();
   try {
     launcher::doctor::ShowUtf8();
-    return launcher::doctor::Run(launcher::doctor::Arguments(count, arguments));
+    const int status = launcher::doctor::Run(launcher::doctor::Arguments(count, arguments));
+    if (launcher::doctor::OutputIsWhole()) return status;
+    std::fprintf(
+        stderr,
+        "doctor: the output is closed, or its disk is full: what was to be shown is lost\n");
+    return launcher::doctor::kBrokenStatus;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "doctor: %s\n", error.what());
     return launcher::doctor::kBrokenStatus;

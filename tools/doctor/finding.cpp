@@ -1,6 +1,7 @@
 #include "doctor/finding.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <string>
 #include <utility>
 
@@ -117,6 +118,8 @@ std::string Quoted(const std::string& text) { return JsonText(text); }
 std::string Counted(std::size_t count, const std::string& noun) {
   return std::to_string(count) + ' ' + noun + (count == 1 ? "" : "s");
 }
+
+bool OutputIsWhole() { return std::fflush(stdout) == 0 && std::ferror(stdout) == 0; }
 
 std::string WithoutUser(const std::string& text) {
   std::string hidden = text;

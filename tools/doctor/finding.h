@@ -60,6 +60,9 @@ std::string Quoted(const std::string& text);
 // "1 setting", "2 settings".
 std::string Counted(std::size_t count, const std::string& noun);
 
+// Whether all that was printed has gone out: a disk may be full, a reader gone.
+bool OutputIsWhole();
+
 // Hides the user's own folder and name in a text that leaves the machine.
 std::string WithoutUser(const std::string& text);
 

@@ -37,6 +37,9 @@ class InputFile {
   bool isOwned_ = false;
 };
 
+// The size of the file there; nothing for a pipe, which opening would disturb, or where none is.
+std::optional<std::uint64_t> SizeOfFileAt(const std::string& path);
+
 // Writes all of it to the standard output, past <stdio.h>.
 SystemError WriteToStandardOutput(const void* data, std::size_t size);
 

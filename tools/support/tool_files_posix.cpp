@@ -252,6 +252,12 @@ SystemError InputFile::Read(void* data, std::size_t size, std::size_t* readSize)
   }
 }
 
+std::optional<std::uint64_t> SizeOfFileAt(const std::string& path) {
+  struct stat status = {};
+  if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return {};
+  return static_cast<std::uint64_t>(status.st_size);
+}
+
 SystemError WriteToStandardOutput(const void* data, std::size_t size) {
   return WriteAll(STDOUT_FILENO, data, size);
 }

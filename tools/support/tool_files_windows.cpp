@@ -209,6 +209,15 @@ SystemError InputFile::Read(void* data, std::size_t size, std::size_t* readSize)
   return isRead || GetLastError() == ERROR_BROKEN_PIPE ? 0 : LastError();
 }
 
+std::optional<std::uint64_t> SizeOfFileAt(const std::string& path) {
+  WIN32_FILE_ATTRIBUTE_DATA data = {};
+  if (!GetFileAttributesExA(path.c_str(), GetFileExInfoStandard, &data) ||
+      (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+    return {};
+  }
+  return std::uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow;
+}
+
 SystemError WriteToStandardOutput(const void* data, std::size_t size) {
   return WriteAll(GetStdHandle(STD_OUTPUT_HANDLE), data, size);
 }

@@ -52,6 +52,14 @@ bool Interrupted() { return isInterrupted != 0; }
 
 bool IsTerminal(Stream stream) { return isatty(static_cast<int>(stream)) != 0; }
 
+void KeepClosedStreamsClosed() {
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(stream, F_GETFD) != -1) continue;
+    // The lowest free number is the stream's; open for what nobody does with it.
+    if (open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY) != stream) return;
+  }
+}
+
 bool ShowsColour(Stream stream) {
   const char* const noColour = std::getenv("NO_COLOR");
   const char* const terminal = std::getenv("TERM");

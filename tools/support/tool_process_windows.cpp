@@ -47,6 +47,9 @@ bool IsTerminal(Stream stream) {
   return GetConsoleMode(GetStdHandle(names[static_cast<int>(stream)]), &mode) != FALSE;
 }
 
+// A file's handle is no standard one here, whatever its number.
+void KeepClosedStreamsClosed() {}
+
 // Consoles show escape sequences only once asked, and not all do.
 bool ShowsColour(Stream /*stream*/) { return false; }
 

@@ -10,7 +10,10 @@ _bfbr() {
   if [[ $previous == = ]]; then previous=${COMP_WORDS[COMP_CWORD-2]}; fi
   case $previous in
     --progress) words='auto always never' ;;
-    --marker) words='keep strip require' ;;
+    --marker)
+      words='keep require'
+      if [ "$command" = decode ]; then words+=' strip'; fi
+      ;;
     --out-dir)
       mapfile -t COMPREPLY < <(compgen -d -- "$current")
       return
