@@ -3,8 +3,8 @@
 # where there is none, and on an emulated processor where this machine's runs no 32-bit programs.
 #
 #   scripts/wine.sh PROGRAM.exe [ARGUMENT...]
-#   scripts/wine.sh --with COMMAND [ARGUMENT...]   one display and one emulator for all programs that
-#                                                  COMMAND runs by this script
+#   scripts/wine.sh --with COMMAND [ARGUMENT...]   one display, one emulator and one Wine server for all
+#                                                  programs that COMMAND runs by this script
 #   scripts/wine.sh --check                        says what will be used, or why nothing can be;
 #                                                  exit status 2 if Wine is not installed, 1 if
 #                                                  this machine cannot run it
@@ -45,7 +45,6 @@ fi
 if ! runs_here; then exec "$root/scripts/emulate.sh" "$root/scripts/wine.sh" "$@"; fi
 # A console of its own, which the client gets, is a window under Wine.
 if [ -z "${DISPLAY:-}" ]; then exec xvfb-run -a "$root/scripts/wine.sh" "$@"; fi
-if [ "$1" = --with ]; then exec "${@:2}"; fi
 
 export WINEPREFIX="${WINEPREFIX:-$root/build/wine}"
 export WINEARCH=win32
@@ -68,4 +67,15 @@ if [ ! -e "$WINEPREFIX/system.reg" ]; then
   exec 9>&-
 fi
 
-exec wine "$@"
+if [ "$1" != --with ]; then exec wine "$@"; fi
+if [ "${LAUNCHER_WINE_SERVED:-}" = "$WINEPREFIX" ]; then exec "${@:2}"; fi
+
+# Wine's services start once then, not for each program, which saves most of its time; and they start
+# here, as they keep the streams of the program that starts them. A server that runs already would
+# take no notice.
+export LAUNCHER_WINE_SERVED="$WINEPREFIX"
+wineserver --wait
+wineserver --persistent=300
+trap 'wineserver --kill' EXIT
+wineboot </dev/null >/dev/null 2>&1
+"${@:2}"
