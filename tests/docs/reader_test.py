@@ -6,12 +6,14 @@ Usage: reader_test.py DOCS
 
 import json
 import pathlib
+import re
+import struct
 import sys
 import unittest
 
 DOCS = pathlib.Path(sys.argv.pop(1))
 sys.path.insert(0, str(DOCS))
-from read_container import read  # noqa: E402  pylint: disable=wrong-import-position
+from read_container import BUILT_IN_KEY, Blowfish, read  # noqa: E402  pylint: disable=wrong-import-position
 
 
 class Reader(unittest.TestCase):
@@ -33,6 +35,20 @@ class Reader(unittest.TestCase):
                     self.assertEqual(self.answer(vector, False), (None, reason))
                     reason = None
                 self.assertEqual(self.answer(vector, True), (payload, reason))
+
+    def test_the_page_works_its_example_out_right(self):
+        page = (DOCS / "container-format.md").read_text(encoding="utf-8")
+        rows = re.findall(r"^\| \d+ \| `([0-9a-f ]+)` \| (\w{8}) (\w{8}) \| `([0-9a-f ]+)` \|$", page, re.M)
+        self.assertEqual(len(rows), 5)
+        cipher = Blowfish(BUILT_IN_KEY)
+        for plain, left, right, enciphered in rows:
+            halves = int(left, 16), int(right, 16)
+            self.assertEqual(bytes.fromhex(plain), struct.pack("<2I", *halves))
+            self.assertEqual(bytes.fromhex(enciphered), struct.pack("<2I", *cipher.crypt(*halves, cipher.p)))
+        self.assertEqual(read(b"BFBR" + b"".join(bytes.fromhex(row[3]) for row in rows)), b"Hi!")
+        words = {"P[0]": cipher.p[0], "P[1]": cipher.p[1], "S[0][0]": cipher.s[0], "S[3][255]": cipher.s[-1]}
+        self.assertEqual(dict(re.findall(r"([PS]\[[\d\]\[]+) (?:is )?([0-9a-f]{8})", page)),
+                         {name: f"{word:08x}" for name, word in words.items()})
 
     def test_it_has_no_more_than_60_lines(self):
         lines = (DOCS / "read_container.py").read_text(encoding="ascii").splitlines()
