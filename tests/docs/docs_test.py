@@ -6,8 +6,10 @@ Usage: docs_test.py ROOT
 
 import html
 import json
+import os
 import pathlib
 import re
+import shlex
 import subprocess
 import sys
 import tempfile
@@ -80,6 +82,18 @@ class Documents(unittest.TestCase):
         code = first[first.index("#include"):]
         for name in ("README.md", "docs/package.md"):
             self.assertIn(code, (ROOT / name).read_text(encoding="utf-8"))
+
+    def test_bfbr_prints_what_the_first_page_shows(self):
+        shown = re.search(r"^```text\n(\$ .*?)^```", (ROOT / "README.md").read_text(encoding="utf-8"), re.S | re.M)[1]
+        commands = re.findall(r"^\$ (.*)$", shown, re.M)
+        # Each line is shown, as by a shell, before it is run; "cat" stands for the terminal.
+        script = "".join(f"printf '$ %s\\n' {shlex.quote(line)}\n{{ {line}; }} | cat\n" for line in commands)
+        environment = dict(os.environ, PATH=f"{ROOT}/build/native/bin:{os.environ['PATH']}")
+        with tempfile.TemporaryDirectory() as folder:
+            done = subprocess.run(["bash", "-c", "exec 2>&1\n" + script], cwd=folder, env=environment,
+                                  stdout=subprocess.PIPE, text=True, check=True)
+        # Not in the order of a terminal, which gets each line at once.
+        self.assertEqual(sorted(done.stdout.splitlines()), sorted(shown.splitlines()))
 
     def test_the_guide_runs(self):
         """Its launcher and client, built as they stand and linked with the native library."""

@@ -93,8 +93,8 @@ std::string HexDigits(const std::uint8_t* bytes, std::size_t size) {
   if (length < least || length > most) {
     Fail(Reason::kLength, "length field: says " + Grouped(length) + " bytes where " +
                               Grouped(least) + " to " + Grouped(most) +
-                              " fit: the key is another one or the file is damaged; check the key, "
-                              "or get the file again");
+                              " fit: the key is another one, or the file is damaged or cut short; "
+                              "check the key, or get the file again");
   }
   Fail(
       Reason::kDigest,
