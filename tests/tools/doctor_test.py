@@ -392,6 +392,14 @@ class CheckUps(Case):
         self.assertLessEqual({"library", "bitness", "exports", "load", "cipher", "readers", "settings",
                               "steam-library", "steam-user", "display", "code-page"}, by_id(found).keys())
 
+    def test_a_library_that_crashes_is_told(self):
+        calls = "".join(f"void {export['name']}(void) {{ __builtin_trap(); }}\n" for export in EXPORTS)
+        library = self.folder / LIBRARY.name
+        subprocess.run(["cc", "-shared", "-fPIC", "-xc", "-", "-o", str(library)], input=calls.encode(), check=True)
+        done = doctor(library=library)
+        self.assertEqual((done.returncode, done.stderr[:29]), (2, b"doctor: a call into the libra"), done)
+        self.assertIn(b"all 60 functions are there", done.stdout)
+
     def test_nothing_is_changed(self):
         self.write(DEFAULTS)
         environment = self.stand_in()

@@ -1,7 +1,10 @@
 // doctor: a check-up of an installed LauncherDll, of its settings and of what it needs.
 
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
@@ -141,11 +144,29 @@ int Run(std::vector<std::string> arguments) {
   return RunCheckUp(options, [&](Report& report) { CheckAll(subject, report); });
 }
 
+// A library that crashes takes the process along, and its streams may be silenced at that time.
+int crashMessageStream = 2;
+
+void TellOfCrash(int /*signal*/) {
+  static const char kText[] =
+      "doctor: a call into the library crashed, and the check-up ends here: take the library from "
+      "the package anew\n";
+  const auto ignored = write(crashMessageStream, kText, sizeof kText - 1);
+  static_cast<void>(ignored);
+  _exit(kBrokenStatus);
+}
+
+void WatchForCrashes() {
+  crashMessageStream = dup(crashMessageStream);
+  for (const int signal : {SIGSEGV, SIGILL, SIGFPE, SIGABRT}) std::signal(signal, TellOfCrash);
+}
+
 }  // namespace
 }  // namespace launcher::doctor
 
 int main(int count, char** arguments) {
   launcher::KeepClosedStreamsClosed();
+  launcher::doctor::WatchForCrashes();
   try {
     launcher::doctor::ShowUtf8();
     const int status = launcher::doctor::Run(launcher::doctor::Arguments(count, arguments));
