@@ -76,6 +76,10 @@ if [ "${LAUNCHER_WINE_SERVED:-}" = "$WINEPREFIX" ]; then exec "${@:2}"; fi
 export LAUNCHER_WINE_SERVED="$WINEPREFIX"
 wineserver --wait
 wineserver --persistent=300
-trap 'wineserver --kill' EXIT
-wineboot </dev/null >/dev/null 2>&1
+# It may have ended for want of programs: that is no failure of COMMAND.
+trap 'wineserver --kill || true' EXIT
+if ! wineboot </dev/null >/dev/null 2>&1; then
+  echo "wine: the services of $WINEPREFIX did not start" >&2
+  exit 1
+fi
 "${@:2}"

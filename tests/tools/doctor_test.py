@@ -441,11 +441,12 @@ class CheckUps(Case):
             for entry in export["results"]:
                 value = entry.get("result", entry.get("from"))
                 self.assertRegex(told, rf"(?m)^{export['name']} {value}\b.*: {re.escape(entry['means'])}")
-            # In the other form, and alone.
-            if export["results"] and export["returns"] != "uint64_t":
-                done = doctor("explain", export["name"], hex(value % 2**32))
-                self.assertEqual(done.returncode, 0, done)
-                self.assertIn(f"{export['name']} {value}: ", done.stdout.decode())
+                # Alone, and in the last one's decimal form too.
+                texts = {hex(value % 2**32)} if export["returns"] != "uint64_t" else {str(value)}
+                for text in texts | ({str(value)} if entry is export["results"][-1] else set()):
+                    done = doctor("explain", export["name"], text)
+                    self.assertEqual(done.returncode, 0, done)
+                    self.assertIn(f"{export['name']} {value}: {entry['means']}", done.stdout.decode())
 
 
 class Bundles(Case):
