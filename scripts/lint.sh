@@ -28,7 +28,7 @@ esac
 git ls-files -z '*.h' '*.hpp' '*.c' '*.cpp' | xargs -0 clang-format "${mode[@]}" || exit 1
 git grep -lzE '^#!/.*\b(ba)?sh$' -- scripts tests .ci | xargs -0 shellcheck || exit 1
 cppcheck --quiet --std=c++17 --enable=warning,performance,portability --inline-suppr \
-  --error-exitcode=1 -Isrc -Iinclude -I. -Itools src platform examples tools || exit 1
+  --error-exitcode=1 -Isrc -Iinclude -I. -Itools src platform steam_stand_in examples tools || exit 1
 
 # No source but tests includes it.
 clang-tidy --quiet include/launcher_dll.hpp -- -std=c++17 -x c++ \
@@ -36,7 +36,7 @@ clang-tidy --quiet include/launcher_dll.hpp -- -std=c++17 -x c++ \
 
 # Tests are laid out alike but not tidied: GoogleTest's macros are full of what clang-tidy minds.
 cmake --preset native -DCMAKE_EXPORT_COMPILE_COMMANDS=ON >/dev/null
-git ls-files -z 'src/*.cpp' 'platform/posix/*.cpp' 'platform/steam/*.cpp' 'examples/*.cpp' \
+git ls-files -z 'src/*.cpp' 'platform/posix/*.cpp' 'steam_stand_in/*.cpp' 'examples/*.cpp' \
   'tools/*.cpp' \
   ':!*_windows.cpp' ':!*_winhttp.cpp' |
   xargs -0 -n 4 -P "$(nproc)" clang-tidy --quiet -p build/native 2> >(grep -v 'warnings\? generated' >&2) ||

@@ -3,7 +3,7 @@
 #ifndef LAUNCHER_STEAM_APPS_INTERFACE_H_
 #define LAUNCHER_STEAM_APPS_INTERFACE_H_
 
-#include "platform/steam/steam_api.h"
+#include "platform/steam_api.h"
 
 namespace launcher {
 

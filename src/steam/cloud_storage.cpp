@@ -5,7 +5,7 @@
 
 #include "frame/bounded_text.h"
 #include "launcher_dll.h"
-#include "platform/steam/steam_api.h"
+#include "platform/steam_api.h"
 
 ResultCode QX_CALL QX_SteamAPI_RemoteStorageFileWrite(const char* name, const void* data,
                                                       std::int32_t size) {

@@ -7,7 +7,7 @@
 #include <new>
 
 #include "launcher_dll.h"
-#include "platform/steam/steam_api.h"
+#include "platform/steam_api.h"
 
 namespace launcher {
 namespace {

@@ -4,7 +4,7 @@
 
 #include "frame/bounded_text.h"
 #include "launcher_dll.h"
-#include "platform/steam/steam_api.h"
+#include "platform/steam_api.h"
 
 namespace launcher {
 namespace {

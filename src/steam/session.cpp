@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "launcher_dll.h"
-#include "platform/steam/steam_api.h"
+#include "platform/steam_api.h"
 #include "steam/apps_interface.h"
 
 namespace launcher {

@@ -8,7 +8,7 @@
 #include "frame/bounded_text.h"
 #include "launcher_dll.h"
 #include "platform/owners.h"
-#include "platform/steam/steam_api.h"
+#include "platform/steam_api.h"
 #include "platform/win32.h"
 
 namespace launcher {

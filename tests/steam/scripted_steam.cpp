@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "platform/steam/steam_api.h"
+#include "platform/steam_api.h"
 
 namespace launcher::test {
 namespace {

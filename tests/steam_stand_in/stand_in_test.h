@@ -8,9 +8,9 @@
 #include <filesystem>
 #include <string>
 
-#include "platform/steam/stand_in.h"
-#include "platform/steam/steam_api.h"
+#include "platform/steam_api.h"
 #include "steam_stand_in/processes.h"
+#include "steam_stand_in/stand_in.h"
 #include "support/data_file.h"
 #include "support/scratch_directory.h"
 

@@ -1,4 +1,4 @@
-#include "platform/steam/url.h"
+#include "steam_stand_in/url.h"
 
 #include <gtest/gtest.h>
 

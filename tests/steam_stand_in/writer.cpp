@@ -4,7 +4,7 @@
 
 #include <cstdlib>
 
-#include "platform/steam/steam_api.h"
+#include "platform/steam_api.h"
 #include "steam_stand_in/versions.h"
 
 int main(int argumentCount, char** arguments) {

@@ -1,10 +1,10 @@
-#include "platform/steam/http_requests.h"
+#include "steam_stand_in/http_requests.h"
 
 #include <algorithm>
 #include <chrono>
 #include <cstring>
 
-#include "platform/steam/ascii.h"
+#include "steam_stand_in/ascii.h"
 
 namespace launcher::stand_in {
 namespace {

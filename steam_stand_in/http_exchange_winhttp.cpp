@@ -3,9 +3,9 @@
 #include <cstdlib>
 
 #include "platform/owners.h"
-#include "platform/steam/ascii.h"
-#include "platform/steam/http_exchange.h"
 #include "platform/win32.h"
+#include "steam_stand_in/ascii.h"
+#include "steam_stand_in/http_exchange.h"
 // then
 #include <shlwapi.h>
 #include <winhttp.h>

@@ -1,4 +1,4 @@
-#include "platform/steam/cloud_name.h"
+#include "steam_stand_in/cloud_name.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -6,7 +6,7 @@
 #include <iterator>
 #include <string_view>
 
-#include "platform/steam/ascii.h"
+#include "steam_stand_in/ascii.h"
 
 namespace launcher::stand_in {
 namespace {

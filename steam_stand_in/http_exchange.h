@@ -1,7 +1,7 @@
 // One request and its response, over the network by the system's HTTP client.
 
-#ifndef LAUNCHER_PLATFORM_STEAM_HTTP_EXCHANGE_H_
-#define LAUNCHER_PLATFORM_STEAM_HTTP_EXCHANGE_H_
+#ifndef LAUNCHER_STEAM_STAND_IN_HTTP_EXCHANGE_H_
+#define LAUNCHER_STEAM_STAND_IN_HTTP_EXCHANGE_H_
 
 #include <cstddef>
 #include <cstdint>
@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/steam/url.h"
+#include "steam_stand_in/url.h"
 
 namespace launcher::stand_in {
 
@@ -43,4 +43,4 @@ std::optional<HttpResponse> Exchange(const HttpRequest& request, const HttpLimit
 
 }  // namespace launcher::stand_in
 
-#endif  // LAUNCHER_PLATFORM_STEAM_HTTP_EXCHANGE_H_
+#endif  // LAUNCHER_STEAM_STAND_IN_HTTP_EXCHANGE_H_

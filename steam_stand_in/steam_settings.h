@@ -1,7 +1,7 @@
 // What the stand-in's Steam is like: whose account, which languages, how much room.
 
-#ifndef LAUNCHER_PLATFORM_STEAM_SETTINGS_H_
-#define LAUNCHER_PLATFORM_STEAM_SETTINGS_H_
+#ifndef LAUNCHER_STEAM_STAND_IN_STEAM_SETTINGS_H_
+#define LAUNCHER_STEAM_STAND_IN_STEAM_SETTINGS_H_
 
 #include <cstdint>
 #include <filesystem>
@@ -12,7 +12,7 @@ namespace launcher::stand_in {
 
 constexpr std::uint64_t kMebibyte = std::uint64_t{1} << 20;
 
-struct Settings {
+struct SteamSettings {
   // The last individual account there can be, so that it is hardly anybody's.
   std::uint64_t accountId = 0x01100001FFFFFFFF;
   std::string personaName = "Player";
@@ -31,15 +31,15 @@ struct Settings {
 };
 
 // Tells in one line what is wrong with a settings file.
-class SettingsError : public std::runtime_error {
+class SteamSettingsError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-// Reads the settings in `folder`: the defaults where there is no file. Throws SettingsError for one
-// that does not fit.
-Settings LoadSettings(const std::filesystem::path& folder);
+// Reads the settings in `folder`: the defaults where there is no file. Throws SteamSettingsError
+// for one that does not fit.
+SteamSettings LoadSteamSettings(const std::filesystem::path& folder);
 
 }  // namespace launcher::stand_in
 
-#endif  // LAUNCHER_PLATFORM_STEAM_SETTINGS_H_
+#endif  // LAUNCHER_STEAM_STAND_IN_STEAM_SETTINGS_H_

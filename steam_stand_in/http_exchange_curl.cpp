@@ -3,7 +3,7 @@
 #include <memory>
 #include <string_view>
 
-#include "platform/steam/http_exchange.h"
+#include "steam_stand_in/http_exchange.h"
 
 namespace launcher::stand_in {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/steam/files.h"
+#include "steam_stand_in/files.h"
 
 namespace launcher::stand_in {
 

@@ -1,7 +1,7 @@
 // What the stand-in asks of the system's files, and of its processes.
 
-#ifndef LAUNCHER_PLATFORM_STEAM_FILES_H_
-#define LAUNCHER_PLATFORM_STEAM_FILES_H_
+#ifndef LAUNCHER_STEAM_STAND_IN_FILES_H_
+#define LAUNCHER_STEAM_STAND_IN_FILES_H_
 
 #include <cstddef>
 #include <filesystem>
@@ -41,4 +41,4 @@ bool IsProcessRunning(unsigned long id);
 
 }  // namespace launcher::stand_in
 
-#endif  // LAUNCHER_PLATFORM_STEAM_FILES_H_
+#endif  // LAUNCHER_STEAM_STAND_IN_FILES_H_

@@ -1,7 +1,7 @@
 // The requests of ISteamHTTP: numbers that stand for a request and its response.
 
-#ifndef LAUNCHER_PLATFORM_STEAM_HTTP_REQUESTS_H_
-#define LAUNCHER_PLATFORM_STEAM_HTTP_REQUESTS_H_
+#ifndef LAUNCHER_STEAM_STAND_IN_HTTP_REQUESTS_H_
+#define LAUNCHER_STEAM_STAND_IN_HTTP_REQUESTS_H_
 
 #include <cstddef>
 #include <cstdint>
@@ -9,7 +9,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/steam/http_exchange.h"
+#include "steam_stand_in/http_exchange.h"
 
 namespace launcher::stand_in {
 
@@ -46,4 +46,4 @@ class HttpRequests {
 
 }  // namespace launcher::stand_in
 
-#endif  // LAUNCHER_PLATFORM_STEAM_HTTP_REQUESTS_H_
+#endif  // LAUNCHER_STEAM_STAND_IN_HTTP_REQUESTS_H_

@@ -1,7 +1,7 @@
 // Auth tickets: random bytes, which the stand-in knows again.
 
-#ifndef LAUNCHER_PLATFORM_STEAM_TICKETS_H_
-#define LAUNCHER_PLATFORM_STEAM_TICKETS_H_
+#ifndef LAUNCHER_STEAM_STAND_IN_TICKETS_H_
+#define LAUNCHER_STEAM_STAND_IN_TICKETS_H_
 
 #include <array>
 #include <cstddef>
@@ -28,4 +28,4 @@ class Tickets {
 
 }  // namespace launcher::stand_in
 
-#endif  // LAUNCHER_PLATFORM_STEAM_TICKETS_H_
+#endif  // LAUNCHER_STEAM_STAND_IN_TICKETS_H_

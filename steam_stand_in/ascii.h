@@ -1,7 +1,7 @@
 // ASCII texts in which the case of letters means nothing.
 
-#ifndef LAUNCHER_PLATFORM_STEAM_ASCII_H_
-#define LAUNCHER_PLATFORM_STEAM_ASCII_H_
+#ifndef LAUNCHER_STEAM_STAND_IN_ASCII_H_
+#define LAUNCHER_STEAM_STAND_IN_ASCII_H_
 
 #include <algorithm>
 #include <string>
@@ -20,4 +20,4 @@ inline std::string LowerCase(std::string_view text) {
 
 }  // namespace launcher::stand_in
 
-#endif  // LAUNCHER_PLATFORM_STEAM_ASCII_H_
+#endif  // LAUNCHER_STEAM_STAND_IN_ASCII_H_

@@ -1,7 +1,7 @@
 // The little that must be known of a URL before it goes to the system's HTTP client.
 
-#ifndef LAUNCHER_PLATFORM_STEAM_URL_H_
-#define LAUNCHER_PLATFORM_STEAM_URL_H_
+#ifndef LAUNCHER_STEAM_STAND_IN_URL_H_
+#define LAUNCHER_STEAM_STAND_IN_URL_H_
 
 #include <optional>
 #include <string>
@@ -24,4 +24,4 @@ bool MayLeadTo(const Url& from, const Url& to);
 
 }  // namespace launcher::stand_in
 
-#endif  // LAUNCHER_PLATFORM_STEAM_URL_H_
+#endif  // LAUNCHER_STEAM_STAND_IN_URL_H_

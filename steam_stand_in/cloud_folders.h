@@ -1,7 +1,7 @@
 // Cloud files: for each user a folder that the game works with, and one that plays the cloud.
 
-#ifndef LAUNCHER_PLATFORM_STEAM_CLOUD_FOLDERS_H_
-#define LAUNCHER_PLATFORM_STEAM_CLOUD_FOLDERS_H_
+#ifndef LAUNCHER_STEAM_STAND_IN_CLOUD_FOLDERS_H_
+#define LAUNCHER_STEAM_STAND_IN_CLOUD_FOLDERS_H_
 
 #include <cstddef>
 #include <cstdint>
@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/steam/files.h"
-#include "platform/steam/settings.h"
+#include "steam_stand_in/files.h"
+#include "steam_stand_in/steam_settings.h"
 
 namespace launcher::stand_in {
 
@@ -22,7 +22,7 @@ struct CloudFile {
 // Names are as the caller gives them; one that is refused is a file that is not there.
 class CloudFolders {
  public:
-  CloudFolders(const Path& accountFolder, const Settings& settings);
+  CloudFolders(const Path& accountFolder, const SteamSettings& settings);
 
   // What Steam does when a game starts: the cloud gets what was changed without it, and what is
   // missing here is fetched from it. Also removes what killed writers left.
@@ -61,4 +61,4 @@ class CloudFolders {
 
 }  // namespace launcher::stand_in
 
-#endif  // LAUNCHER_PLATFORM_STEAM_CLOUD_FOLDERS_H_
+#endif  // LAUNCHER_STEAM_STAND_IN_CLOUD_FOLDERS_H_

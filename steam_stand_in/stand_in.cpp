@@ -3,7 +3,7 @@
 // The interfaces stay when a session ends, since a caller may have kept a pointer to one: without a
 // session each call answers as a failure.
 
-#include "platform/steam/steam_api.h"
+#include "steam_stand_in/stand_in.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -12,8 +12,8 @@
 #include <memory>
 #include <optional>
 
-#include "platform/steam/stand_in.h"
-#include "platform/steam/stand_in_session.h"
+#include "platform/steam_api.h"
+#include "steam_stand_in/stand_in_session.h"
 
 namespace launcher::stand_in {
 namespace {
@@ -212,18 +212,20 @@ Http http;
 
 // The settings without a session, for the two questions that come before one. None where the file
 // does not fit: SteamAPI_Init says why.
-std::optional<Settings> SettingsNow() noexcept {
-  return Guarded(std::optional<Settings>(), [] {
-    return std::optional<Settings>(session ? session->settings : LoadSettings(StandInFolder()));
+std::optional<SteamSettings> SettingsNow() noexcept {
+  return Guarded(std::optional<SteamSettings>(), [] {
+    return std::optional<SteamSettings>(session ? session->settings
+                                                : LoadSteamSettings(StandInFolder()));
   });
 }
 
 // A session where Steam would give one; otherwise throws what the reason is.
 std::unique_ptr<Session> NewSession() {
   const Path folder = StandInFolder();
-  const Settings settings = LoadSettings(folder);
-  if (!settings.running) throw SettingsError("Steam is not running, say the settings");
-  if (!settings.subscribed) throw SettingsError("the account has no licence, say the settings");
+  const SteamSettings settings = LoadSteamSettings(folder);
+  if (!settings.running) throw SteamSettingsError("Steam is not running, say the settings");
+  if (!settings.subscribed)
+    throw SteamSettingsError("the account has no licence, say the settings");
 
   auto created = std::make_unique<Session>(folder, settings);
   // A cloud that is out of reach keeps no game from starting.
@@ -255,13 +257,13 @@ bool SteamAPI_Init() {
 void SteamAPI_Shutdown() { session.reset(); }
 
 bool SteamAPI_IsSteamRunning() {
-  const std::optional<Settings> settings = SettingsNow();
+  const std::optional<SteamSettings> settings = SettingsNow();
   return settings && settings->running;
 }
 
 // The application's id tells nothing here: the stand-in starts no applications.
 bool SteamAPI_RestartAppIfNecessary(std::uint32_t /*appId*/) {
-  const std::optional<Settings> settings = SettingsNow();
+  const std::optional<SteamSettings> settings = SettingsNow();
   return settings && !(settings->subscribed && settings->startedBySteam);
 }
 

@@ -1,13 +1,13 @@
 // Both folders hold a file under its name. It is written in a third folder, on the same volume, and
 // then moved to its place, so that half a file is never seen under a cloud file's name.
 
-#include "platform/steam/cloud_folders.h"
+#include "steam_stand_in/cloud_folders.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <numeric>
 
-#include "platform/steam/cloud_name.h"
+#include "steam_stand_in/cloud_name.h"
 
 namespace launcher::stand_in {
 namespace {
@@ -114,7 +114,7 @@ bool IsSameFile(const Path& a, const Path& b) {
 
 }  // namespace
 
-CloudFolders::CloudFolders(const Path& accountFolder, const Settings& settings)
+CloudFolders::CloudFolders(const Path& accountFolder, const SteamSettings& settings)
     : local_(accountFolder / "remote"),
       cloud_(accountFolder / "cloud"),
       staging_(accountFolder / "staging"),

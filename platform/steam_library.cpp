@@ -2,7 +2,7 @@
 // Steam does not run and gives no interface.
 
 #include "platform/late_library.h"
-#include "platform/steam/steam_api.h"
+#include "platform/steam_api.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
-#include "platform/steam/tickets.h"
+#include "steam_stand_in/tickets.h"
 
 #include <algorithm>
 #include <cstring>
 
-#include "platform/steam/files.h"
+#include "steam_stand_in/files.h"
 
 namespace launcher::stand_in {
 

@@ -2,8 +2,8 @@
 #include <limits>
 
 #include "platform/owners.h"
-#include "platform/steam/files.h"
 #include "platform/win32.h"
+#include "steam_stand_in/files.h"
 // then
 #include <bcrypt.h>
 

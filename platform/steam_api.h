@@ -4,8 +4,8 @@
 // undecorated cdecl functions, and abstract classes whose virtual functions stand in this order and
 // in no other. A new function goes to the end of its class.
 
-#ifndef LAUNCHER_PLATFORM_STEAM_STEAM_API_H_
-#define LAUNCHER_PLATFORM_STEAM_STEAM_API_H_
+#ifndef LAUNCHER_PLATFORM_STEAM_API_H_
+#define LAUNCHER_PLATFORM_STEAM_API_H_
 
 #include <cstdint>
 
@@ -97,4 +97,4 @@ ISteamRemoteStorage* STEAM_API_CALL SteamRemoteStorage();
 ISteamHTTP* STEAM_API_CALL SteamHTTP();
 }
 
-#endif  // LAUNCHER_PLATFORM_STEAM_STEAM_API_H_
+#endif  // LAUNCHER_PLATFORM_STEAM_API_H_

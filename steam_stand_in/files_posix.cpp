@@ -9,7 +9,7 @@
 #include <cstdlib>
 #include <utility>
 
-#include "platform/steam/files.h"
+#include "steam_stand_in/files.h"
 
 namespace launcher::stand_in {
 namespace {

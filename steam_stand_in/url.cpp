@@ -1,8 +1,8 @@
-#include "platform/steam/url.h"
+#include "steam_stand_in/url.h"
 
 #include <algorithm>
 
-#include "platform/steam/ascii.h"
+#include "steam_stand_in/ascii.h"
 
 namespace launcher::stand_in {
 namespace {

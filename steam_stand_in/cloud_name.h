@@ -1,8 +1,8 @@
 // Which names a cloud file may have. The rules are Windows' on every system, so that a file which
 // one can write the other can too.
 
-#ifndef LAUNCHER_PLATFORM_STEAM_CLOUD_NAME_H_
-#define LAUNCHER_PLATFORM_STEAM_CLOUD_NAME_H_
+#ifndef LAUNCHER_STEAM_STAND_IN_CLOUD_NAME_H_
+#define LAUNCHER_STEAM_STAND_IN_CLOUD_NAME_H_
 
 #include <cstddef>
 #include <optional>
@@ -17,4 +17,4 @@ std::optional<std::string> CloudName(const char* name);
 
 }  // namespace launcher::stand_in
 
-#endif  // LAUNCHER_PLATFORM_STEAM_CLOUD_NAME_H_
+#endif  // LAUNCHER_STEAM_STAND_IN_CLOUD_NAME_H_
