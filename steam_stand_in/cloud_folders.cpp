@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <numeric>
 
+#include "platform/new_file.h"
 #include "steam_stand_in/cloud_name.h"
 
 namespace launcher::stand_in {
@@ -57,34 +58,30 @@ std::vector<CloudFile> FilesBelow(const Path& root) {
   return files;
 }
 
-// A file that is whole and on the disk, but under no name that counts. Unless it is moved to one it
-// goes away with its owner.
+// A file that is whole and on the disk under a temporary name. Unless it is moved to its place it
+// is removed with its owner.
 class StagedFile {
  public:
   StagedFile(const Path& folder, const void* data, std::size_t size) {
     static unsigned long lastNumber = 0;
     std::error_code error;
     fs::create_directories(folder, error);
-    path_ = folder / (std::to_string(OwnProcessId()) + '-' + std::to_string(++lastNumber));
-    isWhole_ = WriteNew(path_, data, size);
-  }
-  StagedFile(const StagedFile&) = delete;
-  StagedFile& operator=(const StagedFile&) = delete;
-  ~StagedFile() {
-    std::error_code ignored;
-    fs::remove(path_, ignored);
+    const Path path =
+        folder / (std::to_string(OwnProcessId()) + '-' + std::to_string(++lastNumber));
+    isWhole_ =
+        file_.Create(path.native()) == 0 && file_.Write(data, size) == 0 && file_.Flush() == 0;
   }
 
   bool IsWhole() const { return isWhole_; }
 
-  bool MoveTo(const Path& target) const {
+  bool MoveTo(const Path& target) {
     std::error_code error;
     fs::create_directories(target.parent_path(), error);
-    return MoveOver(path_, target);
+    return file_.MoveTo(target.native(), NewFile::Existing::kReplaced) == 0;
   }
 
  private:
-  Path path_;
+  NewFile file_;
   bool isWhole_ = false;
 };
 
@@ -134,7 +131,7 @@ void CloudFolders::CatchUp() {
     if (localSize && !FitsQuota(copy, *localSize)) continue;
     const std::optional<std::string> content = ReadWhole(localSize ? *local : copy);
     if (!content) continue;
-    const StagedFile staged(staging_, content->data(), content->size());
+    StagedFile staged(staging_, content->data(), content->size());
     if (staged.IsWhole()) staged.MoveTo(localSize ? copy : *local);
   }
 }
@@ -156,7 +153,7 @@ bool CloudFolders::Write(const char* name, const void* data, std::size_t size) {
   if (ReachesCloud() && !FitsQuota(*copy, size)) return false;
 
   // Both before either counts, since a full disk is found out here.
-  const StagedFile forLocal(staging_, data, size);
+  StagedFile forLocal(staging_, data, size);
   if (!forLocal.IsWhole()) return false;
   std::optional<StagedFile> forCloud;
   if (ReachesCloud() && !forCloud.emplace(staging_, data, size).IsWhole()) return false;

@@ -24,13 +24,6 @@ bool FillRandom(void* buffer, std::size_t size);
 // A symbolic link, or whatever else leads to another place.
 bool IsLink(const Path& path);
 
-// Writes a file that is not there yet. What it answers true for has reached the disk.
-bool WriteNew(const Path& path, const void* data, std::size_t size);
-
-// In one step, whatever `to` was before. Also after a failure of the machine `to` is the old file
-// or the new one.
-bool MoveOver(const Path& from, const Path& to);
-
 // The file's first bytes, `capacity` at most. Answers how many.
 std::optional<std::size_t> ReadStart(const Path& path, void* buffer, std::size_t capacity);
 

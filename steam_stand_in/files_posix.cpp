@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <utility>
 
 #include "steam_stand_in/files.h"
 
@@ -25,9 +24,6 @@ class Descriptor {
 
   explicit operator bool() const { return number_ >= 0; }
   int Get() const { return number_; }
-
-  // Some file systems tell only now that a write failed.
-  bool Close() { return close(std::exchange(number_, -1)) == 0; }
 
  private:
   int number_;
@@ -67,26 +63,6 @@ bool FillRandom(void* buffer, std::size_t size) {
 bool IsLink(const Path& path) {
   std::error_code error;
   return std::filesystem::is_symlink(std::filesystem::symlink_status(path, error));
-}
-
-bool WriteNew(const Path& path, const void* data, std::size_t size) {
-  constexpr mode_t kReadAndWrite = 0666;
-  Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kReadAndWrite));
-  if (!file) return false;
-  return TransferAll(size,
-                     [&](std::size_t offset) {
-                       return write(file.Get(), static_cast<const char*>(data) + offset,
-                                    size - offset);
-                     }) == size &&
-         fsync(file.Get()) == 0 && file.Close();
-}
-
-bool MoveOver(const Path& from, const Path& to) {
-  if (std::rename(from.c_str(), to.c_str()) != 0) return false;
-  // The name has changed in any case; a folder that cannot be flushed only delays it on the disk.
-  const Descriptor folder(open(to.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (folder) fsync(folder.Get());
-  return true;
 }
 
 std::optional<std::size_t> ReadStart(const Path& path, void* buffer, std::size_t capacity) {

@@ -77,28 +77,6 @@ bool IsLink(const Path& path) {
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
 }
 
-bool WriteNew(const Path& path, const void* data, std::size_t size) {
-  constexpr DWORD kNoSharing = 0;
-  const KernelHandle file = Open(path, GENERIC_WRITE, kNoSharing, CREATE_NEW);
-  if (!file) return false;
-  std::size_t offset = 0;
-  while (offset < size) {
-    DWORD count = 0;
-    if (!WriteFile(file.Get(), static_cast<const char*>(data) + offset, Step(size - offset), &count,
-                   nullptr) ||
-        count == 0) {
-      return false;
-    }
-    offset += count;
-  }
-  return FlushFileBuffers(file.Get()) != 0;
-}
-
-bool MoveOver(const Path& from, const Path& to) {
-  return MoveFileExW(from.c_str(), to.c_str(),
-                     MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
-}
-
 std::optional<std::size_t> ReadStart(const Path& path, void* buffer, std::size_t capacity) {
   // A reader keeps nobody from replacing the file.
   constexpr DWORD kAllSharing = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;

@@ -1,4 +1,4 @@
-// Reading config.json, and writing it with the defaults where it is missing.
+// Reads config.json, and creates it with the defaults if it is missing.
 
 #include "config/launcher_config.h"
 
@@ -10,7 +10,7 @@
 #include <utility>
 
 #include "config/deployment.h"
-#include "config/new_text_file.h"
+#include "platform/new_file.h"
 #include "platform/owners.h"
 #include "platform/win32.h"
 
@@ -20,10 +20,16 @@ namespace {
 using Json = nlohmann::json;
 using JsonType = Json::value_t;
 
-constexpr const char* kSections[] = {"Orvane", "Settings"};
-constexpr std::size_t kOrvane = 0;
-constexpr std::size_t kSettings = 1;
-constexpr std::size_t kSectionCount = 2;
+enum Section : std::size_t {
+#define SECTION(name) k##name,
+#include "config/settings.inc"
+  kSectionCount
+};
+
+constexpr const char* kSections[] = {
+#define SECTION(name) #name,
+#include "config/settings.inc"
+};
 
 struct Setting {
   std::size_t section;
@@ -32,24 +38,14 @@ struct Setting {
   const char* defaultText;
 };
 
-// In the order in which they are read: of several wrong settings the first is reported.
 constexpr Setting kTable[] = {
-    {kOrvane, "Api_server", &LauncherConfig::apiServer, kDefaultApiServer},
-    {kOrvane, "Orvane_server", &LauncherConfig::orvaneServer, kDefaultApiServer},
-    {kOrvane, "Purchase_server", &LauncherConfig::purchaseServer, kDefaultPurchaseServer},
-    {kOrvane, "Telemetry_server", &LauncherConfig::telemetryServer, kDefaultTelemetryServer},
-    {kOrvane, "Download_url", &LauncherConfig::downloadUrl, kDefaultDownloadUrl},
-    {kOrvane, "Orvane_qa_api_url", &LauncherConfig::orvaneQaApiUrl, kDefaultQaApiHost},
-    {kOrvane, "Orvane_ci_api_url", &LauncherConfig::orvaneCiApiUrl, kDefaultCiApiHost},
-    {kOrvane, "Game_url", &LauncherConfig::gameUrl, kDefaultGameDomain},
-    {kSettings, "game_version", &LauncherConfig::gameVersion, "Ver_1_63_0"},
-    {kSettings, "ssl_check", &LauncherConfig::sslCheck, "false"},
-    {kSettings, "Is_Staging", &LauncherConfig::isStaging, "true"},
-    {kSettings, "Is_Shipping", &LauncherConfig::isShipping, "false"},
+#define SETTING(section, key, field, defaultText) \
+  {k##section, #key, &LauncherConfig::field, defaultText},
+#include "config/settings.inc"
 };
 constexpr std::size_t kSettingCount = sizeof kTable / sizeof kTable[0];
 
-// Answers the index of the first element that `matches`, or `count`.
+// Returns the index of the first element that `matches`, or `count`.
 template <class Matches>
 std::size_t FindIndex(std::size_t count, Matches matches) {
   std::size_t i = 0;
@@ -57,8 +53,8 @@ std::size_t FindIndex(std::size_t count, Matches matches) {
   return i;
 }
 
-// The two ways in which a value is wrong, told in the JSON library's own words: its exception for
-// a value of that type. Null counts as an object without members.
+// The two ways in which a value can be wrong. Both throw the JSON library's own exception for a
+// value of that type. Null counts as an object without members.
 void RequireObject(JsonType type) {
   if (type == JsonType::object || type == JsonType::null) return;
   const Json value(type);
@@ -210,15 +206,23 @@ std::string DefaultConfigText() {
   return ObjectText(sections, 0) + '\n';
 }
 
+// Creates the file at `path` with the defaults, whole or not at all: a process that starts at the
+// same moment must not read half a file. Fails if anything is at `path`, since a file that exists
+// but cannot be read holds somebody's settings.
+bool CreateConfigFile(const char* path) {
+  const SystemPath place = SystemPathOf(path);
+  NewFile file;
+  return file.CreateBeside(place) == 0 && file.WriteText(DefaultConfigText()) == 0 &&
+         file.MoveTo(place, NewFile::Existing::kStays) == 0;
+}
+
 }  // namespace
 
 LauncherConfig LoadLauncherConfig(const char* path) {
   if (const OwnedFile file{_fsopen(path, "r", _SH_DENYNO)}) return ReadConfig(file.get());
 
-  // A file that is there but cannot be read holds somebody's settings, and a second process may be
-  // here at the same moment: CreateTextFile replaces nothing and shows nobody half a file. Where it
-  // fails the defaults serve all the same.
-  CreateTextFile(path, DefaultConfigText());
+  // The load returns the defaults also if the file could not be created.
+  static_cast<void>(CreateConfigFile(path));
   std::printf("Created default config: %s\n", path);
   std::fflush(stdout);
   return DefaultConfig();

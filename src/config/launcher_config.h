@@ -9,29 +9,19 @@ namespace launcher {
 
 inline constexpr char kConfigPath[] = "config.json";
 
-// The twelve settings. All are text, those that read like truth values too.
+// The twelve settings. All are text, also those that read like truth values.
 struct LauncherConfig {
-  std::string apiServer;
-  std::string orvaneServer;
-  std::string purchaseServer;
-  std::string telemetryServer;
-  std::string downloadUrl;
-  std::string orvaneQaApiUrl;
-  std::string orvaneCiApiUrl;
-  std::string gameUrl;
-  std::string gameVersion;
-  std::string sslCheck;
-  std::string isStaging;
-  std::string isShipping;
+#define SETTING(section, key, field, defaultText) std::string field;
+#include "config/settings.inc"
 };
 
-// Reads the settings from the file at `path`. Where it cannot be opened the defaults serve: they
-// are written to `path` unless something is there, and the line "Created default config: PATH" is
-// printed either way.
+// Reads the settings from the file at `path`. If it cannot be opened, returns the defaults, writes
+// them to `path` unless something is there, and prints the line "Created default config: PATH" in
+// either case.
 //
 // A file that opens must hold a JSON object with all twelve settings as strings; what follows the
-// object is not looked at. Throws the JSON library's exception where it does not, for the first
-// setting that is wrong, and std::bad_alloc. The file is then left as it is.
+// object is not looked at. Otherwise throws the JSON library's exception for the first wrong
+// setting. Throws std::bad_alloc if memory runs out. A file that exists is never changed.
 LauncherConfig LoadLauncherConfig(const char* path);
 
 }  // namespace launcher

@@ -7,7 +7,7 @@
 #include "bfbr/repeated_blocks.h"
 #include "launcher_dll.h"
 #include "support/interrupt.h"
-#include "support/new_file.h"
+#include "support/output_file.h"
 #include "support/quiet_library.h"
 
 namespace launcher {
@@ -323,7 +323,7 @@ void FileWorker::Mark(Outcome* outcome) {
 
 void FileWorker::Write(const std::string& path) {
   const Clock clock(&times_.writing);
-  NewFile output;
+  OutputFile output;
   if (!path.empty()) {
     if (const SystemError error = output.Open(path); error != 0) FailToWrite(path, error);
   }

@@ -13,8 +13,8 @@
 #include "bfbr/reporter.h"
 #include "support/input_file.h"
 #include "support/interrupt.h"
-#include "support/side_by_side.h"
 #include "support/terminal.h"
+#include "support/threads.h"
 
 namespace launcher {
 namespace {
@@ -144,10 +144,10 @@ int RunFiles(const Options& options) {
     if (now - interruptedAt < kPatience) return;
     reporter.TellOfTheRest();
     const int exitCode = reporter.Finish();
-    AbandonNewFiles();
+    AbandonOutputFiles();
     EndAtOnce(exitCode);
   };
-  RunSideBySide(jobs, work, watch);
+  RunInThreads(jobs, work, watch);
   const int exitCode = reporter.Finish();
   if (options.showsTimes) PrintTimes(times, reporter.SecondsSinceBegin(), bytes, jobs);
   return exitCode;

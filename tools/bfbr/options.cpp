@@ -9,8 +9,8 @@
 
 #include "launcher_dll.h"
 #include "support/input_file.h"
-#include "support/side_by_side.h"
 #include "support/terminal.h"
+#include "support/threads.h"
 
 namespace launcher {
 namespace {

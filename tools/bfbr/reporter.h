@@ -11,8 +11,8 @@
 #include "bfbr/container_file.h"
 #include "bfbr/options.h"
 #include "bfbr/outcome.h"
-#include "support/new_file.h"
-#include "support/side_by_side.h"
+#include "support/output_file.h"
+#include "support/threads.h"
 
 namespace launcher {
 
@@ -66,7 +66,7 @@ class Reporter {
   std::size_t interrupted_ = 0;
   int exitCode_ = kFine;
   std::string report_;
-  NewFile reportFile_;
+  OutputFile reportFile_;
   bool canWriteReport_ = true;
 };
 

@@ -10,11 +10,11 @@
 #include <utility>
 #include <vector>
 
+#include "doctor/config_text.h"
 #include "doctor/file_bytes.h"
-#include "doctor/settings_text.h"
 #include "doctor/zip_file.h"
 #include "launcher_dll.h"
-#include "support/new_file.h"
+#include "support/output_file.h"
 #include "support/terminal.h"
 
 namespace launcher::doctor {
@@ -36,7 +36,7 @@ std::string TimeNow() {
 // A settings file as it may leave the machine. UTF-16 is turned into UTF-8, as otherwise the user's
 // name would not be found in it.
 std::string SettingsToSend(const std::string& bytes) {
-  return WithoutUser(bytes.find('\0') == std::string::npos ? bytes : ReadSettingsText(bytes).text);
+  return WithoutUser(bytes.find('\0') == std::string::npos ? bytes : ReadConfigText(bytes).text);
 }
 
 // What a terminal shows of a text from elsewhere: no control characters.
@@ -81,7 +81,7 @@ int WriteBundle(const Subject& subject, const BundleOptions& options) {
       {"report.json", report.JsonText()},
       {"versions.txt", "doctor " QX_VERSION "\n" + SystemName() + '\n' + TimeNow() + '\n'}};
   try {
-    files.emplace_back("config.json", SettingsToSend(ReadBytes(subject.config, kLargestSettings)));
+    files.emplace_back("config.json", SettingsToSend(ReadBytes(subject.config, kLargestConfig)));
   } catch (const std::exception&) {
     // The report says that there is none, or why it cannot be read.
   }
@@ -99,9 +99,9 @@ int WriteBundle(const Subject& subject, const BundleOptions& options) {
   }
   try {
     const std::string zip = MakeZip(files);
-    const SystemError error =
-        WriteNewFile(NarrowPath(options.output), zip,
-                     options.replaces ? NewFile::Existing::kReplaced : NewFile::Existing::kStays);
+    const SystemError error = WriteOutputFile(
+        NarrowPath(options.output), zip,
+        options.replaces ? NewFile::Existing::kReplaced : NewFile::Existing::kStays);
     if (error != 0) return Refuse(output + ": " + SystemErrorText(error));
   } catch (const std::exception& failure) {
     return Refuse(output + ": " + failure.what());

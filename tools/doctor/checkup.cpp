@@ -53,7 +53,7 @@ bool ExamineImage(const fs::path& path, const Image& image, Report& report) {
                 "game's launcher is a 32-bit program",
                 "put the 32-bit " + name + " of the package in its place"});
   } else {
-    const bool isHere = image.format == kHostFormat;
+    const bool isHere = image.format == kMachineFormat;
     report.Add({"bitness", Status::ok,
                 name + " is for " + image.machine +
                     (isHere ? ", as this process (" + std::to_string(kProcessBits) + " bits)"
@@ -272,14 +272,14 @@ std::optional<LoadedLibrary> OpenLibrary(const Subject& subject, Report& report)
     fits = CheckExportTable(image, report) && fits;
   }
   if (!fits) return std::nullopt;
-  if (image.format != kHostFormat) {
+  if (image.format != kMachineFormat) {
     report.Add({"load", Status::ok,
                 "not tried: a library of another system. Its file was looked at, and it was not "
                 "called"});
     return std::nullopt;
   }
   std::optional<LoadedLibrary> library = Load(path, report);
-  if (!library || kHostFormat == ImageFormat::pe) return library;
+  if (!library || kMachineFormat == ImageFormat::pe) return library;
   const bool hasAll =
       CheckNames([&](const std::string& name) { return library->Find(name) != nullptr; },
                  kNamesAreDecorated, "an older library, or another one of the same name", report);
@@ -297,7 +297,7 @@ std::optional<std::string> ReadSettings(const Subject& subject, Report& report) 
     return std::nullopt;
   }
   try {
-    return ReadBytes(subject.config, kLargestSettings);
+    return ReadBytes(subject.config, kLargestConfig);
   } catch (const std::exception& failure) {
     report.Add({"settings", Status::broken, name + " cannot be read: " + failure.what(),
                 "this user may not read it, another program holds it, or it is no file",
@@ -341,7 +341,7 @@ std::optional<std::string> AskDefaults(const LoadedLibrary& library) {
   const SystemError error = RunQuietly([&] {
     if (QX_IN(library, QX_IsStaging)() != 1) return;
     try {
-      text = ReadBytes("config.json", kLargestSettings);
+      text = ReadBytes("config.json", kLargestConfig);
     } catch (const std::exception&) {
       text.clear();
     }
@@ -356,7 +356,7 @@ void CheckConfig(const Subject& subject, const std::optional<LoadedLibrary>& lib
   if (!bytes) return;
   std::optional<LibraryVerdict> verdict;
   if (library) verdict = AskLibrary(*library, *bytes);
-  CheckSettings(*bytes, Shown(subject.config), verdict, report);
+  CheckConfig(*bytes, Shown(subject.config), verdict, report);
 }
 
 void CheckAll(const Subject& subject, Report& report) {

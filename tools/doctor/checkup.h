@@ -8,9 +8,9 @@
 #include <optional>
 #include <string>
 
+#include "doctor/config_file.h"
 #include "doctor/finding.h"
-#include "doctor/host.h"
-#include "doctor/settings_file.h"
+#include "doctor/machine.h"
 
 namespace launcher::doctor {
 

@@ -9,7 +9,7 @@
 #include <system_error>
 
 #include "doctor/file_bytes.h"
-#include "support/new_file.h"
+#include "support/output_file.h"
 
 namespace launcher::doctor {
 namespace {
@@ -37,7 +37,7 @@ fs::path KeepCopy(const fs::path& path, const std::string& bytes) {
     std::error_code ignored;
     if (fs::exists(fs::symlink_status(kept, ignored))) continue;
     const SystemError error =
-        WriteNewFile(NarrowPath(kept), bytes, NewFile::Existing::kStays, true);
+        WriteOutputFile(NarrowPath(kept), bytes, NewFile::Existing::kStays, true);
     if (error == 0) return kept;
     // Somebody else took the name at the same moment.
     if (MeansThatItExists(error)) continue;
@@ -50,12 +50,12 @@ fs::path KeepCopy(const fs::path& path, const std::string& bytes) {
 // early; it takes its place last.
 fs::path Replace(const fs::path& path, const std::string& broken, const std::string& text) {
   const std::string what = path.u8string() + " cannot be written";
-  NewFile file;
+  OutputFile file;
   Check(file.Open(NarrowPath(path)), what);
   Check(file.Write(text.data(), text.size()), what);
   fs::path kept = KeepCopy(path, broken);
   try {
-    if (ReadBytes(path, kLargestSettings) != broken) {
+    if (ReadBytes(path, kLargestConfig) != broken) {
       throw std::runtime_error(path.u8string() + " was changed by another program meanwhile");
     }
     Check(file.Commit(NewFile::Existing::kReplaced, true), what);
@@ -77,7 +77,7 @@ int RepairConfig(const Subject& subject, bool isDryRun) {
     std::fputs(problems.Text().c_str(), stdout);
     return problems.ExitStatus();
   }
-  if (ErrorOfSettings(*bytes).empty()) {
+  if (ErrorOfConfig(*bytes).empty()) {
     Say(name + " loads and is left alone");
     return 0;
   }
@@ -90,7 +90,7 @@ int RepairConfig(const Subject& subject, bool isDryRun) {
   try {
     const std::optional<std::string> defaults = AskDefaults(*library);
     if (!defaults) return Fail("the library gives no defaults");
-    const Repair repair = RepairSettings(*bytes, *defaults);
+    const Repair repair = RepairConfig(*bytes, *defaults);
     const std::optional<LibraryVerdict> verdict = AskLibrary(*library, repair.text);
     if (!verdict) return Fail("the library cannot be asked: is there room for temporary files?");
     if (!verdict->loads) {

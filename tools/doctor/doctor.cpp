@@ -18,7 +18,7 @@
 #include "doctor/config_repair.h"
 #include "doctor/export_list.h"
 #include "doctor/finding.h"
-#include "doctor/host.h"
+#include "doctor/machine.h"
 #include "launcher_dll.h"
 #include "support/terminal.h"
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <utility>
 
-#include "doctor/host.h"
+#include "doctor/machine.h"
 #include "support/json_text.h"
 
 namespace launcher::doctor {

@@ -4,7 +4,7 @@
 #define LAUNCHER_TOOLS_DOCTOR_KNOWN_ANSWERS_H_
 
 #include "doctor/finding.h"
-#include "doctor/host.h"
+#include "doctor/machine.h"
 
 namespace launcher::doctor {
 

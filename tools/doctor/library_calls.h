@@ -6,7 +6,7 @@
 #include <string>
 
 #include "doctor/export_list.h"
-#include "doctor/host.h"
+#include "doctor/machine.h"
 #include "launcher_dll.h"
 
 namespace launcher::doctor {

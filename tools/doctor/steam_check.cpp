@@ -40,7 +40,7 @@ bool CheckSteamFile(const fs::path& libraryFolder, Report& report) {
   } catch (const std::exception& failure) {
     image.fault = failure.what();
   }
-  if (!image.fault.empty() || image.format != kHostFormat) {
+  if (!image.fault.empty() || image.format != kMachineFormat) {
     report.Add({"steam-library", Status::broken,
                 name + " is damaged or no library" +
                     (image.fault.empty() ? "" : ": " + image.fault) +

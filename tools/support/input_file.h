@@ -8,7 +8,7 @@
 #include <optional>
 #include <string>
 
-#include "support/new_file.h"
+#include "support/output_file.h"
 
 namespace launcher {
 

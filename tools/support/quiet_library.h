@@ -8,7 +8,7 @@
 
 #include <functional>
 
-#include "support/new_file.h"
+#include "support/output_file.h"
 
 namespace launcher {
 

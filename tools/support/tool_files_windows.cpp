@@ -1,12 +1,11 @@
-// new_file.h and input_file.h on Windows.
+// output_file.h and input_file.h on Windows.
 
 #include <windows.h>
 
 #include <algorithm>
-#include <cstdio>
 
 #include "support/input_file.h"
-#include "support/new_file.h"
+#include "support/output_file.h"
 
 namespace launcher {
 namespace {
@@ -15,31 +14,9 @@ constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELE
 
 constexpr std::size_t kLargestTransfer = 64u << 20;
 
-// Not in every version of the headers as a number for the call below.
-constexpr auto kDisposition = static_cast<FILE_INFO_BY_HANDLE_CLASS>(4);
-
 SystemError LastError() { return static_cast<SystemError>(GetLastError()); }
 
 HANDLE Handle(std::intptr_t handle) { return reinterpret_cast<HANDLE>(handle); }
-
-// Whether the system removes the file once the last handle to it closes, also that of a process
-// that was ended.
-bool SetGoesOnClose(HANDLE handle, bool goes) {
-  BOOLEAN disposition = goes ? TRUE : FALSE;
-  return SetFileInformationByHandle(handle, kDisposition, &disposition, sizeof disposition) !=
-         FALSE;
-}
-
-std::string TemporaryNameBeside(const std::string& path) {
-  static LONG number = 0;
-  LARGE_INTEGER now = {};
-  QueryPerformanceCounter(&now);
-  char name[64];
-  std::snprintf(name, sizeof name, ".new-%08lx%08lx%08lx.tmp", GetCurrentProcessId(), now.LowPart,
-                static_cast<unsigned long>(InterlockedIncrement(&number)));
-  const std::size_t separator = path.find_last_of("\\/:");
-  return (separator == std::string::npos ? "" : path.substr(0, separator + 1)) + name;
-}
 
 SystemError WriteAll(HANDLE handle, const void* data, std::size_t size) {
   const char* next = static_cast<const char*>(data);
@@ -104,66 +81,29 @@ std::string PathIn(const std::string& directory, const std::string& name) {
   return directory + '\\' + name;
 }
 
-SystemError NewFile::Open(const std::string& path) {
-  Abandon();
-  place_ = path;
+SystemError OutputFile::OpenDevice(const std::string& path, std::intptr_t* device) {
   // A device's name leads to it from every directory.
   const HANDLE there = CreateFileA(path.c_str(), GENERIC_WRITE, kShareAll, nullptr, OPEN_EXISTING,
                                    FILE_ATTRIBUTE_NORMAL, nullptr);
-  if (there != INVALID_HANDLE_VALUE) {
-    isDirect_ = GetFileType(there) != FILE_TYPE_DISK;
-    if (isDirect_) {
-      handle_ = reinterpret_cast<std::intptr_t>(there);
-      return 0;
-    }
+  if (there == INVALID_HANDLE_VALUE) return 0;
+  if (GetFileType(there) == FILE_TYPE_DISK) {
     CloseHandle(there);
+  } else {
+    *device = reinterpret_cast<std::intptr_t>(there);
   }
-  isDirect_ = false;
-  temporary_ = TemporaryNameBeside(path);
-  const HANDLE handle =
-      CreateFileA(temporary_.c_str(), GENERIC_WRITE | DELETE, FILE_SHARE_READ | FILE_SHARE_DELETE,
-                  nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
-  if (handle == INVALID_HANDLE_VALUE) {
-    temporary_.clear();
-    return LastError();
-  }
-  handle_ = reinterpret_cast<std::intptr_t>(handle);
-  // Where the file system has no such thing, a killed process leaves the file, and only that.
-  SetGoesOnClose(handle, true);
   return 0;
 }
 
-SystemError NewFile::Write(const void* data, std::size_t size) {
-  return WriteAll(Handle(handle_), data, size);
+SystemError OutputFile::WriteToDevice(std::intptr_t device, const void* data, std::size_t size) {
+  return WriteAll(Handle(device), data, size);
 }
 
-SystemError NewFile::Commit(Existing existing, bool isSafe) {
-  const HANDLE handle = Handle(handle_);
-  if (isSafe && !isDirect_ && !FlushFileBuffers(handle)) return LastError();
-  if (!isDirect_ && !SetGoesOnClose(handle, false)) {
-    // It never was to go, unless the answer is about something else.
-    const SystemError error = LastError();
-    if (error != ERROR_INVALID_PARAMETER && error != ERROR_NOT_SUPPORTED) return error;
-  }
-  handle_ = -1;
-  if (!CloseHandle(handle)) return LastError();
-  if (isDirect_) return 0;
-  const DWORD flags = (existing == Existing::kReplaced ? DWORD{MOVEFILE_REPLACE_EXISTING} : 0) |
-                      (isSafe ? DWORD{MOVEFILE_WRITE_THROUGH} : 0);
-  if (!MoveFileExA(temporary_.c_str(), place_.c_str(), flags)) return LastError();
-  temporary_.clear();
-  return 0;
+SystemError OutputFile::CloseDevice(std::intptr_t device) {
+  return CloseHandle(Handle(device)) ? 0 : LastError();
 }
 
-void NewFile::Abandon() {
-  if (handle_ != -1) CloseHandle(Handle(handle_));
-  handle_ = -1;
-  if (!temporary_.empty()) DeleteFileA(temporary_.c_str());
-  temporary_.clear();
-}
-
-// The system removes them by itself: they go on close.
-void AbandonNewFiles() {}
+// A link is replaced by the new file.
+std::string OutputFile::ResolvedPath(const std::string& path) { return path; }
 
 InputFile::~InputFile() {
   if (isOwned_ && handle_ != -1) CloseHandle(Handle(handle_));

@@ -1,4 +1,4 @@
-// interrupt.h, terminal.h, quiet_library.h, side_by_side.h and large_memory.h on Linux and its
+// interrupt.h, terminal.h, quiet_library.h, threads.h and large_memory.h on Linux and its
 // like.
 
 #include <fcntl.h>
@@ -21,8 +21,8 @@
 #include "support/interrupt.h"
 #include "support/large_memory.h"
 #include "support/quiet_library.h"
-#include "support/side_by_side.h"
 #include "support/terminal.h"
+#include "support/threads.h"
 
 namespace launcher {
 namespace {
@@ -123,8 +123,8 @@ int ProcessorCount() {
   return count == 0 ? 1 : static_cast<int>(count);
 }
 
-void RunSideBySide(int count, const std::function<void()>& work,
-                   const std::function<void()>& watch) {
+void RunInThreads(int count, const std::function<void()>& work,
+                  const std::function<void()>& watch) {
   std::mutex mutex;
   std::condition_variable hasEnded;
   int running = 0;

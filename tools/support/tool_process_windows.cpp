@@ -1,4 +1,4 @@
-// interrupt.h, terminal.h, quiet_library.h, side_by_side.h and large_memory.h on Windows.
+// interrupt.h, terminal.h, quiet_library.h, threads.h and large_memory.h on Windows.
 
 #include <direct.h>
 #include <fcntl.h>
@@ -14,8 +14,8 @@
 #include "support/interrupt.h"
 #include "support/large_memory.h"
 #include "support/quiet_library.h"
-#include "support/side_by_side.h"
 #include "support/terminal.h"
+#include "support/threads.h"
 
 namespace launcher {
 namespace {
@@ -109,8 +109,8 @@ int ProcessorCount() {
   return std::max(1, static_cast<int>(information.dwNumberOfProcessors));
 }
 
-void RunSideBySide(int count, const std::function<void()>& work,
-                   const std::function<void()>& watch) {
+void RunInThreads(int count, const std::function<void()>& work,
+                  const std::function<void()>& watch) {
   std::vector<HANDLE> threads;
   for (int i = 0; i < count; ++i) {
     const HANDLE thread =

@@ -1,4 +1,4 @@
-#include "doctor/settings_file.h"
+#include "doctor/config_file.h"
 
 #include <algorithm>
 #include <functional>
@@ -9,8 +9,8 @@
 #include <string>
 #include <utility>
 
-#include "doctor/host.h"
-#include "doctor/settings_text.h"
+#include "doctor/config_text.h"
+#include "doctor/machine.h"
 
 namespace launcher::doctor {
 namespace {
@@ -74,7 +74,7 @@ std::size_t CountOf(const Node& object, const std::string& key) {
 // Where a file is looked at: its text, its name and the report.
 class Checker {
  public:
-  Checker(const SettingsText& settings, std::string name, Report& report)
+  Checker(const ConfigText& settings, std::string name, Report& report)
       : settings_(settings), name_(std::move(name)), report_(report) {}
 
   void TellFaults() {
@@ -189,7 +189,7 @@ class Checker {
     report_.Add(std::move(finding));
   }
 
-  const SettingsText& settings_;
+  const ConfigText& settings_;
   std::string name_;
   Report& report_;
 };
@@ -239,7 +239,7 @@ std::optional<std::string> TextOf(const Node& node) {
 // Makes the new file. The order of what is there stays.
 class Repairer {
  public:
-  Repairer(SettingsText settings, const Node& defaults)
+  Repairer(ConfigText settings, const Node& defaults)
       : settings_(std::move(settings)), defaults_(defaults) {}
 
   Repair Run() {
@@ -440,7 +440,7 @@ class Repairer {
     place->value.text = text;
   }
 
-  SettingsText settings_;
+  ConfigText settings_;
   const Node& defaults_;
   std::vector<std::string> changes_;
 };
@@ -451,7 +451,7 @@ std::string AsRead(const std::string& bytes) {
 
 }  // namespace
 
-std::string ErrorOfSettings(const std::string& bytes) {
+std::string ErrorOfConfig(const std::string& bytes) {
   try {
     Json document;
     std::istringstream(AsRead(bytes)) >> document;
@@ -464,10 +464,10 @@ std::string ErrorOfSettings(const std::string& bytes) {
   }
 }
 
-void CheckSettings(const std::string& bytes, const std::string& name,
-                   const std::optional<LibraryVerdict>& verdict, Report& report) {
-  const SettingsText settings = ReadSettingsText(AsRead(bytes));
-  const std::string error = ErrorOfSettings(bytes);
+void CheckConfig(const std::string& bytes, const std::string& name,
+                 const std::optional<LibraryVerdict>& verdict, Report& report) {
+  const ConfigText settings = ReadConfigText(AsRead(bytes));
+  const std::string error = ErrorOfConfig(bytes);
   Checker checker(settings, name, report);
   Finding finding;
   finding.id = "settings";
@@ -501,9 +501,9 @@ void CheckSettings(const std::string& bytes, const std::string& name,
   }
 }
 
-Repair RepairSettings(const std::string& bytes, const std::string& defaults) {
-  const SettingsText known = ReadSettingsText(defaults);
-  return Repairer(ReadSettingsText(AsRead(bytes)), known.document).Run();
+Repair RepairConfig(const std::string& bytes, const std::string& defaults) {
+  const ConfigText known = ReadConfigText(defaults);
+  return Repairer(ReadConfigText(AsRead(bytes)), known.document).Run();
 }
 
 }  // namespace launcher::doctor

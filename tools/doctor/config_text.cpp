@@ -1,4 +1,4 @@
-#include "doctor/settings_text.h"
+#include "doctor/config_text.h"
 
 #include <algorithm>
 #include <cmath>
@@ -645,8 +645,8 @@ void Render(const Node& node, std::size_t indent, std::string& out) {
 
 }  // namespace
 
-SettingsText ReadSettingsText(const std::string& bytes) {
-  SettingsText settings;
+ConfigText ReadConfigText(const std::string& bytes) {
+  ConfigText settings;
   if (!bytes.empty() && bytes.find_first_not_of('\0') == std::string::npos) {
     settings.faults.push_back({&kZeros, 0, {}});
     return settings;

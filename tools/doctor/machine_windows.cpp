@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "doctor/host.h"
+#include "doctor/machine.h"
 
 namespace launcher::doctor {
 namespace {
@@ -42,7 +42,7 @@ using RtlGetVersionFunction = LONG(WINAPI*)(OSVERSIONINFOW*);
 
 const char* const kLibraryName = "LauncherDll.dll";
 const char* const kSteamName = "steam_api.dll";
-const ImageFormat kHostFormat = ImageFormat::pe;
+const ImageFormat kMachineFormat = ImageFormat::pe;
 const bool kNamesAreDecorated = true;
 const bool kTextEndsAtControlZ = true;
 const bool kIsWindows = true;

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "doctor/host.h"
+#include "doctor/machine.h"
 
 namespace launcher::doctor {
 namespace {
@@ -35,7 +35,7 @@ std::optional<fs::path> InSearchPath(const char* name) {
 
 const char* const kLibraryName = "libLauncherDll.so";
 const char* const kSteamName = "libsteam_api.so";
-const ImageFormat kHostFormat = ImageFormat::elf;
+const ImageFormat kMachineFormat = ImageFormat::elf;
 const bool kNamesAreDecorated = false;
 const bool kTextEndsAtControlZ = false;
 const bool kIsWindows = false;

@@ -1,8 +1,8 @@
 // What differs from system to system: how libraries are found and loaded, and what the terminal
 // and the user's folders are.
 
-#ifndef LAUNCHER_TOOLS_DOCTOR_HOST_H_
-#define LAUNCHER_TOOLS_DOCTOR_HOST_H_
+#ifndef LAUNCHER_TOOLS_DOCTOR_MACHINE_H_
+#define LAUNCHER_TOOLS_DOCTOR_MACHINE_H_
 
 #include <cstdint>
 #include <filesystem>
@@ -17,7 +17,7 @@ namespace launcher::doctor {
 // The file names of the library and of Steam's, and what a library must be to be loaded here.
 extern const char* const kLibraryName;
 extern const char* const kSteamName;
-extern const ImageFormat kHostFormat;
+extern const ImageFormat kMachineFormat;
 constexpr int kProcessBits = static_cast<int>(sizeof(void*)) * 8;
 
 // Whether exports go by the names of the 32-bit standard call, and have ordinals.
@@ -80,4 +80,4 @@ std::string SystemName();
 
 }  // namespace launcher::doctor
 
-#endif  // LAUNCHER_TOOLS_DOCTOR_HOST_H_
+#endif  // LAUNCHER_TOOLS_DOCTOR_MACHINE_H_

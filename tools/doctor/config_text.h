@@ -1,8 +1,8 @@
 // The text of a settings file, read so that as much as possible is understood: what is no JSON is
 // noted as a fault, with its place, and read as what was most likely meant.
 
-#ifndef LAUNCHER_TOOLS_DOCTOR_SETTINGS_TEXT_H_
-#define LAUNCHER_TOOLS_DOCTOR_SETTINGS_TEXT_H_
+#ifndef LAUNCHER_TOOLS_DOCTOR_CONFIG_TEXT_H_
+#define LAUNCHER_TOOLS_DOCTOR_CONFIG_TEXT_H_
 
 #include <cstdint>
 #include <string>
@@ -42,7 +42,7 @@ struct Fault {
   std::string detail;  // what stands there, or empty
 };
 
-struct SettingsText {
+struct ConfigText {
   std::string text;  // in UTF-8, without the mark at its beginning
   Node document;
   std::size_t end = 0;  // behind the document: the library reads no further
@@ -56,7 +56,7 @@ struct Place {
   std::size_t column;  // in characters
 };
 
-SettingsText ReadSettingsText(const std::string& bytes);
+ConfigText ReadConfigText(const std::string& bytes);
 
 Place PlaceOf(const std::string& text, std::size_t offset);
 
@@ -65,4 +65,4 @@ std::string RenderNode(const Node& node);
 
 }  // namespace launcher::doctor
 
-#endif  // LAUNCHER_TOOLS_DOCTOR_SETTINGS_TEXT_H_
+#endif  // LAUNCHER_TOOLS_DOCTOR_CONFIG_TEXT_H_

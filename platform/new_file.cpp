@@ -1,0 +1,46 @@
+#include "platform/new_file.h"
+
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+
+#include "platform/win32.h"
+
+namespace launcher {
+namespace {
+
+#if defined(_WIN32)
+constexpr const wchar_t* kSeparators = L"\\/:";
+constexpr SystemError kExists = ERROR_FILE_EXISTS;
+#else
+constexpr const char* kSeparators = "/";
+constexpr SystemError kExists = EEXIST;
+#endif
+
+// Differs between processes and threads that run at the same time. Not by std::rand, whose sequence
+// belongs to the callers.
+std::uint32_t FirstNumber() {
+  return GetCurrentProcessId() * 0x9E3779B1 + GetCurrentThreadId() * 0x85EBCA77 +
+         static_cast<std::uint32_t>(_time64(nullptr));
+}
+
+}  // namespace
+
+SystemError NewFile::CreateBeside(const SystemPath& place) {
+  const std::size_t separator = place.find_last_of(kSeparators);
+  const SystemPath directory = place.substr(0, separator + 1);  // npos + 1 is 0
+
+  constexpr std::uint32_t kTries = 0x10000;
+  SystemError error = kExists;
+  std::uint32_t number = FirstNumber();
+  // Killed processes may have left files behind.
+  for (std::uint32_t i = 0; i < kTries && error == kExists; ++i, ++number) {
+    char name[16];
+    const int length =
+        std::snprintf(name, sizeof name, ".%06x.new", static_cast<unsigned>(number & 0xFFFFFF));
+    error = Create(directory + SystemPath(name, name + length));
+  }
+  return error;
+}
+
+}  // namespace launcher

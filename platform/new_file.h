@@ -1,0 +1,78 @@
+// Files that appear under their name whole or not at all.
+
+#ifndef LAUNCHER_PLATFORM_NEW_FILE_H_
+#define LAUNCHER_PLATFORM_NEW_FILE_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace launcher {
+
+// The system's number for what went wrong: errno on Linux, GetLastError() on Windows. 0 is success.
+using SystemError = int;
+
+// A path as the system takes it without loss.
+#if defined(_WIN32)
+using SystemPath = std::wstring;
+#else
+using SystemPath = std::string;
+#endif
+
+// Converts a path in the encoding of the system's narrow functions: the ANSI code page on Windows,
+// bytes on Linux. Returns an empty path if the text has none.
+SystemPath SystemPathOf(const char* path);
+
+// A file that is written under a temporary name and then gets its own name in one step. Whoever
+// opens that name meanwhile finds what was there before, or the whole new file.
+//
+// If the process is killed the temporary file can stay on Linux; Windows removes it.
+class NewFile {
+ public:
+  NewFile() = default;
+  NewFile(const NewFile&) = delete;
+  NewFile& operator=(const NewFile&) = delete;
+  // Removes the temporary file, unless MoveTo succeeded.
+  ~NewFile() { Abandon(); }
+
+  // Creates the file under the name `temporary`. Fails if anything has that name, also a link.
+  SystemError Create(const SystemPath& temporary);
+
+  // Creates it in the directory of `place`, under the first free name of the form ".123abc.new":
+  // 11 characters, no more than "config.json" has.
+  SystemError CreateBeside(const SystemPath& place);
+
+  // Writes all `size` bytes. After a failure the file holds an unknown part of them.
+  SystemError Write(const void* data, std::size_t size);
+
+  // As Write, with the line ends of the system's text files in place of "\n".
+  SystemError WriteText(const std::string& text);
+
+  // Returns when the disk holds what was written, so that a loss of power cannot empty the file
+  // after MoveTo.
+  SystemError Flush();
+
+  enum class Existing : std::uint8_t { kStays, kReplaced };
+
+  // Closes the file and gives it the name `place`, in the same file system. With kStays this fails
+  // if anything has that name, even if it appears at the same moment. With kReplaced it replaces a
+  // file, and on Linux takes over that file's permissions.
+  SystemError MoveTo(const SystemPath& place, Existing existing);
+
+  // Closes and removes the file, if there is one.
+  void Abandon();
+
+  // Empty if there is no temporary file.
+  const SystemPath& Temporary() const { return temporary_; }
+
+ private:
+  static constexpr std::intptr_t kNone = -1;
+
+  std::intptr_t handle_ = kNone;
+  SystemPath temporary_;
+  bool isFlushed_ = false;
+};
+
+}  // namespace launcher
+
+#endif  // LAUNCHER_PLATFORM_NEW_FILE_H_

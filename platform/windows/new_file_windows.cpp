@@ -1,0 +1,106 @@
+#include <algorithm>
+#include <utility>
+
+#include "platform/new_file.h"
+#include "platform/win32.h"
+
+namespace launcher {
+namespace {
+
+constexpr std::size_t kLargestTransfer = std::size_t{64} << 20;
+
+HANDLE Handle(std::intptr_t handle) { return reinterpret_cast<HANDLE>(handle); }
+
+// GetLastError(), but never 0: what failed must not look like success.
+SystemError LastError() {
+  const DWORD error = GetLastError();
+  return static_cast<SystemError>(error != 0 ? error : DWORD{ERROR_GEN_FAILURE});
+}
+
+// Whether the system removes the file once its last handle closes, also that of a killed process.
+BOOL SetGoesOnClose(HANDLE handle, bool goes) {
+  // FileDispositionInfo, which is not in every version of the headers.
+  constexpr auto kDisposition = static_cast<FILE_INFO_BY_HANDLE_CLASS>(4);
+  BOOLEAN disposition = goes ? TRUE : FALSE;
+  return SetFileInformationByHandle(handle, kDisposition, &disposition, sizeof disposition);
+}
+
+}  // namespace
+
+SystemPath SystemPathOf(const char* path) {
+  const int capacity = MultiByteToWideChar(CP_ACP, MB_ERR_INVALID_CHARS, path, -1, nullptr, 0);
+  if (capacity == 0) return {};
+  SystemPath wide(static_cast<std::size_t>(capacity), L'\0');
+  const int size =
+      MultiByteToWideChar(CP_ACP, MB_ERR_INVALID_CHARS, path, -1, wide.data(), capacity);
+  wide.resize(size == 0 ? 0 : static_cast<std::size_t>(size) - 1);
+  return wide;
+}
+
+SystemError NewFile::Create(const SystemPath& temporary) {
+  Abandon();
+  SystemPath name = temporary;  // before there is a file, since memory can run out
+  const HANDLE handle =
+      CreateFileW(name.c_str(), GENERIC_WRITE | DELETE, FILE_SHARE_READ | FILE_SHARE_DELETE,
+                  nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (handle == INVALID_HANDLE_VALUE) return LastError();
+  handle_ = reinterpret_cast<std::intptr_t>(handle);
+  temporary_ = std::move(name);
+  isFlushed_ = false;
+  // Not every file system can; a killed process then leaves the file.
+  SetGoesOnClose(handle, true);
+  return 0;
+}
+
+SystemError NewFile::Write(const void* data, std::size_t size) {
+  const char* next = static_cast<const char*>(data);
+  while (size > 0) {
+    DWORD count = 0;
+    if (!WriteFile(Handle(handle_), next, static_cast<DWORD>(std::min(size, kLargestTransfer)),
+                   &count, nullptr) ||
+        count == 0) {
+      return LastError();
+    }
+    next += count;
+    size -= count;
+  }
+  return 0;
+}
+
+SystemError NewFile::WriteText(const std::string& text) {
+  std::string lines;
+  for (const char c : text) {
+    if (c == '\n') lines += '\r';
+    lines += c;
+  }
+  return Write(lines.data(), lines.size());
+}
+
+SystemError NewFile::Flush() {
+  isFlushed_ = true;
+  return FlushFileBuffers(Handle(handle_)) ? 0 : LastError();
+}
+
+SystemError NewFile::MoveTo(const SystemPath& place, Existing existing) {
+  const HANDLE handle = Handle(handle_);
+  if (!SetGoesOnClose(handle, false)) {
+    const SystemError error = LastError();
+    const bool neverWasToGo = error == ERROR_INVALID_PARAMETER || error == ERROR_NOT_SUPPORTED;
+    if (!neverWasToGo) return error;
+  }
+  handle_ = kNone;
+  if (!CloseHandle(handle)) return LastError();
+  const DWORD flags = (existing == Existing::kReplaced ? DWORD{MOVEFILE_REPLACE_EXISTING} : 0) |
+                      (isFlushed_ ? DWORD{MOVEFILE_WRITE_THROUGH} : 0);
+  if (!MoveFileExW(temporary_.c_str(), place.c_str(), flags)) return LastError();
+  temporary_.clear();
+  return 0;
+}
+
+void NewFile::Abandon() {
+  if (handle_ != kNone) CloseHandle(Handle(std::exchange(handle_, kNone)));
+  if (!temporary_.empty()) DeleteFileW(temporary_.c_str());
+  temporary_.clear();
+}
+
+}  // namespace launcher
