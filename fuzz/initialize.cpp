@@ -4,6 +4,9 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <string>
 
 #include "support/data_file.h"
 #include "support/scratch_directory.h"
@@ -12,11 +15,10 @@ extern "C" int LLVMFuzzerInitialize(int* /*count*/, char*** /*arguments*/) {
   if (std::freopen("/dev/null", "w", stdout) == nullptr) return 1;
   std::filesystem::current_path(std::filesystem::temp_directory_path());
   static const launcher::test::ScratchDirectory scratch;
-  // The shortest settings, since QX_Decode reads them three times.
-  launcher::test::WriteFile(
-      "config.json",
-      R"({"Orvane":{"Api_server":"","Orvane_server":"","Purchase_server":"","Telemetry_server":"",)"
-      R"("Download_url":"","Orvane_qa_api_url":"","Orvane_ci_api_url":"","Game_url":""},)"
-      R"("Settings":{"game_version":"","ssl_check":"","Is_Staging":"","Is_Shipping":""}})");
+  // Settings as short as possible, since QX_Decode reads them three times.
+  std::map<std::string, std::map<std::string, std::string>> settings;
+#define SETTING(section, key, field, defaultText) settings[#section][#key] = "";
+#include "settings.inc"
+  launcher::test::WriteFile("config.json", nlohmann::json(settings).dump());
   return 0;
 }

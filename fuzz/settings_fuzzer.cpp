@@ -26,17 +26,15 @@ constexpr char kPath[] = "config.json";
 struct Setting {
   const char* section;
   const char* key;
-  StringLabel label;  // -1: none
 };
 
 constexpr Setting kSettings[] = {
-    {"Orvane", "Api_server", 1001},        {"Orvane", "Orvane_server", 1200},
-    {"Orvane", "Purchase_server", 1210},   {"Orvane", "Telemetry_server", 1220},
-    {"Orvane", "Download_url", 1240},      {"Orvane", "Orvane_qa_api_url", 5000},
-    {"Orvane", "Orvane_ci_api_url", 5001}, {"Orvane", "Game_url", 5100},
-    {"Settings", "game_version", -1},      {"Settings", "ssl_check", -1},
-    {"Settings", "Is_Staging", -1},        {"Settings", "Is_Shipping", -1},
+#define SETTING(section, key, field, defaultText) {#section, #key},
+#include "settings.inc"
 };
+
+// The labels of the first settings, in the same order. The others have none.
+constexpr StringLabel kLabels[] = {1001, 1200, 1210, 1220, 1240, 5000, 5001, 5100};
 
 using Texts = std::map<StringLabel, std::string>;
 
@@ -55,9 +53,9 @@ struct Model {
     try {
       Json document;
       std::istringstream(content) >> document;
-      for (const Setting& setting : kSettings) {
-        const auto text = document[setting.section][setting.key].get<std::string>();
-        if (setting.label >= 0) texts[setting.label] = text.c_str();  // up to a NUL
+      for (std::size_t i = 0; i < std::size(kSettings); ++i) {
+        const auto text = document[kSettings[i].section][kSettings[i].key].get<std::string>();
+        if (i < std::size(kLabels)) texts[kLabels[i]] = text.c_str();  // up to a NUL
       }
     } catch (const Json::exception& failure) {
       error = failure.what();

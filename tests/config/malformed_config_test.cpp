@@ -69,10 +69,10 @@ TEST_F(MalformedConfig, IsToldWhereItIsNoJson) {
 }
 
 TEST_F(MalformedConfig, IsToldForEachSetting) {
-  const char* const keys[] = {"Api_server",        "Orvane_server", "Purchase_server",
-                              "Telemetry_server",  "Download_url",  "Orvane_qa_api_url",
-                              "Orvane_ci_api_url", "Game_url",      "game_version",
-                              "ssl_check",         "Is_Staging",    "Is_Shipping"};
+  const char* const keys[] = {
+#define SETTING(section, key, field, defaultText) #key,
+#include "settings.inc"
+  };
   for (const std::string key : keys) {
     const std::string member = '"' + key + "\": ";
     ExpectError(DefaultsWith(member, "\"no_" + key + "\": "), WrongType("null"));

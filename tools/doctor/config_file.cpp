@@ -24,12 +24,13 @@ struct Setting {
 
 // In the order in which the library reads them.
 constexpr Setting kSettings[] = {
-    {"Orvane", "Api_server"},        {"Orvane", "Orvane_server"}, {"Orvane", "Purchase_server"},
-    {"Orvane", "Telemetry_server"},  {"Orvane", "Download_url"},  {"Orvane", "Orvane_qa_api_url"},
-    {"Orvane", "Orvane_ci_api_url"}, {"Orvane", "Game_url"},      {"Settings", "game_version"},
-    {"Settings", "ssl_check"},       {"Settings", "Is_Staging"},  {"Settings", "Is_Shipping"},
+#define SETTING(section, key, field, defaultText) {#section, #key},
+#include "settings.inc"
 };
-constexpr const char* kSections[] = {"Orvane", "Settings"};
+constexpr const char* kSections[] = {
+#define SECTION(name) #name,
+#include "settings.inc"
+};
 
 constexpr const char* kRepairNext = "\"doctor config repair\" does it and keeps the old file";
 

@@ -1,10 +1,14 @@
-# Makes everything that needs the export table from its one list, src/frame/exports.json:
+# Makes what other folders need of the lists in src/. From the list of exports, src/frame/exports.json:
 #
 #   LAUNCHER_EXPORTS_DEF   for linking the DLL: decorated names at their ordinals
 #   LAUNCHER_EXPORTS_MAP   for linking the native library: plain names, everything else hidden
 #   LAUNCHER_EMPTY_EXPORTS for the Microsoft import library: an empty function for each export
 #   generated/export_table.inc  for the tests: EXPORT(ordinal, name, argument bytes)
 #   generated/export_calls.inc  likewise: CALL(return type, name, (parameters), (arguments))
+#
+# From src/config/settings.inc:
+#
+#   generated/settings.inc  the same, for the tools, tests and fuzzers
 
 set(export_list "${PROJECT_SOURCE_DIR}/src/frame/exports.json")
 set(export_folder "${PROJECT_BINARY_DIR}/generated")
@@ -53,3 +57,5 @@ file(CONFIGURE OUTPUT "${LAUNCHER_EXPORTS_MAP}" CONTENT "${map}" @ONLY)
 file(CONFIGURE OUTPUT "${LAUNCHER_EMPTY_EXPORTS}" CONTENT "${empty_functions}" @ONLY)
 file(CONFIGURE OUTPUT "${export_folder}/export_table.inc" CONTENT "${table}" @ONLY)
 file(CONFIGURE OUTPUT "${export_folder}/export_calls.inc" CONTENT "${calls}" @ONLY)
+
+configure_file("${PROJECT_SOURCE_DIR}/src/config/settings.inc" "${export_folder}/settings.inc" COPYONLY)
