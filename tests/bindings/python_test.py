@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """The Python binding with the native library, and as much of its Windows side as needs no Windows.
 
-Usage: python_test.py LIBRARY exports.json containers.txt
+Usage: python_test.py LIBRARY exports.json container-vectors.json
 """
 
 import ctypes
@@ -20,18 +20,9 @@ sys.path.insert(0, str(ROOT / "bindings" / "python"))
 import launcher_dll  # noqa: E402
 from launcher_dll import LauncherError  # noqa: E402
 
-LIBRARY, EXPORT_LIST, CONTAINERS = map(os.path.abspath, sys.argv[1:4])
+LIBRARY, EXPORT_LIST, VECTORS = map(os.path.abspath, sys.argv[1:4])
 KEY = b"7E3A90C2D1F86B45"
 MARKER = b"/* QTRMWO_Kd3Z_HLvN */"
-
-
-def known_containers():
-    for line in pathlib.Path(CONTAINERS).read_text(encoding="ascii").splitlines():
-        if not line.startswith("#"):
-            name, key, payload, container = line.split()
-            yield (name, bytes.fromhex(key),
-                   None if payload == "fails" else bytes.fromhex(payload.strip("-")),
-                   bytes.fromhex(container))
 
 
 class PythonBinding(unittest.TestCase):
@@ -84,19 +75,22 @@ class PythonBinding(unittest.TestCase):
             self.assertEqual(launcher_dll.Library().path, pathlib.Path(LIBRARY).resolve())
 
     def test_makes_and_reads_known_containers(self):
-        odd = ("empty", "other-key", "filler-not-zero", "length-")
-        for name, key, payload, container in known_containers():
-            with self.subTest(name):
-                if payload is None:
+        for vector in json.loads(pathlib.Path(VECTORS).read_text(encoding="ascii"))["vectors"]:
+            with self.subTest(vector["name"]):
+                key, container = bytes.fromhex(vector["key"]), bytes.fromhex(vector["container"])
+                self.assertEqual(self.library.verify(container, key), vector["verdict"] != "invalid")
+                if vector["verdict"] == "invalid":
                     with self.assertRaises(LauncherError) as caught:
                         self.library.decode(container, key)
                     self.assertEqual((caught.exception.export, caught.exception.result),
                                      ("file_cipher_decode", 7))
-                    self.assertFalse(self.library.verify(container, key))
                     continue
+                payload = bytes.fromhex(vector["payload"])
+                if vector["verdict"] == "valid":
+                    payload = vector["prefix"].encode() + payload
                 self.assertEqual(self.library.decode(container, key), payload)
-                self.assertEqual(self.library.verify(container), name != "other-key")
-                if not name.startswith(odd):
+                self.assertEqual(self.library.verify(container), key == KEY)
+                if vector["encoded"]:
                     self.assertEqual(self.library.encode(payload), container)
 
     def test_treats_the_marker_as_asked(self):
@@ -119,9 +113,7 @@ class PythonBinding(unittest.TestCase):
     def test_refuses(self):
         container = self.library.encode(b"data")
         for call in (lambda: self.library.encode(b""),
-                     lambda: self.library.decode(b""),
-                     lambda: self.library.decode(container, b"abc"),
-                     lambda: self.library.decode(container, bytes(57))):
+                     lambda: self.library.decode(b"")):
             with self.assertRaises(LauncherError) as caught:
                 call()
             self.assertEqual(caught.exception.result, 7)

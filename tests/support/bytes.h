@@ -13,7 +13,6 @@ using Bytes = std::vector<std::uint8_t>;
 
 inline Bytes BytesOf(const std::string& text) { return Bytes(text.begin(), text.end()); }
 
-// "-" stands for no bytes.
 inline Bytes BytesFromHex(const std::string& digits) {
   Bytes bytes;
   for (std::size_t i = 0; i + 1 < digits.size(); i += 2) {

@@ -1,46 +1,48 @@
-// The containers of tests/data/containers.txt, which openssl made.
+// The containers of docs/container-vectors.json, which OpenSSL made.
 
 #ifndef LAUNCHER_TESTS_SUPPORT_KNOWN_CONTAINERS_H_
 #define LAUNCHER_TESTS_SUPPORT_KNOWN_CONTAINERS_H_
 
-#include <stdexcept>
+#include <optional>
+#include <ostream>
 #include <string>
 #include <vector>
 
 #include "support/bytes.h"
-#include "support/data_file.h"
 #include "support/guarded_buffer.h"
 
 namespace launcher::test {
 
+// What a decoder returns and writes.
+struct Decoding {
+  static constexpr std::uint32_t kUnwritten = 0xCDCDCDCD;
+
+  std::int32_t result = 0;
+  std::uint32_t size = kUnwritten;
+  std::uint32_t offset = kUnwritten;
+};
+bool operator==(const Decoding& one, const Decoding& other);
+std::ostream& operator<<(std::ostream& out, const Decoding& decoding);
+
 struct KnownContainer {
   std::string name;
   Bytes key;
-  bool isIntact;
-  bool isMadeByEncoding;  // with the built-in key, and nothing odd about it
-  Bytes payload;          // of an intact one
+  std::string prefix;
   Bytes container;
+  bool isDeciphered;  // its size, its magic and the key are right
+  bool isIntact;
+  bool isMadeByEncoding;
+  Bytes payload;      // of an intact one, prefix included
+  Decoding decoding;  // by file_cipher_decode
+  // By QX_Decode, without and with checkMarker; empty unless the key is the built-in one.
+  std::optional<Decoding> keyedDecoding[2];
 };
 
-inline std::vector<KnownContainer> KnownContainers() {
-  std::vector<KnownContainer> containers;
-  for (const auto& row : ReadDataLines("containers.txt", 4)) {
-    const std::string& name = row[0];
-    const bool isIntact = row[2] != "fails";
-    const bool isOdd = name == "empty" || name == "other-key" || name == "filler-not-zero" ||
-                       name.compare(0, 7, "length-") == 0;
-    containers.push_back({name, BytesFromHex(row[1]), isIntact, isIntact && !isOdd,
-                          isIntact ? BytesFromHex(row[2]) : Bytes(), BytesFromHex(row[3])});
-  }
-  return containers;
-}
+std::vector<KnownContainer> KnownContainers();
+KnownContainer KnownContainerNamed(const std::string& name);
 
-inline KnownContainer KnownContainerNamed(const std::string& name) {
-  for (KnownContainer& known : KnownContainers()) {
-    if (known.name == name) return known;
-  }
-  throw std::invalid_argument(name);
-}
+// Fails the test unless `block` is what a decoder leaves of the container.
+void ExpectDecodedInPlace(const GuardedBuffer& block, const KnownContainer& known);
 
 }  // namespace launcher::test
 

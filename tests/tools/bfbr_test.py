@@ -29,22 +29,22 @@ PROGRAM = []
 WINDOWS = False
 
 
-def known_containers():
-    """Name: key in hexadecimal, payload or None where decoding fails, container."""
-    known = {}
-    for line in (ROOT / "tests/data/containers.txt").read_text().splitlines():
-        if line.startswith("#"):
-            continue
-        name, key, payload, container = line.split()
-        decoded = {"fails": None, "-": b""}.get(payload, payload)
-        known[name] = (key, bytes.fromhex(decoded) if isinstance(decoded, str) else decoded,
-                       bytes.fromhex(container))
-    return known
+VECTORS = json.loads((ROOT / "docs/container-vectors.json").read_text(encoding="ascii"))["vectors"]
 
 
-KNOWN = known_containers()
+def payload_of(vector):
+    """The whole payload, prefix included; None if decoding fails."""
+    if vector["verdict"] == "invalid":
+        return None
+    prefix = vector["prefix"] if vector["verdict"] == "valid" else ""
+    return prefix.encode() + bytes.fromhex(vector["payload"])
+
+
+# Name: key in hexadecimal, payload, container.
+KNOWN = {vector["name"]: (vector["key"], payload_of(vector), bytes.fromhex(vector["container"]))
+         for vector in VECTORS}
 BUILT_IN = KNOWN["size-1"][0]
-ODD_FILLER = {"filler-not-zero", "length-93-of-100"}  # as no encoder makes it
+ODD_FILLER = {"filler-a5", "filler-ff", "length-93-of-100"}  # as no encoder makes it
 MARKER = KNOWN["marker-alone"][1]
 
 
@@ -86,8 +86,7 @@ class Everywhere(Case):
     """What is tried under Wine too, in few runs."""
 
     def test_round_trips(self):
-        payloads = {name: row[1] for name, row in KNOWN.items() if row[0] == BUILT_IN and row[1]
-                    and name not in ODD_FILLER}
+        payloads = {vector["name"]: payload_of(vector) for vector in VECTORS if vector["encoded"]}
         for name, payload in payloads.items():
             self.put(name, payload)
         self.expect(0, "encode", "--out-dir", "packed", *payloads)
@@ -104,17 +103,15 @@ class Everywhere(Case):
         self.assertEqual(self.expect(0, "decode", "-", data=container), data)
 
     def test_tells_which_test_failed(self):
-        reasons = {"length-92-of-100": "length", "length-101-of-100": "length",
-                   "length-wraps": "length", "digest-wrong": "digest", "other-key": "length"}
-        for name, (_, _, container) in KNOWN.items():
-            self.put(name, container)
-        self.put("magic", b"BFBS" + KNOWN["size-1"][2][4:])
-        self.put("cut", KNOWN["size-100"][2][:-1])
-        reasons.update(magic="magic", cut="size", absent="read")
-        names = [*KNOWN, "magic", "cut", "absent"]
-        for row in self.objects(3, "inspect", *names):
+        reasons = {vector["name"]: vector["reason"] for vector in VECTORS
+                   if vector["key"] == BUILT_IN and vector["reason"] != "marker"}
+        for name in reasons:
+            self.put(name, KNOWN[name][2])
+        reasons["absent"] = "read"
+        reasons["plain-text"] = "size"  # both are wrong, and bfbr tests the size before the magic
+        for row in self.objects(3, "inspect", *reasons):
             name = row["file"]
-            self.assertEqual((row["ok"], row["reason"]), (name not in reasons, reasons.get(name)))
+            self.assertEqual((row["ok"], row["reason"]), (not reasons[name], reasons[name]), name)
             if not row["ok"]:
                 continue
             payload, container = KNOWN[name][1:]
@@ -143,10 +140,10 @@ class Data(Case):
         self.assertEqual(marked, MARKER + b"data")
         self.expect(0, "mark", data=marked, says="warning: the data have the marker already")
         packed = self.put("packed", self.expect(0, "encode", data=marked))
-        plain = self.put("plain", KNOWN["size-100"][2])
+        plain = self.put("plain", KNOWN["size-44"][2])
         for how, wanted in (("keep", marked), ("strip", b"data"), ("require", b"data")):
             self.assertEqual(self.expect(0, "decode", f"--marker={how}", packed), wanted)
-        self.assertEqual(self.expect(0, "decode", "--marker", "strip", plain), KNOWN["size-100"][1])
+        self.assertEqual(self.expect(0, "decode", "--marker", "strip", plain), KNOWN["size-44"][1])
         for command in ("decode", "verify"):
             out = self.expect(1, command, "--marker=require", plain, says="marker:")
             self.assertEqual(out, b"")
@@ -172,7 +169,7 @@ class Data(Case):
         self.expect(2, "encode", packed, "--key-hex", secret)
 
     def test_damage_delivers_nothing(self):
-        container = KNOWN["size-100"][2]
+        container = KNOWN["size-44"][2]
         whole = len(container)
         for size in range(whole):
             self.put(f"cut{size}", container[:size])

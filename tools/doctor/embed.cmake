@@ -1,19 +1,23 @@
-# Makes OUTPUT, a source file with the bytes of INPUT:
+# Makes OUTPUT, a source file that defines CONSTANT as the content of INPUT, an ASCII text:
 #
-#   cmake -D INPUT=... -D OUTPUT=... -P embed.cmake
+#   cmake -D INPUT=... -D CONSTANT=... -D OUTPUT=... -P embed.cmake
 
 file(READ "${INPUT}" digits HEX)
 string(REGEX REPLACE "(..)" "0x\\1," bytes "${digits}")
 string(REGEX REPLACE "((0x..,)(0x..,)(0x..,)(0x..,)(0x..,)(0x..,)(0x..,)(0x..,))" "\\1\n" bytes
   "${bytes}")
-file(WRITE "${OUTPUT}" "#include \"doctor/embedded_exports.h\"
+file(WRITE "${OUTPUT}" "#include \"doctor/embedded_files.h\"
 
 namespace launcher::doctor {
+namespace {
 
-const unsigned char kEmbeddedExports[] = {
+constexpr char kBytes[] = {
 ${bytes}
 };
-const std::size_t kEmbeddedExportsSize = sizeof kEmbeddedExports;
+
+}  // namespace
+
+const std::string_view ${CONSTANT}(kBytes, sizeof kBytes);
 
 }  // namespace launcher::doctor
 ")

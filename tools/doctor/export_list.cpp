@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "doctor/embedded_exports.h"
+#include "doctor/embedded_files.h"
 
 namespace launcher::doctor {
 namespace {
@@ -58,7 +58,7 @@ ResultMeaning ToMeaning(const Json& entry) {
 }
 
 std::vector<Export> ReadList() {
-  const Json list = Json::parse(kEmbeddedExports, kEmbeddedExports + kEmbeddedExportsSize);
+  const Json list = Json::parse(kExportList);
   std::vector<Export> exports;
   for (const Json& entry : list.at("exports")) {
     Export read = {entry.at("ordinal").get<std::uint32_t>(),

@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
+#include "doctor/embedded_files.h"
 #include "doctor/library_calls.h"
 #include "support/quiet_library.h"
 
@@ -13,34 +15,15 @@ namespace launcher::doctor {
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
+using Json = nlohmann::json;
 
-// Made with the openssl program by scripts/make_containers.py.
-struct Container {
-  const char* payload;
-  const char* container;
-};
-constexpr Container kContainers[] = {
-    {"fbaf11b7e6",
-     "42464252d7d2518eca179dbe1581056fcad84f7a421661726bf000d7a046e4be31678300ae710713246111e701"
-     "8a71a4ae8fd94e"},
-    {"fbaf11b7e6b4b8bf6cbc21aa",
-     "42464252342924aa5e9ab8187a86737a0d989796d4d16f7e8ddaafe6a74e2c75f0736f5f45482e85d3cb0cbc38"
-     "d8c4231bc0a084"},
-    {"fbaf11b7e6b4b8bf6cbc21aa164582e1a83f6a5eb0cf1363ff1010710e69665d8286ead36463538956a6acd6",
-     "424642523015129ccc84f2c72666bc0ca248bc545eb248139daf5c3aa0f821d30961a5415cb684c9ce85c90438"
-     "d8c4231bc0a0840b460653f16a0366d971ce52247ae7bd3e3cef2e138a85efc1cbbd737c65f99b"},
-};
-// The marker alone, enciphered.
-constexpr const char* kMarkerContainer =
-    "4246425262a1680624e2d23261d06194e4eeec9cd479f9ff50ad26b91234897b1fb4579d04b7848b8c1d1d8189f021"
-    "d4ebf6212ebb87189ade7f73584c269cf09aea7dcc";
-
-constexpr std::uint32_t kPayloadOffset = 40;
 constexpr std::uint32_t kMarkerSize = 22;
 constexpr StringLabel kKeyLabel = 11000;
 
-Bytes FromHex(const std::string& digits) {
+// The bytes of hexadecimal digits; none of a null.
+Bytes FromHex(const Json& text) {
   Bytes bytes;
+  const std::string digits = text.is_null() ? "" : text.get<std::string>();
   for (std::size_t i = 0; i + 1 < digits.size(); i += 2) {
     bytes.push_back(static_cast<std::uint8_t>(std::stoi(digits.substr(i, 2), nullptr, 16)));
   }
@@ -79,22 +62,19 @@ class Group {
   std::vector<std::string> wrong_;
 };
 
-void AskCipher(const LoadedLibrary& library, Group& group) {
-  char key[64] = "";
-  group.Expect(QX_IN(library, QX_LoadString)(kKeyLabel, key, sizeof key) == QX_SUCCEEDED,
-               "QX_LoadString");
-  const auto keyLength = static_cast<std::int32_t>(std::strlen(key));
-  const auto* const keyBytes = reinterpret_cast<const std::uint8_t*>(key);
-  const auto decode = QX_IN(library, file_cipher_decode);
-  for (const Container& known : kContainers) {
-    const Bytes payload = FromHex(known.payload);
-    const Bytes container = FromHex(known.container);
-    const auto size = static_cast<std::uint32_t>(payload.size());
-    const auto blockSize = static_cast<std::uint32_t>(container.size());
+// Encodes and decodes a vector of docs/container-vectors.json.
+void AskVector(const LoadedLibrary& library, const Json& vector, Group& group) {
+  const Bytes key = FromHex(vector.at("key"));
+  const Bytes container = FromHex(vector.at("container"));
+  const Bytes payload = FromHex(vector.at("payload"));
+  const auto prefix = vector.at("prefix").get<std::string>();
+  const auto blockSize = static_cast<std::uint32_t>(container.size());
+  const auto size = static_cast<std::uint32_t>(payload.size());
+
+  if (vector.at("encoded") && prefix.empty()) {
     group.Expect(QX_IN(library, file_cipher_get_encode_size)(size) == blockSize,
                  "file_cipher_get_encode_size");
     group.Expect(QX_IN(library, QX_GetEncodeDataSize)(size) == blockSize, "QX_GetEncodeDataSize");
-
     Bytes made(container.size());
     group.Expect(QX_IN(library, file_cipher_encode)(payload.data(), size, made.data()) ==
                          QX_CIPHER_SUCCEEDED &&
@@ -105,38 +85,48 @@ void AskCipher(const LoadedLibrary& library, Group& group) {
                                            static_cast<std::int32_t>(size)) == QX_SUCCEEDED &&
                      made == container,
                  "QX_Encode");
-
-    std::uint32_t payloadSize = 0;
-    std::uint32_t offset = 0;
-    const auto isPayload = [&](const Bytes& block) {
-      return payloadSize == size && offset == kPayloadOffset &&
-             std::equal(payload.begin(), payload.end(), block.begin() + kPayloadOffset);
-    };
-    Bytes block = container;
-    group.Expect(decode(block.data(), blockSize, keyBytes, keyLength, &payloadSize, &offset,
-                        nullptr) == QX_CIPHER_SUCCEEDED &&
-                     isPayload(block),
-                 "file_cipher_decode");
-    block = container;
-    payloadSize = offset = 0;
-    group.Expect(QX_IN(library, QX_Decode)(block.data(), static_cast<std::int32_t>(blockSize),
-                                           &payloadSize, &offset, 0) == QX_SUCCEEDED &&
-                     isPayload(block),
-                 "QX_Decode");
-    block = container;
-    block.back() ^= 1;
-    group.Expect(decode(block.data(), blockSize, keyBytes, keyLength, &payloadSize, &offset,
-                        nullptr) == QX_CIPHER_FAILED,
-                 "file_cipher_decode");
   }
 
-  Bytes block = FromHex(kMarkerContainer);
-  std::uint32_t payloadSize = 1;
-  std::uint32_t offset = 0;
-  group.Expect(QX_IN(library, QX_Decode)(block.data(), static_cast<std::int32_t>(block.size()),
-                                         &payloadSize, &offset, 1) == QX_SUCCEEDED &&
-                   payloadSize == 0 && offset == kPayloadOffset + kMarkerSize,
-               "QX_Decode");
+  const auto expectDecoding = [&](const char* name, const Json& expected, const auto& decode) {
+    constexpr std::uint32_t kUnwritten = 0xCDCDCDCD;
+    Bytes block = container;
+    block.reserve(1);  // so that an empty block has an address
+    std::uint32_t foundSize = kUnwritten;
+    std::uint32_t offset = kUnwritten;
+    const std::int32_t result = decode(block.data(), &foundSize, &offset);
+    // The payload has the same end with its prefix and without.
+    group.Expect(result == expected.at("result") &&
+                     foundSize == expected.value("payloadSize", kUnwritten) &&
+                     offset == expected.value("payloadOffset", kUnwritten) &&
+                     (payload.empty() || std::memcmp(block.data() + offset + foundSize - size,
+                                                     payload.data(), payload.size()) == 0),
+                 name);
+  };
+  expectDecoding("file_cipher_decode", vector.at("file_cipher_decode"),
+                 [&](std::uint8_t* block, std::uint32_t* foundSize, std::uint32_t* offset) {
+                   return QX_IN(library, file_cipher_decode)(block, blockSize, key.data(),
+                                                             static_cast<std::int32_t>(key.size()),
+                                                             foundSize, offset, prefix.c_str());
+                 });
+  for (const std::uint32_t checkMarker : {0U, 1U}) {
+    const auto expected = vector.find("QX_Decode, checkMarker " + std::to_string(checkMarker));
+    if (expected == vector.end()) continue;  // not the built-in key
+    expectDecoding("QX_Decode", *expected,
+                   [&](std::uint8_t* block, std::uint32_t* foundSize, std::uint32_t* offset) {
+                     return QX_IN(library, QX_Decode)(block, static_cast<std::int32_t>(blockSize),
+                                                      foundSize, offset, checkMarker);
+                   });
+  }
+}
+
+void AskCipher(const LoadedLibrary& library, const Json& vectors, Group& group) {
+  for (const Json& vector : vectors) AskVector(library, vector, group);
+
+  char key[64] = "";
+  const Bytes builtIn = FromHex(vectors.at(0).at("key"));
+  group.Expect(QX_IN(library, QX_LoadString)(kKeyLabel, key, sizeof key) == QX_SUCCEEDED &&
+                   std::string(key) == std::string(builtIn.begin(), builtIn.end()),
+               "QX_LoadString");
   std::uint8_t marked[kMarkerSize + 1] = {};
   const std::uint8_t data = 7;
   group.Expect(QX_IN(library, QX_GetSignatureSize)() == kMarkerSize, "QX_GetSignatureSize");
@@ -195,13 +185,14 @@ void AskSystemInformation(const LoadedLibrary& library, Group& group) {
 }  // namespace
 
 void CheckKnownAnswers(const LoadedLibrary& library, Report& report) {
+  const Json vectors = Json::parse(kContainerVectors).at("vectors");
   Group cipher;
   Group readers;
   Group frame;
   Group information;
   // Lookups of texts among them: the settings of the user play no part.
   const SystemError error = RunQuietly([&] {
-    AskCipher(library, cipher);
+    AskCipher(library, vectors, cipher);
     AskReaders(library, readers);
     AskFrame(library, frame);
     AskSystemInformation(library, information);

@@ -1,0 +1,77 @@
+#include "support/known_containers.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+
+namespace launcher::test {
+namespace {
+
+using nlohmann::json;
+
+Decoding DecodingFrom(const json& expected) {
+  return {expected.at("result").get<std::int32_t>(),
+          expected.value("payloadSize", Decoding::kUnwritten),
+          expected.value("payloadOffset", Decoding::kUnwritten)};
+}
+
+KnownContainer ContainerFrom(const json& vector) {
+  KnownContainer known;
+  known.name = vector.at("name");
+  known.key = BytesFromHex(vector.at("key"));
+  known.prefix = vector.at("prefix");
+  known.container = BytesFromHex(vector.at("container"));
+  const json& reason = vector.at("reason");
+  known.isDeciphered = reason != "size" && reason != "magic" && reason != "key";
+  known.isIntact = vector.at("verdict") != "invalid";
+  known.isMadeByEncoding = vector.at("encoded");
+  if (vector.at("verdict") == "valid") known.payload = BytesOf(known.prefix);
+  if (known.isIntact) {
+    const Bytes delivered = BytesFromHex(vector.at("payload"));
+    known.payload.insert(known.payload.end(), delivered.begin(), delivered.end());
+  }
+  known.decoding = DecodingFrom(vector.at("file_cipher_decode"));
+  for (const int checkMarker : {0, 1}) {
+    const auto expected = vector.find("QX_Decode, checkMarker " + std::to_string(checkMarker));
+    if (expected != vector.end()) known.keyedDecoding[checkMarker] = DecodingFrom(*expected);
+  }
+  return known;
+}
+
+}  // namespace
+
+bool operator==(const Decoding& one, const Decoding& other) {
+  return one.result == other.result && one.size == other.size && one.offset == other.offset;
+}
+
+std::ostream& operator<<(std::ostream& out, const Decoding& decoding) {
+  return out << "result " << decoding.result << ", size " << decoding.size << ", offset "
+             << decoding.offset;
+}
+
+std::vector<KnownContainer> KnownContainers() {
+  std::ifstream file(LAUNCHER_VECTORS);
+  const json vectors = json::parse(file).at("vectors");
+  std::vector<KnownContainer> containers;
+  for (const json& vector : vectors) containers.push_back(ContainerFrom(vector));
+  return containers;
+}
+
+KnownContainer KnownContainerNamed(const std::string& name) {
+  for (KnownContainer& known : KnownContainers()) {
+    if (known.name == name) return known;
+  }
+  throw std::invalid_argument(name);
+}
+
+void ExpectDecodedInPlace(const GuardedBuffer& block, const KnownContainer& known) {
+  const Bytes content = block.Content();
+  EXPECT_EQ(content != known.container, known.isDeciphered);
+  if (!known.isIntact) return;
+  ASSERT_GE(content.size(), 40 + known.payload.size());
+  EXPECT_EQ(Bytes(&content[40], &content[40] + known.payload.size()), known.payload);
+}
+
+}  // namespace launcher::test
