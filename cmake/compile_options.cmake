@@ -18,8 +18,13 @@ target_compile_options(launcher_options INTERFACE
 if(WIN32)
   # Callers align the stack to four bytes only.
   target_compile_options(launcher_options INTERFACE -mincoming-stack-boundary=2)
-  # A DLL gives its symbols to a file of their own, with paths that a debugger can be told to map.
-  target_compile_options(launcher_options INTERFACE
+endif()
+
+# For what goes into a DLL: its symbols are shipped in a file of their own, with paths that a debugger
+# can be told to map.
+add_library(launcher_symbols INTERFACE)
+if(WIN32)
+  target_compile_options(launcher_symbols INTERFACE
     -g "-fdebug-prefix-map=${PROJECT_SOURCE_DIR}=/LauncherDll")
 endif()
 

@@ -27,6 +27,7 @@ if(BUILD_TESTING OR NOT DEFINED BUILD_TESTING)
   set(INSTALL_GTEST OFF)
   set(BUILD_GMOCK OFF)
   add_subdirectory("${GOOGLETEST_SOURCE}" "${PROJECT_BINARY_DIR}/googletest" EXCLUDE_FROM_ALL)
+  target_compile_options(gtest PRIVATE -O0)
   if(WIN32)
     # The win32 flavour of the compiler has no std::mutex, which GoogleTest wants for one class.
     target_compile_definitions(gtest PUBLIC GTEST_HAS_NOTIFICATION_=1)

@@ -124,7 +124,13 @@ void PatchImports() {
   PATCH(GetFileAttributesA, INVALID_FILE_ATTRIBUTES, 0);
   PATCH(DeleteFileA, FALSE, 0);
   PATCH(RemoveDirectoryA, FALSE, 0);
-  PATCH(MoveFileExA, FALSE, 0);
+  PATCH(MultiByteToWideChar, 0, 0);
+  PATCH(CreateFileW, INVALID_HANDLE_VALUE, 1);
+  PATCH(WriteFile, FALSE, 0);
+  PATCH(FlushFileBuffers, FALSE, 0);
+  PATCH(SetFileInformationByHandle, FALSE, 0);
+  PATCH(MoveFileExW, FALSE, 0);
+  PATCH(DeleteFileW, FALSE, 0);
   PATCH(CryptAcquireContextA, FALSE, 1);
   PATCH(CryptCreateHash, FALSE, 1);
   PATCH(CryptHashData, FALSE, 0);
