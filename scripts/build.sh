@@ -10,6 +10,10 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 preset=$1
 shift
+if ! command -v cmake >/dev/null; then
+  echo 'build: CMake is not installed: run scripts/setup.sh build' >&2
+  exit 1
+fi
 
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT

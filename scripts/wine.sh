@@ -41,7 +41,7 @@ case "${1:-}" in
 esac
 
 if ! is_installed; then
-  echo 'wine: Wine is not installed: run scripts/setup.sh' >&2
+  echo 'wine: Wine is not installed: run scripts/setup.sh wine' >&2
   exit 1
 fi
 if ! runs_here; then exec "$root/scripts/emulate.sh" "$root/scripts/wine.sh" "$@"; fi
