@@ -66,27 +66,18 @@ fail() {
 }
 
 # A console of its own, which the client gets, is a window under Wine. Xvfb chooses a free number
-# itself, so two that start at once do not choose the same. It is tried again because an Xvfb that
-# ends gives up its socket before its lock file.
+# itself, so two that start at once do not choose the same.
 start_display() {
   local process number
-  for _ in 1 2 3 4 5; do
-    if { read -r process && read -r number; } < <(
-      echo "$BASHPID"
-      exec Xvfb -displayfd 1 -screen 0 1280x1024x24 -nolisten tcp -noreset \
-        </dev/null 2>"$WINEPREFIX/display.log" 8>&- 9>&-
-    ); then
-      printf ':%s %s\n' "$number" "$process" >"$display"
-      return
-    fi
-  done
-  cat "$WINEPREFIX/display.log" >&2
-  fail 'Xvfb did not start'
+  { read -r process && read -r number; } < <(
+    echo "$BASHPID"
+    exec Xvfb -displayfd 1 -screen 0 1280x1024x24 -nolisten tcp -noreset \
+      </dev/null 2>"$WINEPREFIX/display.log" 8>&- 9>&-
+  ) || fail "Xvfb did not start; see $WINEPREFIX/display.log"
+  printf ':%s %s\n' "$number" "$process" >"$display"
 }
 
-# Starts what the runs of this prefix share. Wine's services start once then, not for each program,
-# which saves most of its time; and they start here, as they keep the streams of the program that
-# starts them.
+# Starts what the runs of this prefix share: its first argument is the script's.
 start_session() {
   end_session  # left by a run that was killed
   if [ -n "${DISPLAY:-}" ]; then echo "$DISPLAY" >"$display"; else start_display; fi
@@ -101,7 +92,12 @@ start_session() {
     wineserver --wait
   fi
   wineserver --persistent=300 8>&- 9>&-
-  wineboot </dev/null >/dev/null 2>&1 8>&- 9>&- || fail "the services of $WINEPREFIX did not start"
+  if [ "$1" = --with ]; then
+    # Here and not by the first program: Wine's services keep the streams of the program that starts
+    # them.
+    wineboot </dev/null >/dev/null 2>&1 8>&- 9>&- ||
+      fail "the services of $WINEPREFIX did not start"
+  fi
 }
 
 # First the Wine server with all programs, then the display: Wine's desktop is a window there, and its
@@ -130,7 +126,7 @@ mkdir -p "$WINEPREFIX"
 exec 8>"$WINEPREFIX/.starting" 9>"$WINEPREFIX/.running"
 flock 8
 trap leave EXIT
-if flock -n 9; then start_session; fi
+if flock -n 9; then start_session "$1"; fi
 flock -s 9
 flock -u 8
 read -r DISPLAY _ <"$display"
