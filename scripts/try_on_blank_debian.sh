@@ -112,6 +112,7 @@ else
   tar -C "$folder" -xf "$folder.tar"
 fi
 
+rm -r "$folder/etc/apt"
 cp -a /etc/apt "$folder/etc/"
 cp -L /etc/hosts /etc/resolv.conf "$folder/etc/"
 git clone -q --no-local "$root" "$folder$project"
