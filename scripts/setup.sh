@@ -133,6 +133,8 @@ apt() {
     -o Acquire::Retries=3 -o DPkg::Lock::Timeout=300 "$@"
 }
 
+install_options=(--no-install-recommends --no-remove)
+
 run_logged() {
   if "$@" >"$work/log" 2>&1; then return 0; fi
   complain "this failed: $*"
@@ -141,8 +143,9 @@ run_logged() {
 }
 
 # An i386 library must have the version of its amd64 twin. If the twin came from the security suite
-# and that suite's i386 index is out of step, apt cannot resolve the plain install. The release's
-# main suite has every library for both, so the second try takes all from there.
+# and that suite's i386 index is out of step, apt cannot resolve the plain install, or only by removing
+# packages, which it may not. The release's main suite has every library for both, so the second try
+# takes all from there.
 install_from_main_suite() {
   local codename older
   # shellcheck disable=SC1091  # the system's
@@ -150,8 +153,8 @@ install_from_main_suite() {
   [ -n "$codename" ] || return 1
   printf 'Package: *\nPin: release n=%s\nPin-Priority: 1001\n' "$codename" >"$work/preferences"
   chmod 755 "$work" && chmod 644 "$work/preferences"
-  local from_main=(apt -o "Dir::Etc::Preferences=$work/preferences" install
-    --no-install-recommends --allow-downgrades "$@")
+  local from_main=(apt -o "Dir::Etc::Preferences=$work/preferences" install --allow-downgrades
+    "${install_options[@]}" "$@")
   run_logged "${from_main[@]}" --simulate || return 1
   older=$(sed -n '/ DOWNGRADED:$/,/^[^ ]/s/^ *\( .*\)/\1/p' "$work/log" | tr -d '\n')
   say "trying again with the packages of the main suite of $codename alone, since an i386 library" \
@@ -163,7 +166,7 @@ install_from_main_suite() {
 # Installs all its arguments in one transaction, or none.
 install() {
   say "installing for ${wanted[*]} (this can take minutes): $*"
-  run_logged apt install --no-install-recommends "$@" || install_from_main_suite "$@"
+  run_logged apt install "${install_options[@]}" "$@" || install_from_main_suite "$@"
 }
 
 if wants_wine && [ "$(dpkg --print-architecture)" = amd64 ] &&
@@ -196,7 +199,7 @@ if [ "${#missing[@]}" -gt 0 ]; then
   complain "a failure of packages, not of this project: not installed: ${missing[*]}"
   exit 1
 fi
-say "installed for: ${others[*]}"
+[ "${#others[@]}" -eq 0 ] || say "installed for: ${others[*]}"
 if wants_wine; then
   if why=$("$root/scripts/wine.sh" --check); then
     say "the DLL runs under $why"
