@@ -83,13 +83,19 @@ start_session() {
   if [ -n "${DISPLAY:-}" ]; then echo "$DISPLAY" >"$display"; else start_display; fi
   read -r DISPLAY _ <"$display"
   export DISPLAY
+  # A run that was killed can have left half a prefix, which Wine cannot complete.
+  if [ -e "$WINEPREFIX/.making" ]; then
+    rm -rf "$WINEPREFIX"/{drive_c,dosdevices,.update-timestamp,{system,user,userdef}.reg}
+  fi
   if [ ! -e "$WINEPREFIX/system.reg" ]; then
+    touch "$WINEPREFIX/.making"
     {
       wineboot --init
       # A program that crashes ends, and nobody is asked in a window.
       wine reg add 'HKCU\Software\Wine\WineDbg' /v ShowCrashDialog /t REG_DWORD /d 0 /f
     } >"$WINEPREFIX/wineboot.log" 2>&1 8>&- 9>&- || fail "no prefix; see $WINEPREFIX/wineboot.log"
     wineserver --wait
+    rm "$WINEPREFIX/.making"
   fi
   wineserver --persistent=300 8>&- 9>&-
   if [ "$1" = --with ]; then
