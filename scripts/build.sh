@@ -3,13 +3,18 @@
 #
 #   scripts/build.sh PRESET [TARGET...]
 #
-# Without targets everything is built. Quiet but for errors. Exit status: CMake's.
+# Without targets everything is built. Prints progress on a terminal, else errors alone. Exit status:
+# CMake's.
 set -euo pipefail
 
 [ $# -ge 1 ] || { sed -n '2,/^set -/{/^set -/d;s/^# \{0,1\}//;p}' "$0" >&2; exit 2; }
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 preset=$1
 shift
+if ! command -v cmake >/dev/null; then
+  echo 'build: CMake is not installed: run scripts/setup.sh build' >&2
+  exit 1
+fi
 
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
@@ -22,4 +27,11 @@ run_quietly() {
 
 printf 'build: %s\n' "$preset"
 run_quietly cmake --preset "$preset"
-run_quietly cmake --build --preset "$preset" ${1:+--target "$@"}
+build=(cmake --build --preset "$preset" ${1:+--target "$@"})
+if [ -t 1 ]; then
+  # Ninja overwrites one line there, and prints the whole output of a command that fails.
+  export NINJA_STATUS="build: $preset [%f/%t] "
+  "${build[@]}"
+else
+  run_quietly "${build[@]}"
+fi

@@ -7,8 +7,8 @@
 # browse is build/native-coverage/coverage/index.html. Branches that only an exception of a called
 # function takes are left out. docs/coverage.md tells why the rest stays.
 #
-# Needs the package gcovr. Exit status: 0 for at least 98 % of the lines and 95 % of the branches,
-# 1 for less or where a test fails, 2 where gcovr is missing.
+# Installs what is missing. Exit status: 0 for at least 98 % of the lines and 95 % of the branches, 1
+# for less or if a test fails.
 set -euo pipefail
 
 min_lines=98
@@ -26,12 +26,8 @@ case "${1:-}" in
     ;;
 esac
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
-if ! command -v gcovr >/dev/null; then
-  printf 'coverage: gcovr is not installed: apt-get install gcovr\n' >&2
-  exit 2
-fi
 
-scripts/setup.sh
+scripts/setup.sh build test site coverage
 scripts/build.sh native-coverage
 build=build/native-coverage
 find "$build" -name '*.gcda' -delete

@@ -23,7 +23,7 @@ case "${1:-}" in
 esac
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-scripts/setup.sh
+scripts/setup.sh build wine
 targets=(LauncherDll steam_api example_launcher example_client example_host example_steam
   example_each)
 scripts/build.sh windows "${targets[@]}"

@@ -87,7 +87,9 @@ install_kernel() {
   write_init "$image/init"
   mkdir -p "$emulator"
   (cd "$image" && find . | busybox cpio -o -H newc 2>/dev/null | gzip -1) >"$emulator/initrd"
-  cp "$work"/kernel/boot/vmlinuz-* "$emulator/vmlinuz"
+  # Under its name only when it is whole, since that says that all is there.
+  cp "$work"/kernel/boot/vmlinuz-* "$emulator/vmlinuz.new"
+  mv "$emulator/vmlinuz.new" "$emulator/vmlinuz"
 }
 
 case "${1:-}" in
@@ -126,8 +128,11 @@ rm -f "$emulator/status" "$emulator/files.socket"
   >"$emulator/files.log" 2>&1 9>&- &
 files=$!
 trap 'kill "$files" 2>/dev/null || true' EXIT
-for _ in $(seq 100); do
-  [ ! -S "$emulator/files.socket" ] || break
+until [ -S "$emulator/files.socket" ]; do
+  if ! kill -0 "$files" 2>/dev/null; then
+    printf 'emulate: no files for the guest; see %s\n' "$emulator/files.log" >&2
+    exit 1
+  fi
   sleep 0.1
 done
 

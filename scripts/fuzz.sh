@@ -56,7 +56,7 @@ for name in "${names[@]}"; do
   [ -e "fuzz/${name}_fuzzer.cpp" ] || usage "there is no fuzzer '$name'"
 done
 
-scripts/setup.sh
+scripts/setup.sh build fuzz
 scripts/build.sh native-fuzz
 
 # In memory, where there is such a folder: the fuzzers work with files.

@@ -12,7 +12,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 for tool in clang-format clang-tidy cppcheck shellcheck; do
   if ! command -v "$tool" >/dev/null; then
-    printf 'lint: %s is not installed: scripts/setup.sh installs it\n' "$tool" >&2
+    printf 'lint: %s is not installed: run scripts/setup.sh build lint\n' "$tool" >&2
     exit 2
   fi
 done

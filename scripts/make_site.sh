@@ -3,14 +3,14 @@
 #
 #   scripts/make_site.sh [--help]
 #
-# Needs Doxygen, which scripts/setup.sh installs. Exit status: 0 if all went without a warning.
+# Needs Doxygen, which scripts/setup.sh site installs. Exit status: 0 if all went without a warning.
 set -euo pipefail
 
 [ $# -eq 0 ] || { sed -n '2,/^set -/{/^set -/d;s/^# \{0,1\}//;p}' "$0" >&2; exit 2; }
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 if ! command -v doxygen >/dev/null; then
-  echo 'site: Doxygen is not installed: run scripts/setup.sh' >&2
+  echo 'site: Doxygen is not installed: run scripts/setup.sh site' >&2
   exit 2
 fi
 rm -rf build/site

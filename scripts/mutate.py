@@ -343,7 +343,7 @@ def main():
         print(f"mutate: {len(changes)} changes", file=sys.stderr)
         sys.exit(0 if options.list else 2)
     if not shutil.which("bwrap"):
-        print("mutate: bwrap is not installed: apt-get install bubblewrap", file=sys.stderr)
+        print("mutate: bwrap is not installed: run scripts/setup.sh build mutate", file=sys.stderr)
         sys.exit(2)
 
     copies = queue.Queue()

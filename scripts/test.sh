@@ -100,7 +100,17 @@ run_windows_tests() {
   fi
 }
 
-scripts/setup.sh
+needs=(build)
+for check in "${checks[@]}"; do
+  case $check in
+    lint) needs+=(lint) ;;
+    native-fuzz) needs+=(fuzz) ;;
+    native-tsan) ;;
+    windows) needs+=(test wine) ;;
+    *) needs+=(test site) ;;
+  esac
+done
+scripts/setup.sh "${needs[@]}"
 for check in "${checks[@]}"; do
   with=()
   began=$SECONDS

@@ -9,12 +9,14 @@
 #                                                  exit status 2 if Wine is not installed, 1 if
 #                                                  this machine cannot run it
 #
-# WINEPREFIX  the prefix; build/wine if unset. It is made on first use.
+# WINEPREFIX  the prefix; build/wine if unset. It is made on first use. Runs of one prefix at the same
+#             time share a display and a Wine server. When the last of them ends, so do these, and
+#             every program of the prefix that still runs.
 set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
-is_installed() { command -v wine >/dev/null && command -v xvfb-run >/dev/null; }
+is_installed() { command -v wine >/dev/null && command -v Xvfb >/dev/null; }
 runs_here() { wine --version >/dev/null 2>&1; }
 
 case "${1:-}" in
@@ -39,12 +41,10 @@ case "${1:-}" in
 esac
 
 if ! is_installed; then
-  echo 'wine: Wine is not installed: run scripts/setup.sh' >&2
+  echo 'wine: Wine is not installed: run scripts/setup.sh wine' >&2
   exit 1
 fi
 if ! runs_here; then exec "$root/scripts/emulate.sh" "$root/scripts/wine.sh" "$@"; fi
-# A console of its own, which the client gets, is a window under Wine.
-if [ -z "${DISPLAY:-}" ]; then exec xvfb-run -a "$root/scripts/wine.sh" "$@"; fi
 
 export WINEPREFIX="${WINEPREFIX:-$root/build/wine}"
 export WINEARCH=win32
@@ -52,34 +52,91 @@ export WINEDEBUG="${WINEDEBUG:--all}"
 # Neither Mono nor Gecko is used, and without this Wine asks for them in a window.
 export WINEDLLOVERRIDES="${WINEDLLOVERRIDES:-mscoree,mshtml=}"
 
-if [ ! -e "$WINEPREFIX/system.reg" ]; then
-  mkdir -p "$WINEPREFIX"
-  # Two programs that start at once must not both make the prefix.
-  exec 9>"$WINEPREFIX/.making"
-  flock 9
+case $1 in
+  --with) command=("${@:2}") ;;
+  *) command=(wine "$@") ;;
+esac
+if [ "${LAUNCHER_WINE_SERVED:-}" = "$WINEPREFIX" ]; then exec "${command[@]}"; fi
+export LAUNCHER_WINE_SERVED="$WINEPREFIX"
+display="$WINEPREFIX/.display"  # its name, and its process if it was started here
+
+fail() {
+  printf 'wine: %s\n' "$1" >&2
+  exit 1
+}
+
+# A console of its own, which the client gets, is a window under Wine. Xvfb chooses a free number
+# itself, so two that start at once do not choose the same.
+start_display() {
+  local process number
+  { read -r process && read -r number; } < <(
+    echo "$BASHPID"
+    exec Xvfb -displayfd 1 -screen 0 1280x1024x24 -nolisten tcp -noreset \
+      </dev/null 2>"$WINEPREFIX/display.log" 8>&- 9>&-
+  ) || fail "Xvfb did not start; see $WINEPREFIX/display.log"
+  printf ':%s %s\n' "$number" "$process" >"$display"
+}
+
+# Starts what the runs of this prefix share: its first argument is the script's.
+start_session() {
+  end_session  # left by a run that was killed
+  if [ -n "${DISPLAY:-}" ]; then echo "$DISPLAY" >"$display"; else start_display; fi
+  read -r DISPLAY _ <"$display"
+  export DISPLAY
+  # A run that was killed can have left half a prefix, which Wine cannot complete.
+  if [ -e "$WINEPREFIX/.making" ]; then
+    rm -rf "$WINEPREFIX"/{drive_c,dosdevices,.update-timestamp,{system,user,userdef}.reg}
+  fi
   if [ ! -e "$WINEPREFIX/system.reg" ]; then
+    touch "$WINEPREFIX/.making"
     {
       wineboot --init
       # A program that crashes ends, and nobody is asked in a window.
       wine reg add 'HKCU\Software\Wine\WineDbg' /v ShowCrashDialog /t REG_DWORD /d 0 /f
-    } >"$WINEPREFIX/wineboot.log" 2>&1 9>&-
+    } >"$WINEPREFIX/wineboot.log" 2>&1 8>&- 9>&- || fail "no prefix; see $WINEPREFIX/wineboot.log"
+    wineserver --wait
+    rm "$WINEPREFIX/.making"
   fi
-  exec 9>&-
-fi
+  wineserver --persistent=300 8>&- 9>&-
+  if [ "$1" = --with ]; then
+    # Here and not by the first program: Wine's services keep the streams of the program that starts
+    # them.
+    wineboot </dev/null >/dev/null 2>&1 8>&- 9>&- ||
+      fail "the services of $WINEPREFIX did not start"
+  fi
+}
 
-if [ "$1" != --with ]; then exec wine "$@"; fi
-if [ "${LAUNCHER_WINE_SERVED:-}" = "$WINEPREFIX" ]; then exec "${@:2}"; fi
+# First the Wine server with all programs, then the display: Wine's desktop is a window there, and its
+# process complains of a display that ends before it.
+end_session() {
+  wineserver --kill || true  # it may have ended by itself
+  local process=''
+  if [ -e "$display" ]; then read -r _ process <"$display"; fi
+  # Another process can have got the number meanwhile.
+  if [ -n "$process" ] && grep -qszFx "WINEPREFIX=$WINEPREFIX" "/proc/$process/environ"; then
+    kill "$process"
+  fi
+  rm -f "$display"
+}
 
-# Wine's services start once then, not for each program, which saves most of its time; and they start
-# here, as they keep the streams of the program that starts them. A server that runs already would
-# take no notice.
-export LAUNCHER_WINE_SERVED="$WINEPREFIX"
-wineserver --wait
-wineserver --persistent=300
-# It may have ended for want of programs: that is no failure of COMMAND.
-trap 'wineserver --kill || true' EXIT
-if ! wineboot </dev/null >/dev/null 2>&1; then
-  echo "wine: the services of $WINEPREFIX did not start" >&2
-  exit 1
-fi
-"${@:2}"
+# Each run holds the second lock, shared, as long as it lasts, and takes or gives it back while it
+# holds the first. So one that gets the second alone is the first run, or the last.
+# shellcheck disable=SC2317  # the trap calls it
+leave() {
+  flock 8
+  flock -u 9
+  if flock -n 9; then end_session; fi
+}
+
+mkdir -p "$WINEPREFIX"
+exec 8>"$WINEPREFIX/.starting" 9>"$WINEPREFIX/.running"
+flock 8
+trap leave EXIT
+if flock -n 9; then start_session "$1"; fi
+flock -s 9
+flock -u 8
+read -r DISPLAY _ <"$display"
+export DISPLAY
+status=0
+"${command[@]}" 8>&- 9>&- || status=$?
+exit "$status"

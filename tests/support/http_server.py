@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""A server on the loopback interface, for tests of HTTP clients.
+"""Runs a command with an HTTP server on the loopback interface, for tests of HTTP clients.
 
-    http_server.py [SECONDS]
+    http_server.py COMMAND [ARGUMENT...]
 
-Prints two port numbers, for http and for https with a certificate that nobody trusts (0 where the
-openssl program is missing). Ends when its standard input ends, or after SECONDS, 60 if not given.
+The command finds the ports in TEST_HTTP_PORT and TEST_HTTPS_PORT. The certificate for https is one
+that nobody trusts; without the openssl program that port is 0. Exit status: the command's.
 """
 
 import gzip
@@ -169,13 +169,17 @@ def serve_untrusted():
 
 
 def main():
-    seconds = float(sys.argv[1]) if len(sys.argv) > 1 else 60
-    print(serve(Server(("127.0.0.1", 0), Handler)), serve_untrusted(), flush=True)
-    waiter = threading.Thread(target=sys.stdin.read, daemon=True)
-    waiter.start()
-    waiter.join(seconds)
-    # Past the threads that still answer, or wait for standard input.
-    os._exit(0)
+    ports = {"TEST_HTTP_PORT": serve(Server(("127.0.0.1", 0), Handler)),
+             "TEST_HTTPS_PORT": serve_untrusted()}
+    environment = dict(os.environ, **{name: str(port) for name, port in ports.items()})
+    # The server is a thread of this process, so it cannot outlive it.
+    try:
+        status = subprocess.run(sys.argv[1:], env=environment, check=False).returncode
+    except OSError as error:
+        print(f"http_server: {error}", file=sys.stderr)
+        status = 127
+    # A signal as a shell reports it. Does not wait for requests that the server still handles.
+    os._exit(status if status >= 0 else 128 - status)
 
 
 if __name__ == "__main__":
