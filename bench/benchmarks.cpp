@@ -123,15 +123,9 @@ void PeerDecodes(Cipher& cipher, Bytes& block, std::size_t payloadSize) {
   benchmark::DoNotOptimize(std::memcmp(digest, block.data() + 8, 32));
 }
 
-CpuFeatures WithoutVbmi() {
-  CpuFeatures cpu = ThisCpu();
-  cpu.hasAvx512Vbmi = false;
-  return cpu;
-}
-
 void RegisterContainers() {
   const CpuFeatures own = ThisCpu();
-  const CpuFeatures plain = WithoutVbmi();
+  const CpuFeatures plain = {};
   for (const std::uint32_t size : {64u, 2048u, 65536u, 1048576u, 16777216u}) {
     const std::uint32_t blockSize = file_cipher_get_encode_size(size);
     const auto registerEncode = [=](const std::string& name, const CpuFeatures& cpu) {

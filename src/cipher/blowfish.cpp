@@ -6,7 +6,7 @@ namespace launcher {
 
 void BlowfishSetKey(BlowfishContext& context, const std::uint8_t* key, std::uint32_t keyLength) {
   if (key == nullptr || !IsBlowfishKeyLength(keyLength)) return;
-  ExpandKey<ShiftedBytes>(context, key, keyLength);
+  ExpandKey(context, key, keyLength);
 }
 
 // Two rounds a turn, so that the halves change places by name and not by moving.

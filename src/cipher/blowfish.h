@@ -28,16 +28,9 @@ constexpr bool IsBlowfishKeyLength(std::uint32_t keyLength) {
   return keyLength >= kBlowfishMinKeySize && keyLength <= kBlowfishMaxKeySize;
 }
 
-// How the round function gets at the two middle bytes of a half.
-struct ShiftedBytes {
-  static constexpr std::uint32_t Second(std::uint32_t x) { return (x >> 16) & 0xFF; }
-  static constexpr std::uint32_t Third(std::uint32_t x) { return (x >> 8) & 0xFF; }
-};
-
 // The round function.
-template <class Bytes = ShiftedBytes>
 constexpr std::uint32_t BlowfishF(const BlowfishS& s, std::uint32_t x) {
-  return ((s[0][x >> 24] + s[1][Bytes::Second(x)]) ^ s[2][Bytes::Third(x)]) + s[3][x & 0xFF];
+  return ((s[0][x >> 24] + s[1][(x >> 16) & 0xFF]) ^ s[2][(x >> 8) & 0xFF]) + s[3][x & 0xFF];
 }
 
 // Expands a key of keyLength bytes into `context`. Does nothing at all for a null key or a length

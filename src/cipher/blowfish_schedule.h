@@ -16,32 +16,31 @@
 namespace launcher {
 
 // Enciphers one block; the rounds are written out.
-template <class Bytes, std::size_t... kPair>
+template <std::size_t... kPair>
 constexpr void EncipherForSchedule(const BlowfishContext& context, std::uint32_t& left,
                                    std::uint32_t& right, std::index_sequence<kPair...> /*pairs*/) {
   std::uint32_t l = left ^ context.p[0];
   std::uint32_t r = right;
-  ((r = (r ^ context.p[2 * kPair + 1]) ^ BlowfishF<Bytes>(context.s, l),
-    l = (l ^ context.p[2 * kPair + 2]) ^ BlowfishF<Bytes>(context.s, r)),
+  ((r = (r ^ context.p[2 * kPair + 1]) ^ BlowfishF(context.s, l),
+    l = (l ^ context.p[2 * kPair + 2]) ^ BlowfishF(context.s, r)),
    ...);
   left = r ^ context.p[kBlowfishRounds + 1];
   right = l;
 }
 
 // Each pair of words becomes the cipher text, under the words so far, of the pair before it.
-template <class Bytes, std::size_t kCount>
+template <std::size_t kCount>
 constexpr void ReplacePairs(const BlowfishContext& context, std::uint32_t (&words)[kCount],
                             std::uint32_t& left, std::uint32_t& right) {
   for (std::size_t i = 0; i < kCount; i += 2) {
-    EncipherForSchedule<Bytes>(context, left, right,
-                               std::make_index_sequence<kBlowfishRounds / 2>());
+    EncipherForSchedule(context, left, right, std::make_index_sequence<kBlowfishRounds / 2>());
     words[i] = left;
     words[i + 1] = right;
   }
 }
 
 // Expands a key whose length IsBlowfishKeyLength. `Byte` is std::uint8_t, or char for a text.
-template <class Bytes, class Byte>
+template <class Byte>
 constexpr void ExpandKey(BlowfishContext& context, const Byte* key, std::uint32_t keyLength) {
   context = kBlowfishPi;
   // Four bytes of the key to a word, first byte first, going back to its start at its end.
@@ -57,8 +56,8 @@ constexpr void ExpandKey(BlowfishContext& context, const Byte* key, std::uint32_
 
   std::uint32_t left = 0;
   std::uint32_t right = 0;
-  ReplacePairs<Bytes>(context, context.p, left, right);
-  for (BlowfishBox& box : context.s) ReplacePairs<Bytes>(context, box, left, right);
+  ReplacePairs(context, context.p, left, right);
+  for (BlowfishBox& box : context.s) ReplacePairs(context, box, left, right);
 }
 
 }  // namespace launcher

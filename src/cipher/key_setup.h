@@ -17,10 +17,6 @@ extern const BlowfishContext kBuiltInContext;
 const BlowfishContext& SubkeysFor(const std::uint8_t* key, std::uint32_t keyLength,
                                   BlowfishContext& own);
 
-// BlowfishSetKey by way of instructions of BMI1.
-void BlowfishSetKeyByBmi1(BlowfishContext& context, const std::uint8_t* key,
-                          std::uint32_t keyLength);
-
 }  // namespace launcher
 
 #endif  // LAUNCHER_CIPHER_KEY_SETUP_H_
