@@ -18,8 +18,8 @@
 #include <vector>
 
 #include "cipher/blowfish.h"
+#include "cipher/built_in_key.h"
 #include "cipher/ecb_kernels.h"
-#include "cipher/key_setup.h"
 #include "cipher/little_endian.h"
 #include "launcher_dll.h"
 #include "one_block.h"

@@ -1,6 +1,6 @@
 #include "cipher/blowfish.h"
 
-#include "cipher/blowfish_schedule.h"
+#include "cipher/blowfish_key_setup.h"
 
 namespace launcher {
 

@@ -6,8 +6,8 @@
 #include <cstddef>
 #include <cstring>
 
+#include "cipher/built_in_key.h"
 #include "cipher/ecb.h"
-#include "cipher/key_setup.h"
 #include "cipher/little_endian.h"
 #include "cipher/sha256.h"
 #include "launcher_dll.h"

@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "cipher/built_in_key.h"
 #include "cipher/container.h"
-#include "cipher/key_setup.h"
 #include "config/cipher_texts.h"
 #include "config/string_table.h"
 #include "frame/bounded_text.h"

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <string>
 
-#include "cipher/key_setup.h"
+#include "cipher/built_in_key.h"
 #include "support/bytes.h"
 #include "support/data_file.h"
 

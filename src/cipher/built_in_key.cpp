@@ -1,8 +1,8 @@
-#include "cipher/key_setup.h"
+#include "cipher/built_in_key.h"
 
 #include <cstring>
 
-#include "cipher/blowfish_schedule.h"
+#include "cipher/blowfish_key_setup.h"
 #include "config/cipher_texts.h"
 
 namespace launcher {

@@ -1,7 +1,7 @@
 // The subkeys for a key, in the least time.
 
-#ifndef LAUNCHER_CIPHER_KEY_SETUP_H_
-#define LAUNCHER_CIPHER_KEY_SETUP_H_
+#ifndef LAUNCHER_CIPHER_BUILT_IN_KEY_H_
+#define LAUNCHER_CIPHER_BUILT_IN_KEY_H_
 
 #include <cstdint>
 
@@ -19,4 +19,4 @@ const BlowfishContext& SubkeysFor(const std::uint8_t* key, std::uint32_t keyLeng
 
 }  // namespace launcher
 
-#endif  // LAUNCHER_CIPHER_KEY_SETUP_H_
+#endif  // LAUNCHER_CIPHER_BUILT_IN_KEY_H_

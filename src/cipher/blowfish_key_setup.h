@@ -3,8 +3,8 @@
 // It is 521 encipherments of which each takes the result of the one before, so a round's latency is
 // all that counts. The other half takes its subkey ahead of the round, off that path.
 
-#ifndef LAUNCHER_CIPHER_BLOWFISH_SCHEDULE_H_
-#define LAUNCHER_CIPHER_BLOWFISH_SCHEDULE_H_
+#ifndef LAUNCHER_CIPHER_BLOWFISH_KEY_SETUP_H_
+#define LAUNCHER_CIPHER_BLOWFISH_KEY_SETUP_H_
 
 #include <cstddef>
 #include <cstdint>
@@ -62,4 +62,4 @@ constexpr void ExpandKey(BlowfishContext& context, const Byte* key, std::uint32_
 
 }  // namespace launcher
 
-#endif  // LAUNCHER_CIPHER_BLOWFISH_SCHEDULE_H_
+#endif  // LAUNCHER_CIPHER_BLOWFISH_KEY_SETUP_H_
