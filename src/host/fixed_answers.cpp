@@ -1,5 +1,5 @@
-// The small exports of the host, which return what callers expect and do no work: fixed answers for
-// older launchers, a number that callers share, and whether the settings load.
+// The exports that hardly do anything: constants that older launchers ask for, a number that callers
+// share, and a check that the settings load.
 
 #include <cstdint>
 #include <cstdio>
