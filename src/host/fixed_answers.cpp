@@ -1,5 +1,5 @@
-// The exports that hardly do anything: constants that older launchers ask for, a number that callers
-// share, and a check that the settings load.
+// The exports that hardly do anything: constants that older launchers ask for, a number that
+// callers share, and a check that the settings load.
 
 #include <cstdint>
 #include <cstdio>
