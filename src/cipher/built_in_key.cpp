@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "cipher/blowfish_key_setup.h"
-#include "config/cipher_texts.h"
+#include "config/string_table.h"
 
 namespace launcher {
 namespace {

@@ -5,7 +5,6 @@
 
 #include "cipher/built_in_key.h"
 #include "cipher/container.h"
-#include "config/cipher_texts.h"
 #include "config/string_table.h"
 #include "frame/bounded_text.h"
 #include "launcher_dll.h"
