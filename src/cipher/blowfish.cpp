@@ -6,10 +6,10 @@ namespace launcher {
 
 void BlowfishSetKey(BlowfishContext& context, const std::uint8_t* key, std::uint32_t keyLength) {
   if (key == nullptr || !IsBlowfishKeyLength(keyLength)) return;
-  ExpandKey(context, key, keyLength);
+  BlowfishSetKeyUnchecked(context, key, keyLength);
 }
 
-// Two rounds a turn, so that the halves change places by name and not by moving.
+// Two rounds per iteration: the halves swap their roles, and no value moves.
 
 void BlowfishEncipherBlock(const BlowfishContext& context, std::uint32_t& left,
                            std::uint32_t& right) {

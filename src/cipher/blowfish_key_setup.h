@@ -1,7 +1,7 @@
-// The key schedule's own code, for run time and for compile time.
+// The code of Blowfish's key set-up, for run time and for compile time.
 //
-// It is 521 encipherments of which each takes the result of the one before, so a round's latency is
-// all that counts. The other half takes its subkey ahead of the round, off that path.
+// Key set-up is 521 encipherments, each of the result of the one before, so only the latency of a
+// round counts. While the round function works on one half, the other half takes its subkey.
 
 #ifndef LAUNCHER_CIPHER_BLOWFISH_KEY_SETUP_H_
 #define LAUNCHER_CIPHER_BLOWFISH_KEY_SETUP_H_
@@ -15,9 +15,9 @@
 
 namespace launcher {
 
-// Enciphers one block; the rounds are written out.
+// Enciphers one block, with all rounds written out.
 template <std::size_t... kPair>
-constexpr void EncipherForSchedule(const BlowfishContext& context, std::uint32_t& left,
+constexpr void EncipherForKeySetup(const BlowfishContext& context, std::uint32_t& left,
                                    std::uint32_t& right, std::index_sequence<kPair...> /*pairs*/) {
   std::uint32_t l = left ^ context.p[0];
   std::uint32_t r = right;
@@ -28,22 +28,25 @@ constexpr void EncipherForSchedule(const BlowfishContext& context, std::uint32_t
   right = l;
 }
 
-// Each pair of words becomes the cipher text, under the words so far, of the pair before it.
+// Replaces each pair of words, which are part of `context`, with the encipherment of the pair
+// before it.
 template <std::size_t kCount>
 constexpr void ReplacePairs(const BlowfishContext& context, std::uint32_t (&words)[kCount],
                             std::uint32_t& left, std::uint32_t& right) {
   for (std::size_t i = 0; i < kCount; i += 2) {
-    EncipherForSchedule(context, left, right, std::make_index_sequence<kBlowfishRounds / 2>());
+    EncipherForKeySetup(context, left, right, std::make_index_sequence<kBlowfishRounds / 2>());
     words[i] = left;
     words[i + 1] = right;
   }
 }
 
-// Expands a key whose length IsBlowfishKeyLength. `Byte` is std::uint8_t, or char for a text.
+// BlowfishSetKey for a key that is not null and whose length is an IsBlowfishKeyLength. `Byte` is
+// std::uint8_t, or char for a text.
 template <class Byte>
-constexpr void ExpandKey(BlowfishContext& context, const Byte* key, std::uint32_t keyLength) {
+constexpr void BlowfishSetKeyUnchecked(BlowfishContext& context, const Byte* key,
+                                       std::uint32_t keyLength) {
   context = kBlowfishPi;
-  // Four bytes of the key to a word, first byte first, going back to its start at its end.
+  // Each word takes four bytes of the key, the first byte most significant. The key repeats.
   std::uint32_t position = 0;
   for (std::uint32_t& word : context.p) {
     std::uint32_t bytes = 0;

@@ -10,20 +10,20 @@ namespace {
 
 constexpr std::uint32_t kBuiltInKeyLength = sizeof kBuiltInKey - 1;
 
-constexpr BlowfishContext ExpandBuiltInKey() {
+constexpr BlowfishContext MakeBuiltInKeyContext() {
   BlowfishContext context = kBlowfishPi;
-  ExpandKey(context, kBuiltInKey, kBuiltInKeyLength);
+  BlowfishSetKeyUnchecked(context, kBuiltInKey, kBuiltInKeyLength);
   return context;
 }
 
 }  // namespace
 
-constexpr BlowfishContext kBuiltInContext = ExpandBuiltInKey();
+constexpr BlowfishContext kBuiltInKeyContext = MakeBuiltInKeyContext();
 
-const BlowfishContext& SubkeysFor(const std::uint8_t* key, std::uint32_t keyLength,
-                                  BlowfishContext& own) {
+const BlowfishContext& ContextForKey(const std::uint8_t* key, std::uint32_t keyLength,
+                                     BlowfishContext& own) {
   if (keyLength == kBuiltInKeyLength && std::memcmp(key, kBuiltInKey, keyLength) == 0) {
-    return kBuiltInContext;
+    return kBuiltInKeyContext;
   }
   BlowfishSetKey(own, key, keyLength);
   return own;

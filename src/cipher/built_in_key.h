@@ -1,4 +1,4 @@
-// The subkeys for a key, in the least time.
+// The built-in key without its key set-up at run time.
 
 #ifndef LAUNCHER_CIPHER_BUILT_IN_KEY_H_
 #define LAUNCHER_CIPHER_BUILT_IN_KEY_H_
@@ -9,13 +9,13 @@
 
 namespace launcher {
 
-// Those of the built-in key, which the compiler computes.
-extern const BlowfishContext kBuiltInContext;
+// The context that BlowfishSetKey makes of the built-in key, computed by the compiler.
+extern const BlowfishContext kBuiltInKeyContext;
 
-// The subkeys that BlowfishSetKey makes of a key whose length IsBlowfishKeyLength: in `own`, or,
-// for the built-in key, kBuiltInContext with `own` unwritten.
-const BlowfishContext& SubkeysFor(const std::uint8_t* key, std::uint32_t keyLength,
-                                  BlowfishContext& own);
+// Returns the context for a key whose length is an IsBlowfishKeyLength: kBuiltInKeyContext for the
+// built-in key, with `own` unwritten, and for any other key `own`, set up by BlowfishSetKey.
+const BlowfishContext& ContextForKey(const std::uint8_t* key, std::uint32_t keyLength,
+                                     BlowfishContext& own);
 
 }  // namespace launcher
 

@@ -58,7 +58,7 @@ void WriteContainer(std::uint8_t* output, const std::uint8_t* payload, std::uint
     if (done + count == regionSize) {
       std::memset(output + kPayloadOffset + size, 0, ContainerSize(size) - (kPayloadOffset + size));
     }
-    EncipherRegion(kBuiltInContext, output + kRegionOffset + done, count);
+    EncipherRegion(kBuiltInKeyContext, output + kRegionOffset + done, count);
     done += count;
   }
 }
@@ -139,7 +139,7 @@ CipherCode QX_CALL file_cipher_decode(std::uint8_t* block, std::uint32_t blockSi
   if (!IsBlowfishKeyLength(keySize)) return QX_CIPHER_FAILED;
 
   BlowfishContext own;
-  const BlowfishContext& context = SubkeysFor(key, keySize, own);
+  const BlowfishContext& context = ContextForKey(key, keySize, own);
   const std::optional<std::uint32_t> intactSize = DecipherContainer(context, block, blockSize);
   if (!intactSize) return QX_CIPHER_FAILED;
 

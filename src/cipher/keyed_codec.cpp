@@ -36,9 +36,9 @@ class TableTexts {
     return IsBlowfishKeyLength(keyLength_);
   }
 
-  // The subkeys, which may be in `own`.
-  const BlowfishContext& Subkeys(BlowfishContext& own) const {
-    return SubkeysFor(reinterpret_cast<const std::uint8_t*>(key_), keyLength_, own);
+  // Returns the key's context, which may be `own`.
+  const BlowfishContext& Context(BlowfishContext& own) const {
+    return ContextForKey(reinterpret_cast<const std::uint8_t*>(key_), keyLength_, own);
   }
 
   // Empty where LoadMarker was not called.
@@ -62,7 +62,7 @@ Delivery Deliver(const TableTexts& texts, std::uint8_t* block, std::uint32_t blo
 
   BlowfishContext own;
   const std::optional<std::uint32_t> intactSize =
-      DecipherContainer(texts.Subkeys(own), block, blockSize);
+      DecipherContainer(texts.Context(own), block, blockSize);
   if (!intactSize) return {0, 0};
 
   const std::size_t length = std::strlen(texts.Marker());

@@ -68,19 +68,19 @@ TEST(Blowfish, LeavesTheContextAloneForARefusedKey) {
   }
 }
 
-TEST(Blowfish, HasTheBuiltInKeysSubkeysFromTheCompiler) {
+TEST(Blowfish, HasTheBuiltInKeysContextFromTheCompiler) {
   const Bytes builtIn = test::BytesOf("7E3A90C2D1F86B45");
-  EXPECT_TRUE(AreEqual(kBuiltInContext, ContextOf(builtIn)));
+  EXPECT_TRUE(AreEqual(kBuiltInKeyContext, ContextOf(builtIn)));
 
   BlowfishContext own;
-  EXPECT_EQ(&SubkeysFor(builtIn.data(), 16, own), &kBuiltInContext);
+  EXPECT_EQ(&ContextForKey(builtIn.data(), 16, own), &kBuiltInKeyContext);
   for (std::uint32_t length = kBlowfishMinKeySize; length <= kBlowfishMaxKeySize; ++length) {
     const Bytes key = test::Pattern(length);
-    ASSERT_EQ(&SubkeysFor(key.data(), length, own), &own);
+    ASSERT_EQ(&ContextForKey(key.data(), length, own), &own);
     EXPECT_TRUE(AreEqual(own, ContextOf(key))) << length;
   }
   // A beginning of the built-in key is another key.
-  EXPECT_EQ(&SubkeysFor(builtIn.data(), 15, own), &own);
+  EXPECT_EQ(&ContextForKey(builtIn.data(), 15, own), &own);
 }
 
 TEST(Blowfish, RepeatsAShortKey) {
