@@ -19,8 +19,8 @@
 
 #include "cipher/blowfish.h"
 #include "cipher/built_in_key.h"
+#include "cipher/ecb.h"
 #include "cipher/ecb_kernels.h"
-#include "cipher/little_endian.h"
 #include "launcher_dll.h"
 #include "one_block.h"
 #include "peers.h"
