@@ -32,8 +32,7 @@ using Plane = __m512i;
 constexpr std::size_t kGroups = 2;
 constexpr std::size_t kGroupSize = 512;  // 64 blocks
 constexpr std::size_t kBatchSize = kGroups * kGroupSize;
-// A last, incomplete batch costs as much as a whole one. Fewer bytes are faster side by
-// side.
+// A last, incomplete batch costs as much as a whole one. Fewer bytes are faster side by side.
 constexpr std::size_t kWorthwhile = 320;
 
 // A 32-bit half of each block, its least significant bytes first.
