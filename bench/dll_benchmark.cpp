@@ -14,8 +14,8 @@
 #include <vector>
 
 #include "cipher/blowfish.h"
+#include "cipher/built_in_key.h"
 #include "cipher/ecb_kernels.h"
-#include "cipher/key_setup.h"
 #include "one_block.h"
 
 namespace {
@@ -90,7 +90,7 @@ int main() {
     all.push_back({std::string("64 KiB, ") + kernel.name,
                    65536,
                    [&kernel] {
-                     kernel.transform(kBuiltInContext.p, kBuiltInContext.s, region.data(),
+                     kernel.transform(kBuiltInKeyContext.p, kBuiltInKeyContext.s, region.data(),
                                       region.size());
                    },
                    {}});
@@ -98,14 +98,14 @@ int main() {
   all.push_back(
       {"64 KiB, one block at a time",
        65536,
-       [] { bench::EncipherOneBlockAtATime(kBuiltInContext, region.data(), region.size()); },
+       [] { bench::EncipherOneBlockAtATime(kBuiltInKeyContext, region.data(), region.size()); },
        {}});
   all.push_back({"key setup",
                  0,
                  [] {
                    const std::uint8_t key[16] = {1};
                    BlowfishContext own;
-                   SubkeysFor(key, sizeof key, own);
+                   ContextForKey(key, sizeof key, own);
                  },
                  {}});
   for (const std::uint32_t size : {64u, 2048u, 65536u}) {

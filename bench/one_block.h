@@ -7,7 +7,7 @@
 #include <cstdint>
 
 #include "cipher/blowfish.h"
-#include "cipher/little_endian.h"
+#include "cipher/ecb.h"
 
 namespace launcher::bench {
 

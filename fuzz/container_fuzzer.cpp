@@ -12,7 +12,7 @@
 #include <optional>
 #include <random>
 
-#include "config/cipher_texts.h"
+#include "config/string_table.h"
 #include "fuzz/fuzzing.h"
 #include "launcher_dll.h"
 #include "support/guarded_buffer.h"

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <optional>
 
-#include "config/cipher_texts.h"
+#include "config/string_table.h"
 #include "fuzz/fuzzing.h"
 #include "launcher_dll.h"
 #include "support/imitated_cpu.h"

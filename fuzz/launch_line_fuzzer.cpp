@@ -4,7 +4,7 @@
 #include <cstring>
 #include <vector>
 
-#include "config/cipher_texts.h"
+#include "config/string_table.h"
 #include "fuzz/fuzzing.h"
 #include "launch/launch_line.h"
 #include "launcher_dll.h"

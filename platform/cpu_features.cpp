@@ -44,30 +44,26 @@ bool KeepsAvx512Registers() {
   return HasBit(CpuId(1).ecx, kOsXsave) && (EnabledStates() & kNeeded) == kNeeded;
 }
 
-constexpr unsigned kIsKnown = 1;
-constexpr unsigned kBmi1 = 2;
-constexpr unsigned kAvx512Vbmi = 4;
-
-unsigned AskProcessor() {
+bool HasAvx512Vbmi() {
   const Registers extended = CpuId(7);
   const bool hasAvx512 = HasBit(extended.ebx, 16) && HasBit(extended.ebx, 17) &&  // F, DQ
                          HasBit(extended.ebx, 30);                                // BW
   const bool hasVbmi = HasBit(extended.ecx, 1);
-  return kIsKnown | (HasBit(extended.ebx, 3) ? kBmi1 : 0) |
-         (hasAvx512 && hasVbmi && KeepsAvx512Registers() ? kAvx512Vbmi : 0);
+  return hasAvx512 && hasVbmi && KeepsAvx512Registers();
 }
 
 }  // namespace
 
 CpuFeatures ThisCpu() {
-  // Two threads that ask at the same time find the same, so no order is needed.
-  static std::atomic<unsigned> known{0};
-  unsigned bits = known.load(std::memory_order_relaxed);
-  if (bits == 0) {
-    bits = AskProcessor();
-    known.store(bits, std::memory_order_relaxed);
+  enum State { kNotAsked, kPlain, kAvx512Vbmi };
+  // Threads that ask at the same time get the same answer, so no order is needed.
+  static std::atomic<State> state{kNotAsked};
+  State known = state.load(std::memory_order_relaxed);
+  if (known == kNotAsked) {
+    known = HasAvx512Vbmi() ? kAvx512Vbmi : kPlain;
+    state.store(known, std::memory_order_relaxed);
   }
-  return {(bits & kBmi1) != 0, (bits & kAvx512Vbmi) != 0};
+  return {known == kAvx512Vbmi};
 }
 
 }  // namespace launcher

@@ -6,7 +6,6 @@
 namespace launcher {
 
 struct CpuFeatures {
-  bool hasBmi1 = false;
   // With F, BW and DQ, and an operating system that keeps its registers.
   bool hasAvx512Vbmi = false;
 };

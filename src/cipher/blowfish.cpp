@@ -1,15 +1,15 @@
 #include "cipher/blowfish.h"
 
-#include "cipher/blowfish_schedule.h"
+#include "cipher/blowfish_key_setup.h"
 
 namespace launcher {
 
 void BlowfishSetKey(BlowfishContext& context, const std::uint8_t* key, std::uint32_t keyLength) {
   if (key == nullptr || !IsBlowfishKeyLength(keyLength)) return;
-  ExpandKey<ShiftedBytes>(context, key, keyLength);
+  BlowfishSetKeyUnchecked(context, key, keyLength);
 }
 
-// Two rounds a turn, so that the halves change places by name and not by moving.
+// Two rounds per iteration: the halves swap their roles, and no value moves.
 
 void BlowfishEncipherBlock(const BlowfishContext& context, std::uint32_t& left,
                            std::uint32_t& right) {

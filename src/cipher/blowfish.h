@@ -1,5 +1,5 @@
 // Blowfish, B. Schneier, "Description of a New Variable-Length Key, 64-Bit Block Cipher", 1993:
-// 16 rounds, blocks of two 32-bit halves. How bytes become halves is the caller's matter.
+// 16 rounds, blocks of two 32-bit halves. The caller decides how bytes become halves.
 
 #ifndef LAUNCHER_CIPHER_BLOWFISH_H_
 #define LAUNCHER_CIPHER_BLOWFISH_H_
@@ -17,34 +17,28 @@ using BlowfishP = std::uint32_t[kBlowfishRounds + 2];
 using BlowfishBox = std::uint32_t[256];
 using BlowfishS = BlowfishBox[4];
 
-// The subkeys of one key. 4168 bytes; lives on the stack of the operation that uses it.
+// What key set-up makes of a key: the subkeys and the S-boxes. 4168 bytes; it lives on the stack of
+// the operation that uses it.
 struct BlowfishContext {
   BlowfishP p;
   BlowfishS s;
 };
 
-// The key lengths, in bytes, that BlowfishSetKey takes.
+// True for the key lengths, in bytes, that BlowfishSetKey accepts.
 constexpr bool IsBlowfishKeyLength(std::uint32_t keyLength) {
   return keyLength >= kBlowfishMinKeySize && keyLength <= kBlowfishMaxKeySize;
 }
 
-// How the round function gets at the two middle bytes of a half.
-struct ShiftedBytes {
-  static constexpr std::uint32_t Second(std::uint32_t x) { return (x >> 16) & 0xFF; }
-  static constexpr std::uint32_t Third(std::uint32_t x) { return (x >> 8) & 0xFF; }
-};
-
 // The round function.
-template <class Bytes = ShiftedBytes>
 constexpr std::uint32_t BlowfishF(const BlowfishS& s, std::uint32_t x) {
-  return ((s[0][x >> 24] + s[1][Bytes::Second(x)]) ^ s[2][Bytes::Third(x)]) + s[3][x & 0xFF];
+  return ((s[0][x >> 24] + s[1][(x >> 16) & 0xFF]) ^ s[2][(x >> 8) & 0xFF]) + s[3][x & 0xFF];
 }
 
-// Expands a key of keyLength bytes into `context`. Does nothing at all for a null key or a length
-// that IsBlowfishKeyLength refuses.
+// Key set-up: fills `context` for a key of keyLength bytes. Does nothing if the key is null or its
+// length is not an IsBlowfishKeyLength.
 void BlowfishSetKey(BlowfishContext& context, const std::uint8_t* key, std::uint32_t keyLength);
 
-// Encipher and decipher one block in place. Whole regions go through ecb.h.
+// Encipher and decipher one block in place. For whole regions see ecb.h.
 void BlowfishEncipherBlock(const BlowfishContext& context, std::uint32_t& left,
                            std::uint32_t& right);
 void BlowfishDecipherBlock(const BlowfishContext& context, std::uint32_t& left,

@@ -1,4 +1,4 @@
-// The container, and the exports of the file_cipher_ family that write and read it.
+// The container and the exports that write and read it, the file_cipher_ family.
 
 #include "cipher/container.h"
 
@@ -6,9 +6,8 @@
 #include <cstddef>
 #include <cstring>
 
+#include "cipher/built_in_key.h"
 #include "cipher/ecb.h"
-#include "cipher/key_setup.h"
-#include "cipher/little_endian.h"
 #include "cipher/sha256.h"
 #include "launcher_dll.h"
 
@@ -22,10 +21,11 @@ constexpr std::uint32_t kSizeLimit = 0x80000000;
 
 static_assert(kDigestOffset + kDigestSize == kPayloadOffset);
 
-// What is deciphered or copied is looked at again while it is in the processor's cache.
+// What one step deciphers or copies, the next step reads while it is still in the processor's
+// cache.
 constexpr std::uint32_t kStretchSize = 64 << 10;
 
-// The bytes of a payload that lie in the first regionSize bytes of the region.
+// Counts the payload bytes in the first regionSize bytes of the region.
 std::uint32_t PayloadWithin(std::uint32_t regionSize, std::uint32_t payloadSize) {
   return std::min(payloadSize, regionSize - (kPayloadOffset - kRegionOffset));
 }
@@ -37,9 +37,9 @@ bool Overlap(const std::uint8_t* a, std::uint32_t aSize, const std::uint8_t* b,
   return aStart < bStart ? bStart - aStart < aSize : aStart - bStart < bSize;
 }
 
-// Puts a container together and enciphers it, stretch by stretch. A payload that overlaps its
-// container moves as a whole before anything is enciphered; what the header overwrites of it is
-// lost ahead of that.
+// Assembles a container and enciphers it, stretch by stretch. A payload that overlaps its container
+// moves as a whole before anything is enciphered, but after the header is written: what the header
+// overwrites of the payload is lost.
 void WriteContainer(std::uint8_t* output, const std::uint8_t* payload, std::uint32_t size,
                     const std::uint8_t (&digest)[kDigestSize]) {
   const std::uint32_t regionSize = RegionSize(size);
@@ -58,7 +58,7 @@ void WriteContainer(std::uint8_t* output, const std::uint8_t* payload, std::uint
     if (done + count == regionSize) {
       std::memset(output + kPayloadOffset + size, 0, ContainerSize(size) - (kPayloadOffset + size));
     }
-    EncipherRegion(kBuiltInContext, output + kRegionOffset + done, count);
+    EncipherRegion(kBuiltInKeyContext, output + kRegionOffset + done, count);
     done += count;
   }
 }
@@ -78,7 +78,7 @@ std::optional<std::uint32_t> DecipherContainer(const BlowfishContext& context, s
   DecipherRegion(context, region, done);
 
   const std::uint32_t payloadSize = LoadLittleEndian(block + kLengthOffset);
-  // The first test is not idle: near 2^32 the sum in ContainerSize wraps and could fit.
+  // The first test is needed too: near 2^32 the sum in ContainerSize wraps and could match.
   bool isIntact =
       payloadSize <= blockSize - kPayloadOffset && ContainerSize(payloadSize) == blockSize;
   Sha256 sha256;
@@ -116,10 +116,10 @@ CipherCode QX_CALL file_cipher_encode(const std::uint8_t* payload, std::uint32_t
                                       std::uint8_t* output) {
   using namespace launcher;
   if (payload == nullptr || output == nullptr || size == 0) return QX_CIPHER_FAILED;
-  // Ahead of the digest, which would read 2 GiB that no caller of a 32-bit library has.
+  // Before the digest, which would read 2 GiB that no caller of a 32-bit library has.
   if (size >= kSizeLimit) return QX_CIPHER_FAILED;
 
-  // The digest of the whole first: where there is none, nothing may be written.
+  // The digest of the whole payload first: if it fails, nothing may be written.
   std::uint8_t digest[kDigestSize];
   if (!Sha256Digest(payload, size, digest)) return QX_CIPHER_FAILED;
   WriteContainer(output, payload, size, digest);
@@ -134,12 +134,12 @@ CipherCode QX_CALL file_cipher_decode(std::uint8_t* block, std::uint32_t blockSi
   if (block == nullptr || key == nullptr) return QX_CIPHER_FAILED;
   if (payloadSize == nullptr || payloadOffset == nullptr) return QX_CIPHER_FAILED;
   if (!LooksLikeContainer(block, blockSize)) return QX_CIPHER_FAILED;
-  // A negative length is a large one here, and refused as well.
+  // A negative length becomes a large one and is refused too.
   const auto keySize = static_cast<std::uint32_t>(keyLength);
   if (!IsBlowfishKeyLength(keySize)) return QX_CIPHER_FAILED;
 
   BlowfishContext own;
-  const BlowfishContext& context = SubkeysFor(key, keySize, own);
+  const BlowfishContext& context = ContextForKey(key, keySize, own);
   const std::optional<std::uint32_t> intactSize = DecipherContainer(context, block, blockSize);
   if (!intactSize) return QX_CIPHER_FAILED;
 

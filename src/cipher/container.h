@@ -5,10 +5,10 @@
 //   4       4     payload length n, little-endian    yes
 //   8       32    SHA-256 digest of the payload      yes
 //   40      n     payload                            yes
-//   40 + n  0-7   filler, zero bytes                 yes; readers do not look at it
+//   40 + n  0-7   filler, zero bytes                 yes; readers ignore it
 //
-// Blocks count from offset 4, the magic stays clear. A container's size is thus 4 more than a
-// multiple of 8.
+// The first block is at offset 4, because the magic is not enciphered. So the size of a container
+// is 4 more than a multiple of 8.
 
 #ifndef LAUNCHER_CIPHER_CONTAINER_H_
 #define LAUNCHER_CIPHER_CONTAINER_H_
@@ -23,28 +23,28 @@ namespace launcher {
 inline constexpr std::uint32_t kRegionOffset = 4;
 inline constexpr std::uint32_t kPayloadOffset = 40;
 
-// The size of the enciphered region for a payload of payloadSize bytes: length and digest too,
-// rounded up to whole blocks. Wraps where the sum goes beyond 32 bits.
+// The size of the enciphered region for a payload of payloadSize bytes: length, digest and payload,
+// rounded up to whole blocks. Wraps if the sum exceeds 32 bits.
 constexpr std::uint32_t RegionSize(std::uint32_t payloadSize) {
   constexpr std::uint32_t kHeaderSize = kPayloadOffset - kRegionOffset;
   return (payloadSize + kHeaderSize + 7) & ~std::uint32_t{7};
 }
 
-// The size of the whole container. Wraps likewise.
+// The size of the whole container. Wraps too.
 constexpr std::uint32_t ContainerSize(std::uint32_t payloadSize) {
   return RegionSize(payloadSize) + kRegionOffset;
 }
 
-// Whether blockSize bytes can be a container, by their size and magic alone.
+// True if the size and the magic are those of a container.
 bool LooksLikeContainer(const std::uint8_t* block, std::uint32_t blockSize);
 
-// Deciphers all of a block behind its magic, in place, whatever comes out. For a block that
-// LooksLikeContainer. Answers the payload's size where the length and the digest fit; the payload
-// is at kPayloadOffset then.
+// Deciphers everything after the magic in place, in a block that LooksLikeContainer, even if the
+// result is useless. Returns the size of the payload, which is at kPayloadOffset, if the length and
+// the digest are right.
 std::optional<std::uint32_t> DecipherContainer(const BlowfishContext& context, std::uint8_t* block,
                                                std::uint32_t blockSize);
 
-// Whether a payload begins with the `length` bytes at `prefix`.
+// True if a payload begins with the `length` bytes at `prefix`.
 bool BeginsWith(const std::uint8_t* payload, std::uint32_t payloadSize, const char* prefix,
                 std::size_t length);
 

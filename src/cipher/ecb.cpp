@@ -1,4 +1,4 @@
-// The two directions, by the fastest kernel that the processor has.
+// Runs both directions on the fastest kernel that the processor supports.
 
 #include "cipher/ecb.h"
 
@@ -7,6 +7,7 @@
 #include "cipher/ecb_kernels.h"
 
 namespace launcher {
+
 void EncipherRegion(const BlowfishContext& context, std::uint8_t* region, std::uint32_t size) {
   FastestEcbKernel(ThisCpu()).transform(context.p, context.s, region, size);
 }

@@ -1,7 +1,7 @@
-// Blowfish over a region of bytes in electronic-codebook mode: each block of 8 bytes alone.
+// Blowfish in electronic-codebook mode over a region of bytes: each block of 8 bytes on its own.
 //
-// A block's halves are little-endian words, the left one at the lower address. Other Blowfish
-// libraries read them most significant byte first and give other bytes.
+// The halves of a block are little-endian words, the left half at the lower address. Other Blowfish
+// libraries read them most significant byte first, so their results differ.
 
 #ifndef LAUNCHER_CIPHER_ECB_H_
 #define LAUNCHER_CIPHER_ECB_H_
@@ -14,10 +14,23 @@ namespace launcher {
 
 inline constexpr std::uint32_t kBlockSize = 8;
 
-// Encipher and decipher `size` bytes in place, a multiple of kBlockSize, at any alignment. Nothing
-// is allocated; up to 10 KiB of stack.
+// Encipher and decipher `size` bytes in place, a multiple of kBlockSize, at any alignment. They
+// allocate nothing and use up to 10 KiB of stack.
 void EncipherRegion(const BlowfishContext& context, std::uint8_t* region, std::uint32_t size);
 void DecipherRegion(const BlowfishContext& context, std::uint8_t* region, std::uint32_t size);
+
+// Read and write the words of blocks, and of the container's header, at any alignment.
+inline std::uint32_t LoadLittleEndian(const std::uint8_t* bytes) {
+  return std::uint32_t{bytes[0]} | std::uint32_t{bytes[1]} << 8 | std::uint32_t{bytes[2]} << 16 |
+         std::uint32_t{bytes[3]} << 24;
+}
+
+inline void StoreLittleEndian(std::uint8_t* bytes, std::uint32_t word) {
+  bytes[0] = static_cast<std::uint8_t>(word);
+  bytes[1] = static_cast<std::uint8_t>(word >> 8);
+  bytes[2] = static_cast<std::uint8_t>(word >> 16);
+  bytes[3] = static_cast<std::uint8_t>(word >> 24);
+}
 
 }  // namespace launcher
 

@@ -8,10 +8,10 @@
 // Two groups of 64 blocks, a batch, share each load of a table. Two batches take turns round by
 // round: while one waits for its sums, the processor looks up for the other.
 //
-// No address depends on the data: the cache tells nothing of key or text.
+// No address depends on the data, so cache timing reveals nothing of key or text.
 //
-// This file alone is compiled for such processors, and nothing that others could inline may come
-// from it.
+// Only this file is compiled for such processors, so it must define nothing that the linker could
+// share with other files, such as inline functions.
 
 #include <immintrin.h>
 
@@ -20,8 +20,8 @@
 
 #include "cipher/ecb_kernels.h"
 
-// Every loop below over planes or groups is meant to be written out. Without this GCC leaves some
-// rolled at -O2, and their arrays in memory: a third of the speed.
+// Every loop below over planes or groups must be unrolled. Without this GCC at -O2 keeps some
+// loops, and their arrays in memory, which is much slower.
 #define UNROLLED _Pragma("GCC unroll 8") for
 
 namespace launcher {
@@ -46,15 +46,15 @@ struct alignas(64) Tables {
   std::uint32_t p[kBlowfishRounds + 2][4];  // word, its byte four times over
 };
 
-// Looks `index` up in the 128 bytes of `low` and `high` where `lanes` says so; elsewhere the index
-// stays. An intrinsic for this exists, but compilers make a full permute and a blend of it, a fifth
-// slower.
+// Looks `index` up in the 128 bytes of `low` and `high` in the bytes that `lanes` selects, and
+// keeps the index in the others. Compilers turn the intrinsic for this into a full permute and a
+// blend, which is a fifth slower.
 inline Plane Permute(Plane index, Plane low, Plane high, __mmask64 lanes) {
   asm("vpermi2b %2, %1, %0 %{%3%}" : "+v"(index) : "v"(low), "v"(high), "Yk"(lanes));
   return index;
 }
 
-// The bytes of one half that index a box, and which of them are 128 or more.
+// The bytes of one half that index a box, and a mask of those that are 128 or more.
 struct Index {
   explicit Index(const Plane (&bytes)[kGroups]) : byte(bytes) {
     UNROLLED(std::size_t g = 0; g < kGroups; ++g) isHigh[g] = _mm512_movepi8_mask(bytes[g]);

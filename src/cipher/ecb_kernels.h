@@ -1,4 +1,4 @@
-// The ways to put a region through the cipher. They give the same bytes at different speeds.
+// The kernels that transform a region. Their results are the same, their speeds differ.
 
 #ifndef LAUNCHER_CIPHER_ECB_KERNELS_H_
 #define LAUNCHER_CIPHER_ECB_KERNELS_H_
@@ -12,14 +12,14 @@
 namespace launcher {
 
 // Transforms `size` bytes in place, a multiple of 8, at any alignment. `p` holds the subkeys in the
-// order of their use, which is all that tells one direction from the other.
+// order of their use; the two directions differ in nothing else.
 using EcbTransform = void(const BlowfishP& p, const BlowfishS& s, std::uint8_t* region,
                           std::size_t size);
 
 // Eight blocks side by side, on any processor.
 EcbTransform TransformSideBySide;
 
-// 256 blocks at once, by AVX-512 VBMI. For few blocks it goes side by side.
+// 256 blocks at once, with AVX-512 VBMI. Passes few blocks to TransformSideBySide.
 EcbTransform TransformByBytePlanes;
 
 struct EcbKernel {
@@ -28,7 +28,7 @@ struct EcbKernel {
   EcbTransform* transform;
 };
 
-// The fastest first; the last runs everywhere.
+// The fastest first. The last runs on every processor.
 inline constexpr EcbKernel kEcbKernels[] = {
     {"byte planes", [](const CpuFeatures& cpu) { return cpu.hasAvx512Vbmi; },
      TransformByBytePlanes},

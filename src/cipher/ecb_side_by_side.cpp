@@ -1,8 +1,8 @@
-// Several blocks side by side: a round waits for its table look-ups, and the blocks do not depend
-// on one another, so the look-ups of one fill the waits of the others.
+// Several blocks side by side: a round waits for its table look-ups, and blocks do not depend on
+// each other, so the processor looks up for other blocks meanwhile.
 //
-// Blocks and rounds are written out by the compiler: as loops they would keep the halves in memory
-// and compute their places at every step.
+// The compiler writes out the blocks and the rounds: in loops the halves would stay in memory, and
+// every step would compute their addresses.
 
 #include <algorithm>
 #include <cstddef>
@@ -11,7 +11,6 @@
 
 #include "cipher/ecb.h"
 #include "cipher/ecb_kernels.h"
-#include "cipher/little_endian.h"
 
 namespace launcher {
 namespace {
@@ -41,7 +40,7 @@ inline void TransformStride(const BlowfishContext& context, std::uint8_t* blocks
 
 void TransformSideBySide(const BlowfishP& p, const BlowfishS& s, std::uint8_t* region,
                          std::size_t size) {
-  // In this frame the tables are at known distances: their address takes no register, of which
+  // Tables in this stack frame are at constant offsets, so their address needs no register.
   // 32-bit x86 has none to spare.
   BlowfishContext own;
   std::memcpy(own.p, p, sizeof own.p);

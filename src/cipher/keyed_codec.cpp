@@ -1,11 +1,10 @@
-// The container for callers that hold no key, and the signature marker.
+// The container for callers that have no key, and the signature marker.
 
 #include <cstdint>
 #include <cstring>
 
+#include "cipher/built_in_key.h"
 #include "cipher/container.h"
-#include "cipher/key_setup.h"
-#include "config/cipher_texts.h"
 #include "config/string_table.h"
 #include "frame/bounded_text.h"
 #include "launcher_dll.h"
@@ -16,33 +15,32 @@ namespace {
 constexpr std::int32_t kMaxBlockSize = 0xFFFFF;
 constexpr std::uint32_t kMarkerLength = sizeof kSignatureMarker - 1;
 
-// Copies a text of the table into an area that is zero before. Answers false where the lookup fails
-// or the text does not fit with its terminator.
+// Copies a text of the table into an area of zero bytes. Returns false if the lookup fails or the
+// text and its terminator do not fit.
 template <std::size_t kCapacity>
 bool CopyTableText(StringLabel label, char (&area)[kCapacity]) {
   const OwnedText text = LookUpText(label);
   return text && CopyText(area, kCapacity, text.get());
 }
 
-// The key and the marker as the string table has them at the time of a call.
+// The key and the marker as the string table has them at the time of the call.
 class TableTexts {
  public:
   bool LoadKey() { return CopyTableText(kCipherKeyLabel, key_); }
   bool LoadMarker() { return CopyTableText(kSignatureMarkerLabel, marker_); }
 
-  // The key's length is a lookup of its own, by the table's contract with its callers: each lookup
-  // prints a line.
+  // The length takes a lookup of its own: each lookup prints a line, and callers can see the lines.
   bool LoadKeyLength() {
     keyLength_ = QX_GetLengthOfRString(kCipherKeyLabel);
     return IsBlowfishKeyLength(keyLength_);
   }
 
-  // The subkeys, which may be in `own`.
-  const BlowfishContext& Subkeys(BlowfishContext& own) const {
-    return SubkeysFor(reinterpret_cast<const std::uint8_t*>(key_), keyLength_, own);
+  // Returns the key's context, which may be `own`.
+  const BlowfishContext& Context(BlowfishContext& own) const {
+    return ContextForKey(reinterpret_cast<const std::uint8_t*>(key_), keyLength_, own);
   }
 
-  // Empty where LoadMarker was not called.
+  // Empty if LoadMarker was not called.
   const char* Marker() const { return marker_; }
 
  private:
@@ -51,8 +49,7 @@ class TableTexts {
   std::uint32_t keyLength_ = 0;
 };
 
-// What became of a block: size and offset of its payload, both 0 for a block that is no intact
-// container.
+// The size and offset of a block's payload, both 0 if the block is not an intact container.
 struct Delivery {
   std::uint32_t payloadSize;
   std::uint32_t payloadOffset;
@@ -63,11 +60,11 @@ Delivery Deliver(const TableTexts& texts, std::uint8_t* block, std::uint32_t blo
 
   BlowfishContext own;
   const std::optional<std::uint32_t> intactSize =
-      DecipherContainer(texts.Subkeys(own), block, blockSize);
+      DecipherContainer(texts.Context(own), block, blockSize);
   if (!intactSize) return {0, 0};
 
   const std::size_t length = std::strlen(texts.Marker());
-  // A payload without the marker is delivered too, whole.
+  // A payload without the marker is delivered whole.
   if (!BeginsWith(block + kPayloadOffset, *intactSize, texts.Marker(), length)) {
     return {*intactSize, kPayloadOffset};
   }
@@ -113,10 +110,10 @@ std::uint8_t QX_CALL QX_SignSignature(std::uint8_t* destination, std::uint32_t c
                                       const std::uint8_t* data, std::uint32_t dataSize) {
   using namespace launcher;
   if (destination == nullptr || data == nullptr) return 0;
-  // By what is left, since dataSize + kMarkerLength can wrap.
+  // Compares what is left, since dataSize + kMarkerLength can wrap.
   if (capacity < kMarkerLength || dataSize > capacity - kMarkerLength) return 0;
 
   std::memcpy(destination, kSignatureMarker, kMarkerLength);
-  std::memmove(destination + kMarkerLength, data, dataSize);  // data may stand in its place already
+  std::memmove(destination + kMarkerLength, data, dataSize);  // data may already be in its place
   return 1;
 }

@@ -7,7 +7,7 @@ namespace {
 
 HCRYPTPROV AcquireProvider() {
   HCRYPTPROV provider = 0;
-  // No key container: hashing takes no key, and the default one may be missing or locked.
+  // No key container: hashing needs none, and the default one may be missing or locked.
   const bool acquired =
       CryptAcquireContextA(&provider, nullptr, nullptr, PROV_RSA_AES, CRYPT_VERIFYCONTEXT) != FALSE;
   return acquired ? provider : 0;

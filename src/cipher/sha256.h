@@ -12,23 +12,23 @@ namespace launcher {
 
 inline constexpr std::size_t kDigestSize = 32;
 
-// One digest, of data that come in pieces. Nothing is asked of the system before the first piece.
+// Computes one digest of data in pieces. Calls the system only from the first piece on.
 class Sha256 {
  public:
-  // Takes the next `length` bytes, 0 or more. Answers false where the system refuses; the digest is
-  // lost then.
+  // Adds the next `length` bytes, 0 or more. Returns false if the system refuses; the digest is
+  // then lost.
   bool Update(const std::uint8_t* data, std::uint32_t length);
 
-  // Writes the digest of all pieces, at least one. Answers false where the system gives none;
-  // `digest` is then undefined.
+  // Writes the digest of all pieces, at least one. Returns false, with `digest` undefined, if the
+  // system fails.
   bool Finish(std::uint8_t (&digest)[kDigestSize]);
 
  private:
   CryptProvider provider_;
-  CryptHash hash_;  // goes before its provider
+  CryptHash hash_;  // released before its provider
 };
 
-// The digest of the `length` bytes at `data`, 0 or more, with the same results.
+// Computes the digest of the `length` bytes at `data`, 0 or more. The same results as above.
 bool Sha256Digest(const std::uint8_t* data, std::uint32_t length,
                   std::uint8_t (&digest)[kDigestSize]);
 

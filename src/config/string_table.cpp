@@ -8,7 +8,6 @@
 #include <cstring>
 #include <string>
 
-#include "config/cipher_texts.h"
 #include "config/launcher_config.h"
 #include "frame/bounded_text.h"
 #include "frame/guard.h"
@@ -24,7 +23,7 @@ struct TableEntry {
       : label(entryLabel), text(nullptr), field(configField) {}
 
   StringLabel label;
-  const char* text;                    // null where a setting is the text
+  const char* text;                    // null if the text is a setting
   std::string LauncherConfig::*field;  // that setting
 };
 
@@ -43,7 +42,7 @@ constexpr TableEntry kTable[] = {
     {1011, "text/plain;level=1"},
     {1012, "X-Identifier"},
     {1014, "P-Authorization"},
-    // The server knows the first of these three names without the underscore.
+    // The server knows the first of these three without the underscore.
     {1100, "version:TamlsEarlyAccess,pid:{0},f:CoreSaveDataCreate"},
     {1101, "version:Tamls_EarlyAccess,pid:{0},f:CoreSaveDataRestart"},
     {1102, "version:Tamls_EarlyAccess,pid:{0},f:UserExistence"},
@@ -77,7 +76,7 @@ constexpr TableEntry kTable[] = {
 };
 static_assert(sizeof kTable / sizeof kTable[0] == 42);
 
-// Null for a label that is not in the table. The text lives as long as `config` at least.
+// Returns null for a label that is not in the table. The text may belong to `config`.
 const char* FindText(StringLabel label, const LauncherConfig& config) {
   for (const TableEntry& entry : kTable) {
     if (entry.label != label) continue;
@@ -87,7 +86,7 @@ const char* FindText(StringLabel label, const LauncherConfig& config) {
 }
 
 ResultCode CopyTextToMemory(StringLabel label, char** text) {
-  // Ahead of the table, so that any lookup creates a missing file and tells a broken one.
+  // Before the search: with any label, a lookup creates a missing file and fails on a broken one.
   const LauncherConfig config = LoadLauncherConfig(kConfigPath);
   const char* const source = FindText(label, config);
   if (source == nullptr) return QX_NOT_FOUND;

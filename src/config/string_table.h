@@ -3,9 +3,9 @@
 #ifndef LAUNCHER_CONFIG_STRING_TABLE_H_
 #define LAUNCHER_CONFIG_STRING_TABLE_H_
 
+#include <cstdlib>
 #include <memory>
 
-#include "frame/malloc_deleter.h"
 #include "launcher_dll.h"
 
 namespace launcher {
@@ -18,10 +18,21 @@ inline constexpr StringLabel kCiApiHostLabel = 5001;
 inline constexpr StringLabel kCipherKeyLabel = 11000;
 inline constexpr StringLabel kSignatureMarkerLabel = 11001;
 
+// The text of kCipherKeyLabel: the key of every container that the library makes. The key is these
+// 16 characters, without the terminator; they are not converted to 8 bytes.
+inline constexpr char kBuiltInKey[] = "7E3A90C2D1F86B45";
+
+// The text of kSignatureMarkerLabel. Without its terminator it precedes the data that the library
+// signs.
+inline constexpr char kSignatureMarker[] = "/* QTRMWO_Kd3Z_HLvN */";
+
+struct MallocDeleter {
+  void operator()(void* block) const { std::free(block); }
+};
 using OwnedText = std::unique_ptr<char, MallocDeleter>;
 
-// Looks a text up by QX_LoadStringToMemory, with the line that it prints and the settings that it
-// loads. Null where the lookup fails.
+// Looks a text up with QX_LoadStringToMemory, which prints a line and loads the settings. Returns
+// null if the lookup fails.
 OwnedText LookUpText(StringLabel label);
 
 }  // namespace launcher

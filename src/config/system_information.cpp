@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::uint32_t kNumbers[4] = {0, 2, 5, 0};
 
-// A text that cannot be had or does not fit leaves the field as empty as it was.
+// The field stays empty if the lookup fails or the text does not fit.
 template <std::size_t kCapacity>
 void FillField(char (&field)[kCapacity], StringLabel label) {
   const OwnedText text = LookUpText(label);

@@ -8,8 +8,8 @@
 
 namespace launcher {
 
-// The runtime's strcpy_s and strcat_s, which stop the process where a text does not fit, unless
-// somebody has installed a handler. These answer false then, and leave an empty text.
+// They replace the runtime's strcpy_s and strcat_s, which end the process if a text does not fit
+// and no handler is installed. These return false and leave an empty text.
 
 // Copies `source` with its terminator into the `capacity` bytes at `destination`. A null source
 // does not fit.
@@ -23,8 +23,8 @@ inline bool CopyText(char* destination, std::size_t capacity, const char* source
   return true;
 }
 
-// Copies `source` behind the text at `destination`, which has `capacity` bytes in all. A text there
-// without its terminator leaves no room.
+// Appends `source` to the text at `destination`, which has `capacity` bytes in all. If that text
+// has no terminator, nothing fits.
 inline bool AppendText(char* destination, std::size_t capacity, const char* source) {
   const void* const end = std::memchr(destination, '\0', capacity);
   const std::size_t used =

@@ -1,4 +1,4 @@
-// Where exceptions end: nothing is thrown across an export.
+// Guarded catches every exception, so that none leaves an export.
 
 #ifndef LAUNCHER_FRAME_GUARD_H_
 #define LAUNCHER_FRAME_GUARD_H_
@@ -9,8 +9,8 @@
 
 namespace launcher {
 
-// Answers what `body` answers; QX_OUT_OF_MEMORY where it runs out of memory, and `otherwise` where
-// it ends by any other exception.
+// Returns the result of `body`, QX_OUT_OF_MEMORY if it throws std::bad_alloc, and `otherwise` if it
+// throws anything else.
 template <class Body>
 ResultCode Guarded(ResultCode otherwise, Body body) noexcept {
   try {

@@ -1,6 +1,6 @@
-// QX_EnumDisplayMode and QX_CheckDisplayMode: what an adapter can show.
+// QX_EnumDisplayMode and QX_CheckDisplayMode: the display modes of an adapter.
 //
-// Each call asks Direct3D anew, and only for the modes of one pixel format, which is the game's.
+// Each call queries Direct3D again, and only for the modes of the game's pixel format.
 
 #include <algorithm>
 #include <cstddef>
@@ -21,7 +21,7 @@ constexpr char kModeLine[] = "  {\"Width\": %u, \"Height\": %u, \"Hz\": %u}%s\n"
 constexpr char kTail[] = "]\n}";
 constexpr std::size_t kModeLineCapacity = sizeof kModeLine + 3 * sizeof "4294967295";
 
-// The modes of one adapter, by index. Any of them may fail to answer.
+// The modes of one adapter, by index. The query of each may fail.
 class AdapterModes {
  public:
   AdapterModes(IDirect3D9* direct3D, UINT adapter)
@@ -40,12 +40,12 @@ class AdapterModes {
   UINT count_;
 };
 
-// Writes texts one behind the other into a buffer, which always ends in a terminator.
+// Appends texts to a buffer, which always ends with a terminator.
 class TextWriter {
  public:
   TextWriter(char* buffer, std::uint32_t capacity) : next_(buffer), capacityLeft_(capacity) {}
 
-  // Answers whether the text fits; of one that does not, the beginning is written.
+  // Returns false if the text does not fit, after it has written as much as fits.
   bool Write(const char* text) {
     const auto length = static_cast<std::uint32_t>(std::strlen(text));
     const std::uint32_t written = std::min(length, capacityLeft_ - 1);
@@ -68,7 +68,7 @@ bool WriteModes(TextWriter* text, const AdapterModes& modes) {
   for (UINT i = 0; i < modes.Count(); ++i) {
     D3DDISPLAYMODE mode = {};
     if (!modes.Get(i, &mode)) continue;
-    // By the index alone: where the last mode fails to answer, a comma ends the list.
+    // Decided by the index alone: if the query of the last mode fails, the list ends with a comma.
     const char* const separator = i == modes.Count() - 1 ? "" : ",";
     char line[kModeLineCapacity];
     std::snprintf(line, sizeof line, kModeLine, mode.Width, mode.Height, mode.RefreshRate,
@@ -78,7 +78,7 @@ bool WriteModes(TextWriter* text, const AdapterModes& modes) {
   return text->Write(kTail);
 }
 
-// The signed 16 bits of an argument, widened: no mode is as wide as what they give from 32768 on.
+// Sign-extends the low 16 bits of an argument. From 32768 on the result exceeds every mode.
 std::uint32_t Widened(std::int32_t argument) {
   return static_cast<std::uint32_t>(static_cast<std::int16_t>(argument & 0xFFFF));
 }

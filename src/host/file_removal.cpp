@@ -1,7 +1,7 @@
 // QX_RemoveFile and QX_RemoveDirectory.
 //
-// Whatever lies in a tree, nothing outside it is removed: a link in it goes and is not followed,
-// and an entry whose path would lead elsewhere stays.
+// Nothing outside the tree is removed: links are removed but not followed, and an entry stays if
+// its path would refer to another one.
 
 #include <cstddef>
 #include <cstdint>
@@ -17,8 +17,8 @@ namespace {
 
 constexpr std::size_t kPathCapacity = 260;
 
-// Whether there is a directory to list. Behind an empty path, or a drive's name alone, the search
-// pattern would mean the drive's root.
+// False for an empty path and for a drive's name alone: with them the search pattern would list the
+// root of the drive.
 bool NamesDirectory(const char* path) {
   const std::size_t length = std::strlen(path);
   return length != 0 && path[length - 1] != ':';
@@ -27,17 +27,17 @@ bool NamesDirectory(const char* path) {
 bool HasSeparator(const char* name) {
   for (; *name != '\0'; ++name) {
     if (*name == '\\' || *name == '/') return true;
-    // In East Asian code pages the second byte of a character can be that of a backslash, never
-    // that of a slash.
+    // In East Asian code pages the second byte of a character can equal a backslash, but not a
+    // slash.
     const bool isLeadByte = IsDBCSLeadByte(static_cast<BYTE>(*name)) != FALSE;
     if (isLeadByte && name[1] != '\0' && name[1] != '/') ++name;
   }
   return false;
 }
 
-// Whether a name behind its directory's path leads to its own entry. Windows drops dots and blanks
-// at the end of a name, and one from another system can hold separators, or get them where it is
-// put into the code page. "." and ".." are among those that do not.
+// True if a listed name, appended to the path of its directory, refers to its own entry. Windows
+// drops dots and blanks at the end of a name. A name from another system can contain separators,
+// also as a result of its conversion to the code page. False for "." and "..".
 bool LeadsToItself(const char* name) {
   const std::size_t length = std::strlen(name);
   if (length == 0) return false;
@@ -45,26 +45,25 @@ bool LeadsToItself(const char* name) {
   return last != '.' && last != ' ' && !HasSeparator(name);
 }
 
-// Asked by the path that is about to be listed: a name in the code page can belong to another entry
-// than the one that was found. Where the path gives no answer here, it gives no listing either.
+// Checks the path that is to be listed: in the code page it can refer to another entry than the one
+// that was found. If the attributes cannot be read, the listing fails as well.
 bool IsLink(const char* path) {
   const DWORD attributes = GetFileAttributesA(path);
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
 }
 
-// A walk through a tree, from the directory that it starts with. Path and entry exist once for all
-// levels, so that a level takes a few words of the stack; there are at most 128 levels, since each
-// takes two characters of the path.
+// Walks through a tree. All levels share one path and one entry, so that a level needs only a few
+// words of the stack. There are at most 128 levels, since each adds two characters to the path.
 class TreeRemoval {
  public:
-  // Removes what is in a directory. What resists stays. Nothing happens where the path is too long
-  // for a search pattern.
+  // Removes the entries of a directory, except those that the system refuses to remove. Does
+  // nothing if the path is too long for a search pattern.
   void RemoveEntriesOf(const char* directory) {
     if (Append(directory)) RemoveEntries();
   }
 
  private:
-  // Those of the directory at path_.
+  // Removes the entries of the directory at path_.
   void RemoveEntries() {
     const std::size_t length = length_;
     if (!Append("\\*.*")) return;
@@ -79,7 +78,7 @@ class TreeRemoval {
     } while (FindNextFileA(listing.Get(), &entry_) != FALSE);
   }
 
-  // The entry at path_.
+  // Removes the entry at path_.
   void RemoveEntry() {
     if ((entry_.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
       DeleteFileA(path_);

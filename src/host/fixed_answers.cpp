@@ -1,8 +1,23 @@
-// Exports that are kept for older launchers; nothing is behind them.
+// The exports that hardly do anything: constants that older launchers ask for, a number that
+// callers share, and a check that the settings load.
 
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
 
+#include "config/launcher_config.h"
 #include "launcher_dll.h"
+#include "platform/win32.h"
+
+namespace launcher {
+namespace {
+
+// Nothing in the library reads it except QX_GetIllegalValue.
+std::int32_t illegalValue = 0;
+
+}  // namespace
+}  // namespace launcher
 
 std::uint8_t QX_CALL QX_ExistClient() { return 1; }
 
@@ -14,4 +29,25 @@ ResultCode QX_CALL QX_Unzip(std::uint32_t /*first*/, std::uint32_t second, std::
 std::int32_t QX_CALL QX_SteamAPI_GetMirvelURL(std::uint32_t /*first*/, std::uint32_t /*second*/,
                                               std::uint32_t /*third*/) {
   return 0;
+}
+
+std::int32_t QX_CALL QX_GetIllegalValue() { return launcher::illegalValue; }
+
+std::int32_t QX_CALL QX_ResetIllegalValue() {
+  std::srand(static_cast<std::uint32_t>(_time64(nullptr)));
+  // rand is weak, but callers may rely on the runtime's sequence.
+  launcher::illegalValue = std::rand();  // NOLINT(cert-msc30-c,cert-msc50-cpp)
+  return launcher::illegalValue;
+}
+
+std::int32_t QX_CALL QX_IsStaging() {
+  // Not Guarded: this export prints the exception's text.
+  try {
+    launcher::LoadLauncherConfig(launcher::kConfigPath);
+    return 1;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "Error: %s\n", error.what());
+    std::fflush(stderr);
+    return 0;
+  }
 }

@@ -1,5 +1,5 @@
-// QX_CheckCert: whether a server is one of the game's own, by the names that the caller holds for
-// it. No certificate is looked at.
+// QX_CheckCert: compares the names that the caller has for a server with the game's own. It reads
+// no certificate.
 
 #include <cstddef>
 #include <cstdint>
@@ -12,7 +12,7 @@
 namespace launcher {
 namespace {
 
-// A longer setting is no host name and takes part in no comparison.
+// A longer setting is not a host name and equals none.
 constexpr std::size_t kHostNameCapacity = 1024;
 
 bool IsSetting(StringLabel label, const char* hostName) {
@@ -25,7 +25,7 @@ bool IsSetting(StringLabel label, const char* hostName) {
 }  // namespace launcher
 
 std::uint8_t QX_CALL QX_CheckCert(const char* certificateName, const char* hostName) {
-  // Character for character: the wildcard is a name like any other.
+  // Compares character by character: a wildcard has no special meaning.
   const bool isTrusted = launcher::IsSetting(launcher::kQaApiHostLabel, hostName) ||
                          launcher::IsSetting(launcher::kCiApiHostLabel, hostName) ||
                          std::strcmp(certificateName, launcher::kServiceCertificateName) == 0 ||

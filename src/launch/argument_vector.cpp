@@ -10,10 +10,10 @@
 namespace launcher {
 namespace {
 
-// Up to and with the terminator.
+// Up to the terminator, included.
 constexpr int kWholeText = -1;
 
-// The bytes that an argument takes in the ANSI code page, terminator included; 0 where it cannot be
+// Returns the size of an argument in the ANSI code page, terminator included, or 0 if it cannot be
 // converted.
 int ConvertedSize(const wchar_t* argument) {
   return WideCharToMultiByte(CP_ACP, 0, argument, kWholeText, nullptr, 0, nullptr, nullptr);
@@ -26,7 +26,7 @@ int Convert(const wchar_t* argument, char* destination, std::size_t capacity) {
 
 ResultCode PackArguments(const wchar_t* const* arguments, std::int32_t count,
                          std::uint32_t capacity, char** block) {
-  // The caller's limit counts characters; the block counts bytes, and there may be more of these.
+  // The caller's limit is in characters. The block's size is in bytes, and may be larger.
   std::size_t length = 0;
   for (std::int32_t i = 0; i < count; ++i) length += std::wcslen(arguments[i]) + 1;
   if (capacity < length) return QX_BAD_ARGUMENT;

@@ -1,10 +1,9 @@
-// QX_CreateProcess: starts the client, leaves data for it in this process, and waits for its end.
+// QX_CreateProcess: starts the client, keeps data for it in this process, and waits until it ends.
 
 #include <cstdint>
 #include <cstring>
 
 #include "launch/launch_line.h"
-#include "launch/remote_block.h"
 #include "launcher_dll.h"
 #include "platform/owners.h"
 #include "platform/win32.h"
@@ -12,8 +11,40 @@
 namespace launcher {
 namespace {
 
-constexpr DWORD kFullAccess = 0x1FFFFF;  // PROCESS_ALL_ACCESS, which older headers give fewer bits
+// PROCESS_ALL_ACCESS, which has fewer bits in older headers.
+constexpr DWORD kFullAccess = 0x1FFFFF;
 constexpr DWORD kPollMilliseconds = 500;
+
+// Owns at most one block of memory in `process`, for another process to read. The handle is
+// borrowed and must outlive the block.
+class RemoteBlock {
+ public:
+  explicit RemoteBlock(HANDLE process) : process_(process) {}
+  RemoteBlock(const RemoteBlock&) = delete;
+  RemoteBlock& operator=(const RemoteBlock&) = delete;
+  ~RemoteBlock() { Reset(); }
+
+  // Allocates `size` bytes, not 0, and copies `data` into them. May be called once.
+  bool Fill(const void* data, std::uint32_t size) {
+    block_ = VirtualAllocEx(process_, nullptr, size, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
+    return block_ != nullptr && WriteProcessMemory(process_, block_, data, size, nullptr);
+  }
+
+  // Returns 0 if there is no block.
+  std::uint32_t Address() const {
+    return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(block_));
+  }
+
+  void Reset() {
+    constexpr SIZE_T kWholeBlock = 0;
+    if (block_ != nullptr) VirtualFreeEx(process_, block_, kWholeBlock, MEM_RELEASE);
+    block_ = nullptr;
+  }
+
+ private:
+  HANDLE process_;
+  void* block_ = nullptr;
+};
 
 // A started client. Its process handle closes before its thread handle.
 struct Client {
@@ -34,7 +65,7 @@ bool StartProcess(char* commandLine, PROCESS_INFORMATION& started) {
 bool HasEnded(const KernelHandle& process) {
   DWORD exitCode = STILL_ACTIVE;
   if (GetExitCodeProcess(process.Get(), &exitCode) && exitCode != STILL_ACTIVE) return true;
-  // STILL_ACTIVE is 259, which a client may end with too. The process object knows.
+  // A client may also end with the exit code 259, which is STILL_ACTIVE.
   return WaitForSingleObject(process.Get(), 0) != WAIT_TIMEOUT;
 }
 
@@ -54,9 +85,9 @@ ResultCode RunClient(const char* clientPath, const void* data, std::uint32_t dat
 
   char line[kLaunchLineCapacity];
   FormatLaunchLine(line, clientPath, processId, block.Address());
-  // The client gets the plain line: the system finds the program at its head, and the readers take
-  // numbers off its end. The enciphered form is made beside it at every launch, and no launch fails
-  // for want of it.
+  // The client gets the plain line: the system reads the program's path from its start, and the
+  // line readers read the numbers from its end. Every launch also makes the enciphered form, but
+  // does not fail without it.
   std::uint8_t encipheredLine[kEncipheredLineSize];
   EncipherLaunchLine(encipheredLine, line);
 
@@ -64,7 +95,7 @@ ResultCode RunClient(const char* clientPath, const void* data, std::uint32_t dat
   if (!StartProcess(line, started)) return QX_FAILED;
   const Client client(started);
   WaitForEnd(client.process);
-  // The data lives as long as the client, so it goes before the client's handles.
+  // Frees the data before the client's handles close: it is needed only while the client runs.
   block.Reset();
   return QX_SUCCEEDED;
 }

@@ -1,9 +1,10 @@
-// What the client is told: its own path, and where to find its parent and the parent's data.
+// The command line of the client: its own path, its parent's process id and the address of the
+// parent's data.
 //
 //   "PATH" PPPPPPPPAAAAAAAA
 //
-// PPPPPPPP is the parent's process id and AAAAAAAA the data's address, lower-case hexadecimal, most
-// significant digit first. The readers QX_RightAddress and QX_RightDWORD take them off the end.
+// PPPPPPPP is the process id and AAAAAAAA the address, in lower-case hexadecimal, the most
+// significant digit first. QX_RightAddress and QX_RightDWORD read them from the end of the line.
 
 #ifndef LAUNCHER_LAUNCH_LAUNCH_LINE_H_
 #define LAUNCHER_LAUNCH_LAUNCH_LINE_H_
@@ -12,30 +13,32 @@
 #include <cstdint>
 
 #include "cipher/container.h"
-#include "launch/hex_digits.h"
 
 namespace launcher {
 
 inline constexpr std::size_t kLaunchLineCapacity = 2048;
 
-// All that is not the path: two quotes, a blank and two numbers.
+// The hexadecimal digits of a 32-bit number.
+inline constexpr std::size_t kWordDigits = 8;
+
+// Everything except the path: two quotes, a blank and two numbers.
 inline constexpr std::size_t kLaunchLineExtra = 3 + 2 * kWordDigits;
 
 // The longest path, in characters, that leaves room for the rest and the terminator.
 inline constexpr std::size_t kMaxClientPathLength = kLaunchLineCapacity - 1 - kLaunchLineExtra;
 
 // Writes the line. `clientPath` has at most kMaxClientPathLength characters; a `dataAddress` of 0
-// stands for no data.
+// means that there is no data.
 void FormatLaunchLine(char (&line)[kLaunchLineCapacity], const char* clientPath,
                       std::uint32_t processId, std::uint32_t dataAddress);
 
-// The line once more, signed and enciphered: the container of a payload that is always of
-// kSignedAreaSize bytes, the signature marker, the line without its terminator and zero bytes. A
-// line that does not fit behind the marker leaves all of the payload zero.
+// The enciphered form of the line is a container. Its payload always has kSignedAreaSize bytes: the
+// signature marker, the line without its terminator, zero bytes. If the line does not fit after the
+// marker, the whole payload is zero.
 inline constexpr std::uint32_t kSignedAreaSize = 2048;
 inline constexpr std::uint32_t kEncipheredLineSize = ContainerSize(kSignedAreaSize);
 
-// Writes the enciphered form. Answers false, with `block` unwritten, where the system gives no
+// Writes the enciphered form. Returns false, with `block` unwritten, if the system computes no
 // digest.
 bool EncipherLaunchLine(std::uint8_t (&block)[kEncipheredLineSize], const char* line);
 

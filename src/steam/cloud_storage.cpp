@@ -1,5 +1,5 @@
-// The user's files in the Steam Cloud. Each export fetches the interface anew; what they answer for
-// a bad argument and for a missing interface differs from one to the next.
+// The user's files in the Steam Cloud. Each export gets the interface again. The results for a bad
+// argument and for a missing interface differ from export to export.
 
 #include <cstdint>
 
@@ -59,7 +59,7 @@ ResultCode QX_CALL QX_SteamAPI_RemoteStorageGetFileName(std::int32_t index, char
   if (storage == nullptr) return QX_FAILED;
 
   std::int32_t size = 0;
-  // A name that does not fit is an empty one, and success.
+  // If the name does not fit, the caller gets an empty one, and success.
   launcher::CopyText(destination, capacity, storage->GetFileNameAndSize(index, &size));
   return QX_SUCCEEDED;
 }
@@ -74,7 +74,7 @@ std::int32_t QX_CALL QX_SteamAPI_RemoteStorageIsCloudEnabledForApp() {
   return storage != nullptr && storage->IsCloudEnabledForApp() ? 1 : 0;
 }
 
-// Mind the result: 1 tells that nothing was done.
+// The result is inverted: 1 if Steam is missing and nothing was done.
 std::uint8_t QX_CALL QX_SteamAPI_RemoteStorageSetCloudEnabledForApp(std::int32_t enabled) {
   ISteamRemoteStorage* const storage = SteamRemoteStorage();
   if (storage == nullptr) return 1;

@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::int32_t kMethodPost = 3;
 
-// A request of Steam's, released at its end.
+// Owns a request of Steam.
 class HttpRequest {
  public:
   HttpRequest(ISteamHTTP& http, std::int32_t method, const char* url)
@@ -27,12 +27,12 @@ class HttpRequest {
 
   explicit operator bool() const { return handle_ != 0; }
 
-  // Steam takes the bytes without const, and leaves them alone.
+  // The parameter of Steam is not const, but Steam does not write to it.
   void SetBody(const char* contentType, const std::uint8_t* body, std::uint32_t size) {
     http_.SetHTTPRequestRawPostBody(handle_, contentType, const_cast<std::uint8_t*>(body), size);
   }
 
-  // Returns when the response is there.
+  // Returns when the response is complete.
   bool Send() {
     std::uint64_t unusedCall = 0;
     return http_.SendHTTPRequest(handle_, &unusedCall);
@@ -51,7 +51,7 @@ class HttpRequest {
   std::uint32_t handle_;
 };
 
-// The body as text: printing ends at its first NUL.
+// Prints the body as text, up to its first NUL.
 ResultCode PrintResponse(HttpRequest& request, std::uint32_t size) {
   if (size == UINT32_MAX) return QX_OUT_OF_MEMORY;
   const std::unique_ptr<std::uint8_t[]> body(new (std::nothrow)

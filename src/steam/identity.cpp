@@ -1,4 +1,4 @@
-// Who the user is.
+// The user's identity: login, id, name, ticket.
 
 #include <cstdint>
 
@@ -36,7 +36,7 @@ std::uint64_t QX_CALL QX_SteamAPI_GetSteamIDConvertToUint64() {
 ResultCode QX_CALL QX_SteamAPI_GetPersonaName(char* destination, std::uint32_t capacity) {
   if (destination == nullptr || capacity == 0) return QX_BAD_ARGUMENT;
 
-  // Without Steam there is no name, and that counts as success.
+  // Without Steam there is no name, but the call succeeds.
   ISteamFriends* const friends = SteamFriends();
   if (friends == nullptr) return QX_SUCCEEDED;
 
@@ -51,7 +51,7 @@ std::int32_t QX_CALL QX_SteamAPI_GetSteamAuthTicket(char* destination, std::uint
 
   std::uint8_t ticket[kTicketCapacity];
   std::uint32_t size = 0;
-  // The handle is not kept: the ticket is valid until Steam's end.
+  // The handle is not kept: the ticket is valid until Steam shuts down.
   if (user->GetAuthSessionTicket(ticket, kTicketCapacity, &size) == 0) return QX_FAILED;
   if (size > sizeof ticket) return QX_FAILED;
 

@@ -1,5 +1,5 @@
-// Whole files in the folder that Steam gives each user on this machine. A file's name goes into its
-// path as it is.
+// Whole files in the folder that Steam has for each user of this machine. The path contains the
+// file name unchanged.
 
 #include <cstddef>
 #include <cstdint>
@@ -17,15 +17,14 @@ namespace {
 constexpr int kPathCapacity = 260;
 constexpr std::int64_t kMaxFileSize = 0x7FFFFFFF;
 
-// Writes the path of a user's file. Answers false where Steam gives no folder or the path does not
-// fit.
+// Writes the path of a user's file. Returns false if Steam has no folder or the path does not fit.
 bool FormPath(ISteamUser& user, const char* fileName, char* path, int capacity) {
   if (!user.GetUserDataFolder(path, capacity)) return false;
   const auto size = static_cast<std::size_t>(capacity);
   return AppendText(path, size, "\\") && AppendText(path, size, fileName);
 }
 
-// A user's file by its name, as the exports that open it see it.
+// A user's file, for the exports that open it.
 class UserFile {
  public:
   UserFile(ISteamUser& user, const char* fileName)
@@ -33,7 +32,7 @@ class UserFile {
 
   bool HasPath() const { return hasPath_; }
 
-  // Answers whether there is something at the path, and gives its size then.
+  // Returns true, with the size, if the path exists.
   bool Find(std::int64_t& size) const {
     struct __stat64 status = {};
     if (_stat64(path_, &status) != 0) return false;
@@ -44,7 +43,7 @@ class UserFile {
   OwnedFile Open(const char* mode) const { return OwnedFile(_fsopen(path_, mode, _SH_DENYNO)); }
 
  private:
-  char path_[kPathCapacity] = {};  // never unset, whatever Steam writes
+  char path_[kPathCapacity] = {};  // never uninitialised, whatever Steam writes
   bool hasPath_;
 };
 

@@ -5,10 +5,9 @@
 #include <cstring>
 #include <string>
 
-#include "cipher/key_setup.h"
+#include "cipher/built_in_key.h"
 #include "support/bytes.h"
 #include "support/data_file.h"
-#include "support/imitated_cpu.h"
 
 namespace launcher {
 namespace {
@@ -69,22 +68,19 @@ TEST(Blowfish, LeavesTheContextAloneForARefusedKey) {
   }
 }
 
-// The built-in key's subkeys from the compiler, and those of the way by BMI1.
-TEST(Blowfish, HasTheSameSubkeysEveryWay) {
+TEST(Blowfish, HasTheBuiltInKeysContextFromTheCompiler) {
   const Bytes builtIn = test::BytesOf("7E3A90C2D1F86B45");
-  EXPECT_TRUE(AreEqual(kBuiltInContext, ContextOf(builtIn)));
-  for (const bool hasBmi1 : {false, true}) {
-    if (hasBmi1 && !ThisCpu().hasBmi1) GTEST_SKIP() << "this processor has no BMI1";
-    const test::ImitatedCpu cpu({hasBmi1, false});
-    for (std::uint32_t length = kBlowfishMinKeySize; length <= kBlowfishMaxKeySize; ++length) {
-      const Bytes key = test::Pattern(length);
-      BlowfishContext own;
-      EXPECT_TRUE(AreEqual(SubkeysFor(key.data(), length, own), ContextOf(key))) << length;
-    }
-    BlowfishContext own;
-    EXPECT_EQ(&SubkeysFor(builtIn.data(), 16, own), &kBuiltInContext);
-    EXPECT_EQ(&SubkeysFor(builtIn.data(), 15, own), &own);
+  EXPECT_TRUE(AreEqual(kBuiltInKeyContext, ContextOf(builtIn)));
+
+  BlowfishContext own;
+  EXPECT_EQ(&ContextForKey(builtIn.data(), 16, own), &kBuiltInKeyContext);
+  for (std::uint32_t length = kBlowfishMinKeySize; length <= kBlowfishMaxKeySize; ++length) {
+    const Bytes key = test::Pattern(length);
+    ASSERT_EQ(&ContextForKey(key.data(), length, own), &own);
+    EXPECT_TRUE(AreEqual(own, ContextOf(key))) << length;
   }
+  // A beginning of the built-in key is another key.
+  EXPECT_EQ(&ContextForKey(builtIn.data(), 15, own), &own);
 }
 
 TEST(Blowfish, RepeatsAShortKey) {

@@ -7,7 +7,6 @@
 #include <string>
 
 #include "cipher/ecb_kernels.h"
-#include "cipher/little_endian.h"
 #include "launcher_dll.h"
 #include "support/bytes.h"
 #include "support/guarded_buffer.h"
