@@ -64,7 +64,7 @@ class FailureWalk : public test::ScratchTest {
   static int TemporaryFileCount() {
     int count = 0;
     for (const auto& entry : std::filesystem::directory_iterator(".")) {
-      if (entry.path().extension() == ".tmp") {
+      if (entry.path().extension() == ".new") {
         ++count;
         std::filesystem::remove(entry.path());
       }
