@@ -26,7 +26,8 @@ SystemPath SystemPathOf(const char* path);
 // A file that is written under a temporary name and then gets its own name in one step. Whoever
 // opens that name meanwhile finds what was there before, or the whole new file.
 //
-// If the process is killed the temporary file can stay on Linux; Windows removes it.
+// If the process is killed the temporary file can stay. Windows removes it, unless the process was
+// killed inside MoveTo.
 class NewFile {
  public:
   NewFile() = default;
