@@ -224,8 +224,9 @@ std::unique_ptr<Session> NewSession() {
   const Path folder = StandInFolder();
   const SteamSettings settings = LoadSteamSettings(folder);
   if (!settings.running) throw SteamSettingsError("Steam is not running, say the settings");
-  if (!settings.subscribed)
+  if (!settings.subscribed) {
     throw SteamSettingsError("the account has no licence, say the settings");
+  }
 
   auto created = std::make_unique<Session>(folder, settings);
   // A cloud that is out of reach keeps no game from starting.

@@ -15,15 +15,15 @@ namespace {
 // Megabytes of payload a second, of calls of `once` for `seconds`. Negative where one fails.
 template <class Once>
 double RateOf(std::uint32_t size, double seconds, Once once) {
-  using Clock = std::chrono::steady_clock;
+  using SteadyClock = std::chrono::steady_clock;
   double spent = 0;
   double bytes = 0;
   if (!once(nullptr)) return -1;  // warms up
   while (spent < seconds && !Interrupted()) {
-    const auto begin = Clock::now();
-    Clock::duration idle{};
+    const auto begin = SteadyClock::now();
+    SteadyClock::duration idle{};
     if (!once(&idle)) return -1;
-    spent += std::chrono::duration<double>(Clock::now() - begin - idle).count();
+    spent += std::chrono::duration<double>(SteadyClock::now() - begin - idle).count();
     bytes += size;
   }
   return spent > 0 ? bytes / spent / 1e6 : 0;

@@ -9,15 +9,13 @@ string(REGEX REPLACE "((0x..,)(0x..,)(0x..,)(0x..,)(0x..,)(0x..,)(0x..,)(0x..,))
 file(WRITE "${OUTPUT}" "#include \"doctor/embedded_files.h\"
 
 namespace launcher::doctor {
-namespace {
 
-constexpr char kBytes[] = {
+const std::string_view ${CONSTANT} = [] {
+  static constexpr char kBytes[] = {
 ${bytes}
-};
-
-}  // namespace
-
-const std::string_view ${CONSTANT}(kBytes, sizeof kBytes);
+  };
+  return std::string_view(kBytes, sizeof kBytes);
+}();
 
 }  // namespace launcher::doctor
 ")

@@ -33,9 +33,9 @@ struct Outside : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-class Bytes {
+class ByteView {
  public:
-  explicit Bytes(const std::string& bytes) : bytes_(bytes) {}
+  explicit ByteView(const std::string& bytes) : bytes_(bytes) {}
 
   std::uint32_t At(std::size_t offset, std::size_t width, const char* what) const {
     Require(offset, width, what);
@@ -72,7 +72,7 @@ class Bytes {
 
 class PeReader {
  public:
-  PeReader(const Bytes& bytes, Image& image) : bytes_(bytes), image_(image) {}
+  PeReader(const ByteView& bytes, Image& image) : bytes_(bytes), image_(image) {}
 
   void Read() {
     const std::size_t header = bytes_.U32(0x3C, "the header's offset");
@@ -194,14 +194,14 @@ class PeReader {
     if (image_.version.compare(length - 2, 2, ".0") == 0) image_.version.erase(length - 2);
   }
 
-  const Bytes& bytes_;
+  const ByteView& bytes_;
   Image& image_;
   std::size_t directories_ = 0;
   std::uint32_t directoryCount_ = 0;
   std::vector<Section> sections_;
 };
 
-void ReadElf(const Bytes& bytes, Image& image) {
+void ReadElf(const ByteView& bytes, Image& image) {
   image.format = ImageFormat::elf;
   constexpr std::uint32_t kLargeClass = 2;
   constexpr std::uint32_t kSharedType = 3;
@@ -215,7 +215,7 @@ void ReadElf(const Bytes& bytes, Image& image) {
 
 Image ReadImage(const std::filesystem::path& path) {
   const std::string content = ReadBytes(path, kLargestFile);
-  const Bytes bytes(content);
+  const ByteView bytes(content);
   Image image;
   try {
     if (content.empty()) throw Outside("it is empty");
