@@ -10,7 +10,7 @@ set -euo pipefail
 root=$1 build=$2 copy="$3/a folder of another name"
 rm -rf "$3"
 mkdir -p "$copy"
-tar -C "$root" --exclude=./build --exclude=./.git -cf - . | tar -C "$copy" -xf -
+tar -C "$root" --exclude=__pycache__ --exclude=./build --exclude=./.git -cf - . | tar -C "$copy" -xf -
 cd "$copy"
 cmake --preset windows -DBUILD_TESTING=OFF >/dev/null
 cmake --build --preset windows --target LauncherDll microsoft_import_library >/dev/null

@@ -1,6 +1,5 @@
 // Requests over the loopback interface, to the server of with_http_server.sh.
 
-#include <chrono>
 #include <cstdlib>
 #include <limits>
 #include <string>
@@ -122,10 +121,8 @@ TEST_F(StandInHttp, KeepsTheTimeLimit) {
   Start(R"({"httpRequestLimitMs": 300})");
   for (const char* const path : {"/slow", "/trickle", "/redirect/302?/trickle"}) {
     SCOPED_TRACE(path);
-    const auto start = std::chrono::steady_clock::now();
+    // Without the limit each of them ends with a whole body, the last after 100 s.
     EXPECT_EQ(Fetch(kGet, path), "failed");
-    // Trickling goes on for 100 s.
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
   }
 }
 

@@ -35,7 +35,7 @@ struct HandleTable {
 template <class IsDone>
 void RunBelowWine(const std::string& commandLine, IsDone isDone) {
   RunProgram("Z:\\bin\\" + commandLine);
-  for (int i = 0; i < 1000; ++i) {
+  for (int i = 0; i < 6000; ++i) {
     if (isDone()) return;
     Sleep(10);
   }
