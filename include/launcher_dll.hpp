@@ -91,7 +91,7 @@ class Error : public std::runtime_error {
 
 // ---- Spans -----------------------------------------------------------------------------------
 
-// Items that lie side by side and belong to somebody else.
+// Consecutive items that belong to somebody else.
 template <class Item>
 class Span {
  public:

@@ -102,7 +102,7 @@ def page(export, part, snippet, names):
 
 
 def write_documents(folder):
-    """Copies the documents side by side; links to what is no page become plain words."""
+    """Copies the documents into one folder; links to what is no page become plain words."""
     documents = [ROOT / "SECURITY.md", ROOT / "CHANGELOG.md", *sorted((ROOT / "docs").glob("*.md"))]
     pages = {document.name for document in documents}
 

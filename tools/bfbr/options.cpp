@@ -58,7 +58,7 @@ void AddInputs(CLI::App* command, Options* options) {
       ->type_name("LIST");
   command
       ->add_option("-j,--jobs", options->jobs,
-                   "Files worked on side by side (default: the processors, at most 8)")
+                   "Files worked on at the same time (default: the processors, at most 8)")
       ->check(CLI::Range(1, 256).description(""))
       ->type_name("N");
   command->add_flag("--json", options->isJson, "Print one JSON object a line for each file");

@@ -18,7 +18,7 @@ complete -c bfbr -n $none -l version -d 'Print the version'
 complete -c bfbr -s h -l help -d 'Print help'
 
 complete -c bfbr -n $on_files -l files-from -r -d 'Read more names from a file'
-complete -c bfbr -n $on_files -s j -l jobs -x -d 'Files worked on side by side'
+complete -c bfbr -n $on_files -s j -l jobs -x -d 'Files worked on at the same time'
 complete -c bfbr -n "$on_files; or $bench" -l json -d 'Print JSON objects, one a line'
 complete -c bfbr -n $on_files -l progress -x -a 'auto always never' -d 'When to show the progress'
 complete -c bfbr -n $on_files -l timing -d 'Print where the time went'
