@@ -323,9 +323,10 @@ QX_API ResultCode QX_CALL QX_CommandLineToArgvA(char** block, uint32_t capacity,
 /* ---- Steam: session and identity ------------------------------------------------------------ */
 
 /* The Steam client library, steam_api.dll, is loaded when the first of these functions is called,
- * from the program's own folder or the system's. Where it is missing everything answers as without
- * Steam. QX_SteamAPI_Init comes before the two language functions; the others fetch what they need
- * themselves, as far as Steam allows it. A text that does not fit leaves an empty one. */
+ * from the program's folder, that of LauncherDll.dll or the system's, in this order. If it is
+ * missing, every function returns the same as without Steam. QX_SteamAPI_Init comes before the two
+ * language functions; the others fetch what they need themselves, as far as Steam allows it. A text
+ * that does not fit leaves an empty one. */
 
 /* Starts the link to the Steam client.
  *

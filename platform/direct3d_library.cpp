@@ -15,7 +15,7 @@ constexpr char kLibrary[] = "libd3d9.so";
 
 IDirect3D9* WINAPI Direct3DCreate9(UINT sdkVersion) {
   using Function = decltype(&Direct3DCreate9);
-  const auto function =
-      reinterpret_cast<Function>(launcher::FindLateFunction(kLibrary, "Direct3DCreate9"));
+  const auto function = reinterpret_cast<Function>(launcher::FindLateFunction(
+      kLibrary, "Direct3DCreate9", launcher::LateFolders::kProgramAndSystem));
   return function != nullptr ? function(sdkVersion) : nullptr;
 }

@@ -3,12 +3,19 @@
 #ifndef LAUNCHER_PLATFORM_LATE_LIBRARY_H_
 #define LAUNCHER_PLATFORM_LATE_LIBRARY_H_
 
+#include <cstdint>
+
 namespace launcher {
 
-// The function `name` of a library, or null where either is missing. The library is looked for in
-// the program's own and the system's folders, never in the current directory, and stays loaded; one
-// of that name that the program has loaded itself serves as well.
-void* FindLateFunction(const char* library, const char* name);
+enum class LateFolders : std::uint8_t {
+  kProgramAndSystem,
+  kOwnToo,  // the folder of this library as well, after the program's
+};
+
+// Returns the function `name` of a library, or null if either is missing. Looks for the library in
+// these folders, never in the current directory or PATH, and keeps it loaded. A library of that
+// name that the program has loaded itself is taken first.
+void* FindLateFunction(const char* library, const char* name, LateFolders folders);
 
 }  // namespace launcher
 

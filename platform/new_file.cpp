@@ -1,6 +1,5 @@
 #include "platform/new_file.h"
 
-#include <cerrno>
 #include <cstdint>
 #include <cstdio>
 
@@ -11,10 +10,8 @@ namespace {
 
 #if defined(_WIN32)
 constexpr const wchar_t* kSeparators = L"\\/:";
-constexpr SystemError kExists = ERROR_FILE_EXISTS;
 #else
 constexpr const char* kSeparators = "/";
-constexpr SystemError kExists = EEXIST;
 #endif
 
 // Differs between processes and threads that run at the same time. Not by std::rand, whose sequence
@@ -31,14 +28,15 @@ SystemError NewFile::CreateBeside(const SystemPath& place) {
   const SystemPath directory = place.substr(0, separator + 1);  // npos + 1 is 0
 
   constexpr std::uint32_t kTries = 0x10000;
-  SystemError error = kExists;
+  SystemError error = 0;
   std::uint32_t number = FirstNumber();
   // Killed processes may have left files behind.
-  for (std::uint32_t i = 0; i < kTries && error == kExists; ++i, ++number) {
+  for (std::uint32_t i = 0; i < kTries; ++i, ++number) {
     char name[16];
     const int length =
         std::snprintf(name, sizeof name, ".%06x.new", static_cast<unsigned>(number & 0xFFFFFF));
     error = Create(directory + SystemPath(name, name + length));
+    if (!MeansThatItExists(error)) break;
   }
   return error;
 }

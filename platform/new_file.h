@@ -12,6 +12,9 @@ namespace launcher {
 // The system's number for what went wrong: errno on Linux, GetLastError() on Windows. 0 is success.
 using SystemError = int;
 
+// True if the error says that something of that name exists.
+bool MeansThatItExists(SystemError error);
+
 // A path as the system takes it without loss.
 #if defined(_WIN32)
 using SystemPath = std::wstring;
@@ -36,14 +39,17 @@ class NewFile {
   // Removes the temporary file, unless MoveTo succeeded.
   ~NewFile() { Abandon(); }
 
-  // Creates the file under the name `temporary`. Fails if anything has that name, also a link.
+  // Creates the file under the name `temporary`, which can be its final name if the file system
+  // permits no renaming. Fails if anything has that name, also a link. Removes the file of an
+  // earlier call. On Windows nobody can open the file before MoveTo.
   SystemError Create(const SystemPath& temporary);
 
   // Creates it in the directory of `place`, under the first free name of the form ".123abc.new":
   // 11 characters, no more than "config.json" has.
   SystemError CreateBeside(const SystemPath& place);
 
-  // Writes all `size` bytes. After a failure the file holds an unknown part of them.
+  // Writes all `size` bytes, with one call of the system if it takes them all. After a failure the
+  // file holds an unknown part of them.
   SystemError Write(const void* data, std::size_t size);
 
   // As Write, with the line ends of the system's text files in place of "\n".

@@ -18,7 +18,8 @@ template <class Result, class... Arguments>
 Result PassOn(Result(STEAM_API_CALL* /*self*/)(Arguments...), const char* name,
               Arguments... arguments) {
   using Function = Result(STEAM_API_CALL*)(Arguments...);
-  const auto function = reinterpret_cast<Function>(launcher::FindLateFunction(kLibrary, name));
+  const auto function = reinterpret_cast<Function>(
+      launcher::FindLateFunction(kLibrary, name, launcher::LateFolders::kOwnToo));
   return function != nullptr ? function(arguments...) : Result();
 }
 

@@ -1,4 +1,4 @@
-// The folder in which the native library lies counts as the program's own.
+// The native library's own folder counts as the program's.
 
 #include "platform/late_library.h"
 
@@ -35,7 +35,7 @@ void* OpenLibrary(const char* library) {
 
 }  // namespace
 
-void* FindLateFunction(const char* library, const char* name) {
+void* FindLateFunction(const char* library, const char* name, LateFolders /*folders*/) {
   if (posix::MustFail(name)) return nullptr;
   constexpr void* kNone = nullptr;
   return posix::WithoutThrowing(kNone, [=] {

@@ -45,6 +45,8 @@ void FlushDirectoryOf(const std::string& path) {
 
 }  // namespace
 
+bool MeansThatItExists(SystemError error) { return error == EEXIST; }
+
 SystemPath SystemPathOf(const char* path) { return path; }
 
 SystemError NewFile::Create(const SystemPath& temporary) {
@@ -94,6 +96,10 @@ SystemError NewFile::MoveTo(const SystemPath& place, Existing existing) {
   const int descriptor = static_cast<int>(std::exchange(handle_, kNone));
   if (const SystemError error = ErrorOf("close", [&] { return close(descriptor); })) return error;
 
+  if (temporary_ == place) {
+    temporary_.clear();
+    return 0;
+  }
   const SystemError error = ErrorOf("rename", [&] {
     return replaces ? std::rename(temporary_.c_str(), place.c_str())
                     : RenameWithoutReplacing(temporary_.c_str(), place.c_str());

@@ -22,6 +22,15 @@
 namespace launcher::posix {
 namespace {
 
+// waitpid; a signal that comes meanwhile does not end it.
+pid_t WaitForEnd(pid_t pid, int* status, int options) {
+  pid_t ended = 0;
+  do {
+    ended = waitpid(pid, status, options);
+  } while (ended < 0 && errno == EINTR);
+  return ended;
+}
+
 constexpr DWORD kFullAccess = 0x1FFFFF;
 
 // What both handles of a child refer to.
@@ -59,7 +68,7 @@ void AskWhetherEnded(Process& process) {
     return;
   }
   int status = 0;
-  const pid_t ended = waitpid(process.pid, &status, WNOHANG);
+  const pid_t ended = WaitForEnd(process.pid, &status, WNOHANG);
   // Where the caller ignores the ends of its children nobody has the exit code.
   const bool isLost = ended < 0 && errno == ECHILD;
   if (ended != process.pid && !isLost) return;
@@ -133,7 +142,7 @@ pid_t StartChild(const char* path, char* const* arguments) {
   go.WriteByte();
   failed.CloseEnd(1);
   if (failed.ReadByte()) {
-    waitpid(pid, nullptr, 0);
+    WaitForEnd(pid, nullptr, 0);
     return Fail(kErrorFileNotFound);
   }
   return pid;

@@ -4,12 +4,43 @@
 
 namespace launcher {
 
-void* FindLateFunction(const char* library, const char* name) {
+namespace {
+
+// Loads `library` from the folder of the library that holds this code. Without std::wstring: many
+// exports that come here have no guard against exceptions.
+HMODULE LoadBesideThis(const char* library) {
+  static const char inside = 0;
+  HMODULE self = nullptr;
+  constexpr DWORD kJustFind =
+      GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
+  if (!GetModuleHandleExA(kJustFind, &inside, &self)) return nullptr;
+
+  wchar_t path[MAX_PATH];
+  const DWORD length = GetModuleFileNameW(self, path, MAX_PATH);
+  if (length == 0 || length == MAX_PATH) return nullptr;
+  wchar_t* end = path + length;
+  while (end != path && end[-1] != L'\\' && end[-1] != L'/') --end;
+  do {
+    if (end == path + MAX_PATH) return nullptr;
+    *end++ = static_cast<unsigned char>(*library);
+  } while (*library++ != '\0');
+  // What it needs itself comes from its own folder and the system's.
+  return LoadLibraryExW(path, nullptr,
+                        LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32);
+}
+
+HMODULE Load(const char* library, LateFolders folders) {
+  HMODULE module = LoadLibraryExA(library, nullptr, LOAD_LIBRARY_SEARCH_APPLICATION_DIR);
+  if (module == nullptr && folders == LateFolders::kOwnToo) module = LoadBesideThis(library);
+  if (module == nullptr) module = LoadLibraryExA(library, nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
+  return module;
+}
+
+}  // namespace
+
+void* FindLateFunction(const char* library, const char* name, LateFolders folders) {
   HMODULE module = GetModuleHandleA(library);
-  if (module == nullptr) {
-    module = LoadLibraryExA(library, nullptr,
-                            LOAD_LIBRARY_SEARCH_APPLICATION_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32);
-  }
+  if (module == nullptr) module = Load(library, folders);
   if (module == nullptr) return nullptr;
   return reinterpret_cast<void*>(GetProcAddress(module, name));
 }

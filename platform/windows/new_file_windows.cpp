@@ -27,6 +27,10 @@ BOOL SetGoesOnClose(HANDLE handle, bool goes) {
 
 }  // namespace
 
+bool MeansThatItExists(SystemError error) {
+  return error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS;
+}
+
 SystemPath SystemPathOf(const char* path) {
   const int capacity = MultiByteToWideChar(CP_ACP, MB_ERR_INVALID_CHARS, path, -1, nullptr, 0);
   if (capacity == 0) return {};
@@ -40,9 +44,8 @@ SystemPath SystemPathOf(const char* path) {
 SystemError NewFile::Create(const SystemPath& temporary) {
   Abandon();
   SystemPath name = temporary;  // before there is a file, since memory can run out
-  const HANDLE handle =
-      CreateFileW(name.c_str(), GENERIC_WRITE | DELETE, FILE_SHARE_READ | FILE_SHARE_DELETE,
-                  nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+  const HANDLE handle = CreateFileW(name.c_str(), GENERIC_WRITE | DELETE, FILE_SHARE_DELETE,
+                                    nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
   if (handle == INVALID_HANDLE_VALUE) return LastError();
   handle_ = reinterpret_cast<std::intptr_t>(handle);
   temporary_ = std::move(name);
@@ -92,7 +95,8 @@ SystemError NewFile::MoveTo(const SystemPath& place, Existing existing) {
   if (!CloseHandle(handle)) return LastError();
   const DWORD flags = (existing == Existing::kReplaced ? DWORD{MOVEFILE_REPLACE_EXISTING} : 0) |
                       (isFlushed_ ? DWORD{MOVEFILE_WRITE_THROUGH} : 0);
-  if (!MoveFileExW(temporary_.c_str(), place.c_str(), flags)) return LastError();
+  if (temporary_ != place && !MoveFileExW(temporary_.c_str(), place.c_str(), flags))
+    return LastError();
   temporary_.clear();
   return 0;
 }

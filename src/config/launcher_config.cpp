@@ -211,8 +211,15 @@ std::string DefaultConfigText() {
 // but cannot be read holds somebody's settings.
 bool CreateConfigFile(const char* path) {
   const SystemPath place = SystemPathOf(path);
+  const std::string text = DefaultConfigText();
   NewFile file;
-  return file.CreateBeside(place) == 0 && file.WriteText(DefaultConfigText()) == 0 &&
+  // Flushed before it gets its name: after a loss of power, an empty file would stay for good.
+  if (file.CreateBeside(place) != 0 || file.WriteText(text) != 0 || file.Flush() != 0) return false;
+  const SystemError error = file.MoveTo(place, NewFile::Existing::kStays);
+  if (error == 0 || MeansThatItExists(error)) return error == 0;
+
+  // Some folders permit creating a file but not renaming it.
+  return file.Create(place) == 0 && file.WriteText(text) == 0 && file.Flush() == 0 &&
          file.MoveTo(place, NewFile::Existing::kStays) == 0;
 }
 

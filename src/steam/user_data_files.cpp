@@ -106,5 +106,7 @@ ResultCode QX_CALL QX_SteamAPI_WriteFile(const char* fileName, const void* data,
   if (!file.HasPath()) return QX_FAILED;
   const launcher::OwnedFile stream = file.Open("wb");
   if (!stream) return QX_OPEN_FAILED;
+  // Unbuffered, so that a full disk fails the write and not only the close.
+  std::setvbuf(stream.get(), nullptr, _IONBF, 0);
   return std::fwrite(data, size, 1, stream.get()) == 1 ? QX_SUCCEEDED : QX_WRITE_FAILED;
 }

@@ -119,6 +119,23 @@ TEST_F(FailurePaths, ReleaseInOrder) {
   }
 }
 
+// The content is on the disk before the file has its name, or a loss of power leaves an empty one.
+TEST_F(FailurePaths, TheSettingsFileIsFlushedBeforeItIsMoved) {
+  posix::StartRecording();
+  Call("QX_IsStaging");
+  const std::vector<std::string> expected = {"_fsopen", "open",  "write",
+                                             "fsync",   "close", "rename"};
+  EXPECT_EQ(posix::StopRecording(), expected);
+}
+
+TEST_F(FailurePaths, TheSettingsFileNeedsNoRename) {
+  posix::FailCall("rename", 1);
+  Call("QX_IsStaging");
+  EXPECT_TRUE(posix::StopFailing());
+  EXPECT_EQ(test::ReadFile("config.json"), test::ReadDataFile("default_config.json"));
+  EXPECT_EQ(test::ScratchDirectory::FileCount(), 1u);
+}
+
 TEST_F(FailurePaths, OfAFullDisk) {
   const auto ignored = std::signal(SIGXFSZ, SIG_IGN);
   rlimit before = {};

@@ -45,6 +45,25 @@ TEST_F(SteamLibrary, IsNotTakenFromTheCurrentDirectory) {
   EXPECT_EQ(test::RunProgram(program_), 0);
 }
 
+TEST_F(SteamLibrary, IsTakenFromTheLibrarysFolder) {
+  fs::create_directory("lib");
+  const fs::path library = fs::path(LAUNCHER_LIBRARY).filename();
+  fs::rename("game" / library, "lib" / library);
+  test::SetLibraryPath(fs::absolute("lib").string());
+  EXPECT_EQ(test::RunProgram(program_), 0);
+  Copy(steam_, "lib");
+  EXPECT_EQ(test::RunProgram(program_), 1);
+}
+
+#if defined(_WIN32)  // The native library is found by such a path, and Steam's then as well.
+TEST_F(SteamLibrary, IsNotTakenFromThePath) {
+  fs::create_directory("planted");
+  Copy(steam_, "planted");
+  test::SetLibraryPath(fs::absolute("planted").string());
+  EXPECT_EQ(test::RunProgram(program_), 0);
+}
+#endif
+
 TEST_F(SteamLibrary, IsTakenFromTheProgramsFolder) {
   Copy(steam_, "game");
   EXPECT_EQ(test::RunProgram(program_), 1);

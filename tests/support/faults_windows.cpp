@@ -138,7 +138,10 @@ void PatchImports() {
   PATCH(CryptDestroyHash, FALSE, -1);
   PATCH(CryptReleaseContext, FALSE, -1);
   PATCH(GetModuleHandleA, static_cast<HMODULE>(nullptr), 0);
+  PATCH(GetModuleHandleExA, FALSE, 0);
+  PATCH(GetModuleFileNameW, DWORD{0}, 0);
   PATCH(LoadLibraryExA, static_cast<HMODULE>(nullptr), 0);
+  PATCH(LoadLibraryExW, static_cast<HMODULE>(nullptr), 0);
   PATCH(GetProcAddress, static_cast<FARPROC>(nullptr), 0);
 #undef PATCH
   patch("malloc", reinterpret_cast<void*>(Allocate));

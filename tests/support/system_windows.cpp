@@ -1,6 +1,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <stdexcept>
 #include <vector>
@@ -75,7 +76,11 @@ std::string PathBeside(const std::string& name) {
 
 std::string ProgramBeside(const std::string& name) { return PathBeside(name + ".exe"); }
 
-void SetLibraryPath(const std::string& /*folder*/) {}
+void SetLibraryPath(const std::string& folder) {
+  static const std::string before = std::getenv("PATH");
+  SetEnvironmentVariableA("PATH",
+                          folder.empty() ? before.c_str() : (folder + ';' + before).c_str());
+}
 
 void* LoadFunction(const std::string& path, const char* name) {
   const HMODULE library = LoadLibraryA(path.c_str());

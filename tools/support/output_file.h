@@ -17,9 +17,6 @@ namespace launcher {
 // The system's words for an error, without a line end or a full stop.
 std::string SystemErrorText(SystemError error);
 
-// True if the error says that a file of that name exists.
-bool MeansThatItExists(SystemError error);
-
 // True if the error says that the disk, or this user's share of it, is full.
 bool MeansThatTheDiskIsFull(SystemError error);
 

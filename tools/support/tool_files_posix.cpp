@@ -37,8 +37,6 @@ std::string SystemErrorText(SystemError error) {
   return std::error_code(error, std::generic_category()).message();
 }
 
-bool MeansThatItExists(SystemError error) { return error == EEXIST; }
-
 bool MeansThatTheDiskIsFull(SystemError error) {
   return error == ENOSPC || error == EDQUOT || error == EFBIG;
 }

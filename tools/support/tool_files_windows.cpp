@@ -45,10 +45,6 @@ std::string SystemErrorText(SystemError error) {
   return length > 0 ? std::string(text, length) : "system error " + std::to_string(error);
 }
 
-bool MeansThatItExists(SystemError error) {
-  return error == ERROR_ALREADY_EXISTS || error == ERROR_FILE_EXISTS;
-}
-
 bool MeansThatTheDiskIsFull(SystemError error) {
   return error == ERROR_DISK_FULL || error == ERROR_HANDLE_DISK_FULL ||
          error == 1295;  // ERROR_DISK_QUOTA_EXCEEDED
