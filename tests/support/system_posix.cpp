@@ -68,7 +68,7 @@ void RunInThreads(int count, void (*body)(int number)) {
 
 const bool kTriesEverything = true;
 
-const int kManyFiles = 100000;
+const int kManyFiles = 20000;
 
 void KeepDigestLoaded() {}
 
