@@ -1,7 +1,6 @@
 // Files, by paths in which a backslash separates names too.
 
 #include <dirent.h>
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -73,20 +72,6 @@ std::unique_ptr<Listing> ListDirectory(std::string directory) {
   while (const dirent* const entry = readdir(opened.get())) listing->names.push_back(entry->d_name);
   std::sort(listing->names.begin(), listing->names.end());
   return listing;
-}
-
-BOOL MoveToFreeName(const std::string& source, const std::string& target) {
-  if (renameat2(AT_FDCWD, source.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0) {
-    return TRUE;
-  }
-  // Not every file system can do that in one step; a second name and then the first one's end is
-  // the same to whoever looks at the target.
-  const bool isUnsupported = errno == EINVAL || errno == ENOSYS;
-  if (!isUnsupported || link(source.c_str(), target.c_str()) != 0) {
-    return Fail(kErrorGeneralFailure);
-  }
-  unlink(source.c_str());
-  return TRUE;
 }
 
 }  // namespace
@@ -193,13 +178,6 @@ BOOL RemoveDirectoryA(const char* path) {
     const int result = isLink ? unlink(entry.c_str()) : rmdir(entry.c_str());
     return result == 0 ? TRUE : Fail(kErrorAccessDenied);
   });
-}
-
-BOOL MoveFileExA(const char* from, const char* to, DWORD flags) {
-  using namespace launcher::posix;
-  if (MustFail(__func__)) return FALSE;
-  if (flags != 0) return Fail(kErrorInvalidParameter);
-  return WithoutThrowing(FALSE, [=] { return MoveToFreeName(NativePath(from), NativePath(to)); });
 }
 
 std::int64_t _time64(std::int64_t* now) {

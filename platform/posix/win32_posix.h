@@ -136,9 +136,6 @@ BOOL DeleteFileA(const char* path);
 // Removes an empty directory, or a link to any.
 BOOL RemoveDirectoryA(const char* path);
 
-// With flags of 0 only: fails where `to` exists.
-BOOL MoveFileExA(const char* from, const char* to, DWORD flags);
-
 // ---- The time ----
 
 // Seconds since 1970; `now` may be null.
