@@ -17,7 +17,9 @@ bool MeansThatItExists(SystemError error);
 
 // A path as the system takes it without loss.
 #if defined(_WIN32)
-using SystemPath = std::wstring;
+// Not std::wstring, which would bring all of its code from the runtime's library: 38 KB of the DLL.
+struct SystemPathTraits : std::char_traits<wchar_t> {};
+using SystemPath = std::basic_string<wchar_t, SystemPathTraits>;
 #else
 using SystemPath = std::string;
 #endif

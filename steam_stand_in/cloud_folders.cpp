@@ -69,7 +69,7 @@ class StagedFile {
     const Path path =
         folder / (std::to_string(OwnProcessId()) + '-' + std::to_string(++lastNumber));
     isWhole_ =
-        file_.Create(path.native()) == 0 && file_.Write(data, size) == 0 && file_.Flush() == 0;
+        file_.Create(path.c_str()) == 0 && file_.Write(data, size) == 0 && file_.Flush() == 0;
   }
 
   bool IsWhole() const { return isWhole_; }
@@ -77,7 +77,7 @@ class StagedFile {
   bool MoveTo(const Path& target) {
     std::error_code error;
     fs::create_directories(target.parent_path(), error);
-    return file_.MoveTo(target.native(), NewFile::Existing::kReplaced) == 0;
+    return file_.MoveTo(target.c_str(), NewFile::Existing::kReplaced) == 0;
   }
 
  private:

@@ -69,7 +69,7 @@ TEST_F(NewFileTest, TakesAnotherNameIfOneExists) {
     taken.push_back(file.Temporary());
     EXPECT_LE(taken.back().size(), std::string("config.json").size());
     file.Abandon();
-    std::filesystem::create_directory(taken.back());
+    std::filesystem::create_directory(taken.back().c_str());
   }
   EXPECT_EQ(Make("new", Existing::kStays), 0);
 }
