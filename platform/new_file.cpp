@@ -14,10 +14,12 @@ constexpr const wchar_t* kSeparators = L"\\/:";
 constexpr const char* kSeparators = "/";
 #endif
 
-// Differs between processes and threads that run at the same time. Not by std::rand, whose sequence
-// belongs to the callers.
-std::uint32_t FirstNumber() {
+// Differs between files that are written at the same time, by process, thread and object: Windows
+// reports the name of another such file as a refused access, not as an existing file. Not by
+// std::rand, whose sequence belongs to the callers.
+std::uint32_t FirstNumber(const NewFile* file) {
   return GetCurrentProcessId() * 0x9E3779B1 + GetCurrentThreadId() * 0x85EBCA77 +
+         static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(file)) * 0xC2B2AE3D +
          static_cast<std::uint32_t>(_time64(nullptr));
 }
 
@@ -29,7 +31,7 @@ SystemError NewFile::CreateBeside(const SystemPath& place) {
 
   constexpr std::uint32_t kTries = 0x10000;
   SystemError error = 0;
-  std::uint32_t number = FirstNumber();
+  std::uint32_t number = FirstNumber(this);
   // Killed processes may have left files behind.
   for (std::uint32_t i = 0; i < kTries; ++i, ++number) {
     char name[16];

@@ -6,17 +6,12 @@ namespace launcher {
 
 namespace {
 
-// Loads `library` from the folder of the library that holds this code. Without std::wstring: many
-// exports that come here have no guard against exceptions.
-HMODULE LoadBesideThis(const char* library) {
-  static const char inside = 0;
-  HMODULE self = nullptr;
-  constexpr DWORD kJustFind =
-      GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
-  if (!GetModuleHandleExA(kJustFind, &inside, &self)) return nullptr;
-
+// Loads `library` from the folder of `neighbour`; null is the program. What the library needs
+// itself comes from the same folder or the system's. Without std::wstring: many exports that come
+// here have no guard against exceptions.
+HMODULE LoadBeside(HMODULE neighbour, const char* library) {
   wchar_t path[MAX_PATH];
-  const DWORD length = GetModuleFileNameW(self, path, MAX_PATH);
+  const DWORD length = GetModuleFileNameW(neighbour, path, MAX_PATH);
   if (length == 0 || length == MAX_PATH) return nullptr;
   wchar_t* end = path + length;
   while (end != path && end[-1] != L'\\' && end[-1] != L'/') --end;
@@ -24,14 +19,24 @@ HMODULE LoadBesideThis(const char* library) {
     if (end == path + MAX_PATH) return nullptr;
     *end++ = static_cast<unsigned char>(*library);
   } while (*library++ != '\0');
-  // What it needs itself comes from its own folder and the system's.
   return LoadLibraryExW(path, nullptr,
                         LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32);
 }
 
+// The library that holds this code.
+HMODULE ThisLibrary() {
+  static const char inside = 0;
+  constexpr DWORD kJustFind =
+      GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
+  HMODULE self = nullptr;
+  return GetModuleHandleExA(kJustFind, &inside, &self) ? self : nullptr;
+}
+
 HMODULE Load(const char* library, LateFolders folders) {
-  HMODULE module = LoadLibraryExA(library, nullptr, LOAD_LIBRARY_SEARCH_APPLICATION_DIR);
-  if (module == nullptr && folders == LateFolders::kOwnToo) module = LoadBesideThis(library);
+  HMODULE module = LoadBeside(nullptr, library);
+  if (module == nullptr && folders == LateFolders::kOwnToo) {
+    module = LoadBeside(ThisLibrary(), library);
+  }
   if (module == nullptr) module = LoadLibraryExA(library, nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
   return module;
 }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 
@@ -58,6 +59,19 @@ TEST_F(NewFileTest, WritesThroughNothingThatHasTheTemporaryName) {
   NewFile file;
   EXPECT_NE(file.Create(name), 0);
   EXPECT_EQ(test::ReadFile("planted"), "kept");
+}
+
+TEST_F(NewFileTest, DoesNotTakeTheNumberOfAnotherOpenFile) {
+  NewFile first;
+  NewFile second;
+  ASSERT_EQ(first.CreateBeside(SystemPathOf("place")), 0);
+  ASSERT_EQ(second.CreateBeside(SystemPathOf("place")), 0);
+  const auto number = [](const NewFile& file) {
+    const SystemPath digits = file.Temporary().substr(1, 6);
+    return std::stol(std::string(digits.begin(), digits.end()), nullptr, 16);
+  };
+  // The next number would be that of a second try.
+  EXPECT_GT(std::abs(number(first) - number(second)), 1);
 }
 
 // Files of killed processes, which may have had the same numbers.
