@@ -71,7 +71,7 @@ start_display() {
   local process number
   { read -r process && read -r number; } < <(
     echo "$BASHPID"
-    exec Xvfb -displayfd 1 -screen 0 1280x1024x24 -nolisten tcp -noreset \
+    exec setsid Xvfb -displayfd 1 -screen 0 1280x1024x24 -nolisten tcp -noreset \
       </dev/null 2>"$WINEPREFIX/display.log" 8>&- 9>&-
   ) || fail "Xvfb did not start; see $WINEPREFIX/display.log"
   printf ':%s %s\n' "$number" "$process" >"$display"
@@ -111,10 +111,10 @@ start_session() {
 end_session() {
   wineserver --kill || true  # it may have ended by itself
   local process=''
-  if [ -e "$display" ]; then read -r _ process <"$display"; fi
+  if [ -e "$display" ]; then read -r _ process <"$display" || true; fi
   # Another process can have got the number meanwhile.
   if [ -n "$process" ] && grep -qszFx "WINEPREFIX=$WINEPREFIX" "/proc/$process/environ"; then
-    kill "$process"
+    kill "$process" 2>/dev/null || true
   fi
   rm -f "$display"
 }

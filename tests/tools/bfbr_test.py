@@ -394,7 +394,8 @@ class Interrupts(Case):
         process = self.start("encode", "-o", "out", stdin=subprocess.PIPE)
         process.stdin.write(b"abc")
         process.stdin.flush()
-        self.wait_until(lambda: self.catches(process.pid, signal.SIGINT))
+        self.wait_until(lambda: process.poll() is not None or
+                        self.catches(process.pid, signal.SIGINT))
         process.send_signal(signal.SIGINT)
         process.wait(timeout=60)
         self.assertEqual(process.returncode, 130)
@@ -428,8 +429,8 @@ class Interrupts(Case):
             process.stdin.flush()
             error = b""
             if shows:
-                while b"MB/s" not in error:
-                    error += process.stderr.read1()
+                while b"MB/s" not in error and (piece := process.stderr.read1()):
+                    error += piece
             else:
                 time.sleep(1.3)
             error += process.communicate()[1]
