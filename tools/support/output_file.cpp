@@ -76,8 +76,9 @@ SystemError WriteOutputFile(const std::string& path, const std::string& bytes,
 void AbandonOutputFiles() {
   const std::lock_guard<Mutex> guard(OpenTemporaries().lock);
   std::error_code ignored;
-  for (const SystemPath& path : OpenTemporaries().paths)
+  for (const SystemPath& path : OpenTemporaries().paths) {
     std::filesystem::remove(path.c_str(), ignored);
+  }
 }
 
 }  // namespace launcher
