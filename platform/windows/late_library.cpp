@@ -1,27 +1,32 @@
 #include "platform/late_library.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+
 #include "platform/win32.h"
 
 namespace launcher {
-
 namespace {
 
-// Loads `library` from the folder of `neighbour`; null is the program. What the library needs
-// itself comes from the same folder or the system's. Without std::wstring: many exports that come
-// here have no guard against exceptions.
-HMODULE LoadBeside(HMODULE neighbour, const char* library) {
-  wchar_t path[MAX_PATH];
-  const DWORD length = GetModuleFileNameW(neighbour, path, MAX_PATH);
-  if (length == 0 || length == MAX_PATH) return nullptr;
-  wchar_t* end = path + length;
-  while (end != path && end[-1] != L'\\' && end[-1] != L'/') --end;
-  do {
-    if (end == path + MAX_PATH) return nullptr;
-    *end++ = static_cast<unsigned char>(*library);
-  } while (*library++ != '\0');
-  return LoadLibraryExW(path, nullptr,
-                        LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32);
-}
+// The path of `library` in the folder of `neighbour`; null is the program. Empty if it does not
+// fit. Without std::wstring: many exports that come here have no guard against exceptions.
+struct PathBeside {
+  PathBeside(HMODULE neighbour, const char* library) {
+    const DWORD length = GetModuleFileNameW(neighbour, text, MAX_PATH);
+    wchar_t* end = length < MAX_PATH ? text + length : text;
+    while (end != text && end[-1] != L'\\' && end[-1] != L'/') --end;
+    const std::size_t size = std::strlen(library) + 1;
+    const bool fits = end != text && size <= static_cast<std::size_t>(text + MAX_PATH - end);
+    if (fits) {
+      std::copy(library, library + size, end);
+    } else {
+      text[0] = L'\0';
+    }
+  }
+
+  wchar_t text[MAX_PATH];
+};
 
 // The library that holds this code.
 HMODULE ThisLibrary() {
@@ -32,13 +37,18 @@ HMODULE ThisLibrary() {
   return GetModuleHandleExA(kJustFind, &inside, &self) ? self : nullptr;
 }
 
+// The flags of each call also say where the library's own dependencies are looked for.
 HMODULE Load(const char* library, LateFolders folders) {
-  HMODULE module = LoadBeside(nullptr, library);
-  if (module == nullptr && folders == LateFolders::kOwnToo) {
-    module = LoadBeside(ThisLibrary(), library);
+  const bool isBesideProgram =
+      GetFileAttributesW(PathBeside(nullptr, library).text) != INVALID_FILE_ATTRIBUTES;
+  if (folders == LateFolders::kOwnToo && !isBesideProgram) {
+    const HMODULE module =
+        LoadLibraryExW(PathBeside(ThisLibrary(), library).text, nullptr,
+                       LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32);
+    if (module != nullptr) return module;
   }
-  if (module == nullptr) module = LoadLibraryExA(library, nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
-  return module;
+  return LoadLibraryExA(library, nullptr,
+                        LOAD_LIBRARY_SEARCH_APPLICATION_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32);
 }
 
 }  // namespace

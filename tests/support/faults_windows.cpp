@@ -139,6 +139,7 @@ void PatchImports() {
   PATCH(CryptReleaseContext, FALSE, -1);
   PATCH(GetModuleHandleA, static_cast<HMODULE>(nullptr), 0);
   PATCH(GetModuleHandleExA, FALSE, 0);
+  PATCH(GetFileAttributesW, INVALID_FILE_ATTRIBUTES, 0);
   PATCH(GetModuleFileNameW, DWORD{0}, 0);
   PATCH(LoadLibraryExA, static_cast<HMODULE>(nullptr), 0);
   PATCH(LoadLibraryExW, static_cast<HMODULE>(nullptr), 0);
