@@ -31,8 +31,9 @@ SystemPath SystemPathOf(const char* path);
 // A file that is written under a temporary name and then gets its own name in one step. Whoever
 // opens that name meanwhile finds what was there before, or the whole new file.
 //
-// If the process is killed the temporary file can stay. Windows removes it, unless the process was
-// killed inside MoveTo.
+// If the process is killed, the temporary file can stay. Windows removes it if the file system
+// supports that and the process was not inside MoveTo. The file also stays if the directory permits
+// neither renaming nor deleting.
 class NewFile {
  public:
   NewFile() = default;
@@ -80,6 +81,7 @@ class NewFile {
   std::intptr_t handle_ = kNone;
   SystemPath temporary_;
   bool isFlushed_ = false;
+  bool goesOnClose_ = false;  // Windows: the system removes the file if the process is killed
 };
 
 }  // namespace launcher

@@ -1,5 +1,5 @@
-// The functions of steam_api.h, each passed on to the Steam client library. Where that is missing
-// Steam does not run and gives no interface.
+// The functions of steam_api.h. Each calls the function of the same name in the Steam client
+// library. If the library is missing, Steam does not run and gives no interface.
 
 #include "platform/late_library.h"
 #include "platform/steam_api.h"
@@ -12,8 +12,8 @@ constexpr char kLibrary[] = "steam_api.dll";
 constexpr char kLibrary[] = "libsteam_api.so";
 #endif
 
-// Calls the library's function `name`, which has the type of `self`, or answers nothing, false or
-// null.
+// Calls the library's function `name`, which has the type of `self`. Returns nothing, false or
+// null if there is none.
 template <class Result, class... Arguments>
 Result PassOn(Result(STEAM_API_CALL* /*self*/)(Arguments...), const char* name,
               Arguments... arguments) {

@@ -29,8 +29,8 @@ class Descriptor {
   int number_;
 };
 
-// Calls `transfer(offset)`, which answers like read and write, until `size` bytes have passed or no
-// more come. Answers how many did.
+// Calls `transfer(offset)`, which returns what read and write return, until `size` bytes have
+// passed or no more come. Returns how many passed.
 template <class Transfer>
 std::optional<std::size_t> TransferAll(std::size_t size, Transfer transfer) {
   std::size_t offset = 0;

@@ -1,7 +1,7 @@
 // The exported functions and their interfaces: arguments are tested here, and exceptions end here.
 //
 // The interfaces stay when a session ends, since a caller may have kept a pointer to one: without a
-// session each call answers as a failure.
+// session each call fails.
 
 #include "steam_stand_in/stand_in.h"
 
@@ -262,7 +262,7 @@ bool SteamAPI_IsSteamRunning() {
   return settings && settings->running;
 }
 
-// The application's id tells nothing here: the stand-in starts no applications.
+// The application's id is not used: the stand-in starts no applications.
 bool SteamAPI_RestartAppIfNecessary(std::uint32_t /*appId*/) {
   const std::optional<SteamSettings> settings = SettingsNow();
   return settings && !(settings->subscribed && settings->startedBySteam);

@@ -94,7 +94,8 @@ SystemError NewFile::MoveTo(const SystemPath& place, Existing existing) {
   }
   // Some network file systems report a full disk only now.
   const int descriptor = static_cast<int>(std::exchange(handle_, kNone));
-  if (const SystemError error = ErrorOf("close", [&] { return close(descriptor); })) return error;
+  const bool isClosed = close(descriptor) == 0;
+  if (const SystemError error = ErrorOf("close", [&] { return isClosed ? 0 : -1; })) return error;
 
   if (temporary_ == place) {
     temporary_.clear();

@@ -50,8 +50,7 @@ SystemError NewFile::Create(const SystemPath& temporary) {
   handle_ = reinterpret_cast<std::intptr_t>(handle);
   temporary_ = std::move(name);
   isFlushed_ = false;
-  // Not every file system can; a killed process then leaves the file.
-  SetGoesOnClose(handle, true);
+  goesOnClose_ = SetGoesOnClose(handle, true) != FALSE;
   return 0;
 }
 
@@ -60,10 +59,10 @@ SystemError NewFile::Write(const void* data, std::size_t size) {
   while (size > 0) {
     DWORD count = 0;
     if (!WriteFile(Handle(handle_), next, static_cast<DWORD>(std::min(size, kLargestTransfer)),
-                   &count, nullptr) ||
-        count == 0) {
+                   &count, nullptr)) {
       return LastError();
     }
+    if (count == 0) return ERROR_WRITE_FAULT;
     next += count;
     size -= count;
   }
@@ -86,11 +85,7 @@ SystemError NewFile::Flush() {
 
 SystemError NewFile::MoveTo(const SystemPath& place, Existing existing) {
   const HANDLE handle = Handle(handle_);
-  if (!SetGoesOnClose(handle, false)) {
-    const SystemError error = LastError();
-    const bool neverWasToGo = error == ERROR_INVALID_PARAMETER || error == ERROR_NOT_SUPPORTED;
-    if (!neverWasToGo) return error;
-  }
+  if (goesOnClose_ && !SetGoesOnClose(handle, false)) return LastError();
   handle_ = kNone;
   if (!CloseHandle(handle)) return LastError();
   const DWORD flags = (existing == Existing::kReplaced ? DWORD{MOVEFILE_REPLACE_EXISTING} : 0) |

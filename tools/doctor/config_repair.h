@@ -7,7 +7,7 @@
 
 namespace launcher::doctor {
 
-// Prints what it does, line by line, and answers the exit status.
+// Prints what it does, line by line, and returns the exit status.
 int RepairConfig(const Subject& subject, bool isDryRun);
 
 }  // namespace launcher::doctor

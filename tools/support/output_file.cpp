@@ -59,9 +59,10 @@ SystemError OutputFile::Commit(NewFile::Existing existing, bool isSafe) {
 
 void OutputFile::Abandon() {
   if (device_ != kNone) CloseDevice(std::exchange(device_, kNone));
-  const SystemPath temporary = file_.Temporary();
+  // No copy of the path: a destructor must not need memory.
+  const std::lock_guard<Mutex> guard(OpenTemporaries().lock);
+  OpenTemporaries().paths.erase(file_.Temporary());
   file_.Abandon();
-  Forget(temporary);
 }
 
 SystemError WriteOutputFile(const std::string& path, const std::string& bytes,
