@@ -46,6 +46,14 @@ struct KernelHandleKind {
 };
 using KernelHandle = Owner<KernelHandleKind>;
 
+// A file or a directory of CreateFileA.
+struct FileHandleKind {
+  using Handle = HANDLE;
+  static inline const Handle kNone = INVALID_HANDLE_VALUE;
+  static void Release(Handle handle) { CloseHandle(handle); }
+};
+using FileHandle = Owner<FileHandleKind>;
+
 // A listing of FindFirstFileA.
 struct FindHandleKind {
   using Handle = HANDLE;

@@ -1,6 +1,7 @@
 // Files, by paths in which a backslash separates names too.
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -15,6 +16,7 @@
 
 #include "platform/posix/command_line.h"
 #include "platform/posix/faults.h"
+#include "platform/posix/process_handle.h"
 
 namespace launcher::posix {
 namespace {
@@ -112,6 +114,33 @@ DWORD GetFileAttributesA(const char* path) {
   using namespace launcher::posix;
   if (MustFail(__func__)) return INVALID_FILE_ATTRIBUTES;
   return WithoutThrowing(INVALID_FILE_ATTRIBUTES, [=] { return AttributesOf(EntryPath(path)); });
+}
+
+HANDLE CreateFileA(const char* path, DWORD access, DWORD /*share*/, void* /*security*/,
+                   DWORD creation, DWORD flags, HANDLE /*pattern*/) {
+  using namespace launcher::posix;
+  if (MustFail(__func__)) return INVALID_HANDLE_VALUE;
+  if (access != FILE_LIST_DIRECTORY || creation != OPEN_EXISTING ||
+      (flags & FILE_FLAG_BACKUP_SEMANTICS) == 0) {
+    Fail(kErrorInvalidParameter);
+    return INVALID_HANDLE_VALUE;
+  }
+  return WithoutThrowing(INVALID_HANDLE_VALUE, [=] {
+    const bool opensLink = (flags & FILE_FLAG_OPEN_REPARSE_POINT) != 0;
+    return opensLink ? OpenFileHandle(EntryPath(path).c_str(), O_PATH | O_NOFOLLOW)
+                     : OpenFileHandle(NativePath(path).c_str(), O_RDONLY | O_DIRECTORY);
+  });
+}
+
+BOOL GetFileInformationByHandle(HANDLE file, BY_HANDLE_FILE_INFORMATION* information) {
+  using namespace launcher::posix;
+  if (MustFail(__func__)) return FALSE;
+  struct stat status = {};
+  if (fstat(DescriptorOf(file), &status) != 0) return Fail(kErrorInvalidHandle);
+  information->dwFileAttributes = S_ISLNK(status.st_mode)   ? FILE_ATTRIBUTE_REPARSE_POINT
+                                  : S_ISDIR(status.st_mode) ? FILE_ATTRIBUTE_DIRECTORY
+                                                            : FILE_ATTRIBUTE_NORMAL;
+  return TRUE;
 }
 
 HANDLE FindFirstFileA(const char* pattern, WIN32_FIND_DATAA* entry) {

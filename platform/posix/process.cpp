@@ -42,14 +42,23 @@ struct Process {
   DWORD exitCode = STILL_ACTIVE;
 };
 
+// Of a process or of a file.
 struct Handle {
+  explicit Handle(std::shared_ptr<Process> itsProcess) : process(std::move(itsProcess)) {}
+  Handle(const Handle&) = delete;
+  Handle& operator=(const Handle&) = delete;
+  ~Handle() {
+    if (descriptor >= 0) close(descriptor);
+  }
+
   std::shared_ptr<Process> process;
+  int descriptor = -1;
 };
 
 using OwnedHandle = std::unique_ptr<Handle>;
 
 OwnedHandle MakeHandle(const std::shared_ptr<Process>& process) {
-  return std::make_unique<Handle>(Handle{process});
+  return std::make_unique<Handle>(process);
 }
 
 HANDLE HandOut(OwnedHandle handle) {
@@ -177,6 +186,20 @@ BOOL StartProgram(const std::string& commandLine, PROCESS_INFORMATION& started) 
 pid_t ProcessIdOf(HANDLE handle) {
   const Process* const process = ProcessOf(handle);
   return process == nullptr ? 0 : process->pid;
+}
+
+HANDLE OpenFileHandle(const char* path, int flags) {
+  OwnedHandle handle = MakeHandle(nullptr);
+  handle->descriptor = open(path, flags | O_CLOEXEC);
+  if (handle->descriptor < 0) {
+    Fail(kErrorFileNotFound);
+    return INVALID_HANDLE_VALUE;
+  }
+  return HandOut(std::move(handle));
+}
+
+int DescriptorOf(HANDLE handle) {
+  return handle == nullptr ? -1 : static_cast<Handle*>(handle)->descriptor;
 }
 
 }  // namespace launcher::posix

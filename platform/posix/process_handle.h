@@ -1,4 +1,4 @@
-// What the memory functions need to know of a process handle.
+// Handles of the kind that CloseHandle closes, for the functions that are not in process.cpp.
 
 #ifndef LAUNCHER_PLATFORM_POSIX_PROCESS_HANDLE_H_
 #define LAUNCHER_PLATFORM_POSIX_PROCESS_HANDLE_H_
@@ -11,6 +11,12 @@ namespace launcher::posix {
 
 // 0 for a null handle.
 pid_t ProcessIdOf(HANDLE handle);
+
+// Opens a file with open(2). Returns INVALID_HANDLE_VALUE if that fails. Throws std::bad_alloc.
+HANDLE OpenFileHandle(const char* path, int flags);
+
+// -1 for a handle of something else.
+int DescriptorOf(HANDLE handle);
 
 }  // namespace launcher::posix
 

@@ -119,6 +119,23 @@ inline constexpr DWORD FILE_ATTRIBUTE_REPARSE_POINT = 0x400;
 // directory and a reparse point; any other one counts as a file.
 DWORD GetFileAttributesA(const char* path);
 
+inline constexpr DWORD FILE_LIST_DIRECTORY = 0x1;
+inline constexpr DWORD FILE_SHARE_READ = 0x1;
+inline constexpr DWORD FILE_SHARE_WRITE = 0x2;
+inline constexpr DWORD OPEN_EXISTING = 3;
+inline constexpr DWORD FILE_FLAG_BACKUP_SEMANTICS = 0x02000000;
+inline constexpr DWORD FILE_FLAG_OPEN_REPARSE_POINT = 0x00200000;
+
+// Opens a directory with FILE_LIST_DIRECTORY, and with FILE_FLAG_OPEN_REPARSE_POINT also a link
+// itself. Unlike on Windows the handle does not prevent that others move the directory.
+HANDLE CreateFileA(const char* path, DWORD access, DWORD share, void* security, DWORD creation,
+                   DWORD flags, HANDLE pattern);
+
+struct BY_HANDLE_FILE_INFORMATION {
+  DWORD dwFileAttributes;
+};
+BOOL GetFileInformationByHandle(HANDLE file, BY_HANDLE_FILE_INFORMATION* information);
+
 struct WIN32_FIND_DATAA {
   DWORD dwFileAttributes;
   char cFileName[260];

@@ -1,7 +1,8 @@
 // QX_RemoveFile and QX_RemoveDirectory.
 //
-// Nothing outside the tree is removed: links are removed but not followed, and an entry stays if
-// its path would refer to another one.
+// Nothing outside the tree is removed: links are removed but not followed, an entry stays if its
+// path would refer to another one, and every directory is held open while it is emptied, so that on
+// Windows nobody can move it away and put a link in its place.
 
 #include <cstddef>
 #include <cstdint>
@@ -45,21 +46,36 @@ bool LeadsToItself(const char* name) {
   return last != '.' && last != ' ' && !HasSeparator(name);
 }
 
-// Checks the path that is to be listed: in the code page it can refer to another entry than the one
-// that was found. If the attributes cannot be read, the listing fails as well.
-bool IsLink(const char* path) {
-  const DWORD attributes = GetFileAttributesA(path);
-  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+// Opens a directory so that nobody else can move, replace or remove it. A handle without
+// FILE_LIST_DIRECTORY would not prevent that.
+HANDLE Hold(const char* directory, DWORD flags) {
+  return CreateFileA(directory, FILE_LIST_DIRECTORY, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                     OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS | flags, nullptr);
+}
+
+// True if neither the held entry nor its path says that it is a link. Wine does not say so of the
+// handle of a link from Linux; and in the code page the path can refer to another entry than the
+// one that was listed.
+bool IsNoLink(HANDLE held, const char* path) {
+  BY_HANDLE_FILE_INFORMATION information = {};
+  if (GetFileInformationByHandle(held, &information) == FALSE) return false;
+  // INVALID_FILE_ATTRIBUTES has all bits set.
+  const DWORD attributes = information.dwFileAttributes | GetFileAttributesA(path);
+  return (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0;
 }
 
 // Walks through a tree. All levels share one path and one entry, so that a level needs only a few
 // words of the stack. There are at most 128 levels, since each adds two characters to the path.
+// Each level has its held directory and its listing open.
 class TreeRemoval {
  public:
-  // Removes the entries of a directory, except those that the system refuses to remove. Does
-  // nothing if the path is too long for a search pattern.
+  // Removes the entries of a directory, except those that the system refuses to remove. If the
+  // path is a link to a directory, that directory is emptied. Does nothing if the path is too long
+  // for a search pattern.
   void RemoveEntriesOf(const char* directory) {
-    if (Append(directory)) RemoveEntries();
+    if (!Append(directory)) return;
+    const FileHandle held(Hold(path_, 0));
+    if (held) RemoveEntries();
   }
 
  private:
@@ -84,10 +100,14 @@ class TreeRemoval {
       DeleteFileA(path_);
       return;
     }
-    const bool isLink =
-        (entry_.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 || IsLink(path_);
-    if (!isLink) RemoveEntries();
+    if ((entry_.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) RemoveEntriesInside();
     RemoveDirectoryA(path_);
+  }
+
+  // Removes the entries of the directory at path_, unless it has become a link.
+  void RemoveEntriesInside() {
+    const FileHandle held(Hold(path_, FILE_FLAG_OPEN_REPARSE_POINT));
+    if (held && IsNoLink(held.Get(), path_)) RemoveEntries();
   }
 
   bool Append(const char* text) {

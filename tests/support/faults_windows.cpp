@@ -118,6 +118,8 @@ void PatchImports() {
   PATCH(CommandLineToArgvW, static_cast<wchar_t**>(nullptr), 0);
   PATCH(WideCharToMultiByte, 0, 0);
   PATCH(LocalAlloc, noHandle, 0);
+  PATCH(CreateFileA, INVALID_HANDLE_VALUE, 1);
+  PATCH(GetFileInformationByHandle, FALSE, 0);
   PATCH(FindFirstFileA, INVALID_HANDLE_VALUE, 1);
   PATCH(FindNextFileA, FALSE, 0);
   PATCH(FindClose, FALSE, -1);
