@@ -105,7 +105,7 @@ for check in "${checks[@]}"; do
   case $check in
     lint) needs+=(lint) ;;
     native-fuzz) needs+=(fuzz) ;;
-    native-tsan) ;;
+    native-tsan) needs+=(test) ;;
     windows) needs+=(test wine) ;;
     *) needs+=(test site) ;;
   esac

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstring>
+#include <utility>
 
 #include "steam_stand_in/ascii.h"
 
@@ -23,6 +24,8 @@ bool IsRedirect(int status) {
 bool BecomesGet(int status, const std::string& method) {
   return status == 303 ? method != "HEAD" : (status == 301 || status == 302) && method == "POST";
 }
+
+}  // namespace
 
 std::optional<HttpResponse> Fetch(HttpRequest request, const HttpLimits& limits) {
   using Clock = std::chrono::steady_clock;
@@ -50,8 +53,6 @@ std::optional<HttpResponse> Fetch(HttpRequest request, const HttpLimits& limits)
     }
   }
 }
-
-}  // namespace
 
 bool AlwaysHasBody(const std::string& method) {
   return method == "POST" || method == "PUT" || method == "PATCH";
@@ -82,12 +83,18 @@ bool HttpRequests::SetBody(std::uint32_t handle, const std::string& contentType,
   return true;
 }
 
-bool HttpRequests::Send(std::uint32_t handle, std::uint64_t* call) {
+std::optional<HttpRequest> HttpRequests::BeginSending(std::uint32_t handle) {
   const auto found = open_.find(handle);
-  if (found == open_.end() || found->second.wasSent) return false;
+  if (found == open_.end() || found->second.wasSent) return std::nullopt;
   found->second.wasSent = true;
-  found->second.response = Fetch(found->second.request, limits_);
-  if (!found->second.response) return false;
+  return found->second.request;
+}
+
+bool HttpRequests::EndSending(std::uint32_t handle, std::optional<HttpResponse> response,
+                              std::uint64_t* call) {
+  const auto found = open_.find(handle);  // the caller may have released it meanwhile
+  if (found == open_.end() || !response) return false;
+  found->second.response = std::move(response);
   ++lastCall_;
   if (call != nullptr) *call = lastCall_;
   return true;

@@ -13,6 +13,9 @@
 
 namespace launcher::stand_in {
 
+// Sends a request and follows redirects. None if there is no whole response within the limits.
+std::optional<HttpResponse> Fetch(HttpRequest request, const HttpLimits& limits);
+
 class HttpRequests {
  public:
   static constexpr std::size_t kMostOpen = 64;
@@ -23,8 +26,12 @@ class HttpRequests {
   std::uint32_t Create(int method, const char* url);
   bool SetBody(std::uint32_t handle, const std::string& contentType, const void* body,
                std::size_t size);
-  // Once for each request. Fails without a whole response; an HTTP error status is one.
-  bool Send(std::uint32_t handle, std::uint64_t* call);
+  // Sending takes three steps, so that the transfer does not use this object: BeginSending, Fetch,
+  // EndSending. It is done once for each request, and fails without a whole response. One with an
+  // HTTP error status is whole.
+  std::optional<HttpRequest> BeginSending(std::uint32_t handle);
+  bool EndSending(std::uint32_t handle, std::optional<HttpResponse> response, std::uint64_t* call);
+  const HttpLimits& Limits() const { return limits_; }
   std::optional<std::uint32_t> HeaderSize(std::uint32_t handle, const char* name) const;
   bool CopyBody(std::uint32_t handle, void* buffer, std::size_t size) const;
   bool Release(std::uint32_t handle) { return open_.erase(handle) != 0; }
@@ -38,7 +45,7 @@ class HttpRequests {
 
   const HttpResponse* ResponseOf(std::uint32_t handle) const;
 
-  HttpLimits limits_;
+  const HttpLimits limits_;
   std::map<std::uint32_t, Open> open_;
   std::uint32_t lastHandle_ = 0;
   std::uint64_t lastCall_ = 0;

@@ -1,7 +1,9 @@
 // The exported functions and their interfaces: arguments are tested here, and exceptions end here.
 //
 // The interfaces stay when a session ends, since a caller may have kept a pointer to one: without a
-// session each call fails.
+// session each call fails. The texts stay too.
+//
+// The game may call from any thread.
 
 #include "steam_stand_in/stand_in.h"
 
@@ -10,15 +12,25 @@
 #include <cstring>
 #include <limits>
 #include <memory>
+#include <mutex>
 #include <optional>
+#include <set>
+#include <string>
+#include <utility>
 
+#include "platform/mutex.h"
 #include "platform/steam_api.h"
 #include "steam_stand_in/stand_in_session.h"
 
 namespace launcher::stand_in {
 namespace {
 
-std::unique_ptr<Session> session;
+// Guards the session and all that belongs to it. Nobody holds it during an HTTP transfer.
+Mutex mutex;
+using Lock = std::lock_guard<Mutex>;
+
+// Shared with the HTTP transfers that are under way.
+std::shared_ptr<Session> session;
 
 template <class Result, class Body>
 Result Guarded(Result otherwise, Body body) noexcept {
@@ -29,11 +41,26 @@ Result Guarded(Result otherwise, Body body) noexcept {
   }
 }
 
-// Answers what `body` does with the session, and `otherwise` where there is none or it throws.
+// Returns what `body` does with the session, or `otherwise` if there is none or it throws.
 template <class Result, class Body>
 Result InSession(Result otherwise, Body body) noexcept {
+  const Lock lock(mutex);
   if (!session) return otherwise;
   return Guarded(otherwise, [&] { return body(*session); });
+}
+
+// A copy of the text that stays: another thread may end the session while a caller reads it.
+// Needs the lock.
+const char* Kept(const std::string& text) {
+  static auto* const texts = new std::set<std::string>;
+  return texts->insert(text).first->c_str();
+}
+
+// Null without a session.
+template <class Interface>
+Interface* OfSession(Interface* whole) {
+  const Lock lock(mutex);
+  return session ? whole : nullptr;
 }
 
 constexpr std::int32_t kLargestSize = std::numeric_limits<std::int32_t>::max();
@@ -84,19 +111,19 @@ class User final : public ISteamUser {
 class Friends final : public ISteamFriends {
  public:
   const char* GetPersonaName() override {
-    return InSession("", [](Session& current) { return current.settings.personaName.c_str(); });
+    return InSession("", [](Session& current) { return Kept(current.settings.personaName); });
   }
 };
 
 class Apps final : public ISteamApps {
  public:
   const char* GetCurrentGameLanguage() override {
-    return InSession("", [](Session& current) { return current.settings.currentLanguage.c_str(); });
+    return InSession("", [](Session& current) { return Kept(current.settings.currentLanguage); });
   }
 
   const char* GetAvailableGameLanguages() override {
     return InSession("",
-                     [](Session& current) { return current.settings.availableLanguages.c_str(); });
+                     [](Session& current) { return Kept(current.settings.availableLanguages); });
   }
 };
 
@@ -139,14 +166,16 @@ class RemoteStorage final : public ISteamRemoteStorage {
                      [](Session& current) { return ShortSize(current.cloud.Count()); });
   }
 
-  // The text is good until a file is written or deleted, or the files are counted.
   const char* GetFileNameAndSize(int index, std::int32_t* size) override {
-    const CloudFile* const file =
-        InSession(static_cast<const CloudFile*>(nullptr), [&](Session& current) {
-          return index < 0 ? nullptr : current.cloud.At(static_cast<std::size_t>(index));
-        });
-    if (size != nullptr) *size = file == nullptr ? 0 : ShortSize(file->size);
-    return file == nullptr ? "" : file->name.c_str();
+    if (size != nullptr) *size = 0;
+    return InSession("", [&](Session& current) {
+      const CloudFile* const file =
+          index < 0 ? nullptr : current.cloud.At(static_cast<std::size_t>(index));
+      if (file == nullptr) return "";
+      const char* const name = Kept(file->name);
+      if (size != nullptr) *size = ShortSize(file->size);
+      return name;
+    });
   }
 
   bool IsCloudEnabledForAccount() override {
@@ -158,7 +187,10 @@ class RemoteStorage final : public ISteamRemoteStorage {
   }
 
   void SetCloudEnabledForApp(std::int32_t enabled) override {
-    if (session) session->cloud.EnableForApp(enabled != 0);
+    InSession(false, [&](Session& current) {
+      current.cloud.EnableForApp(enabled != 0);
+      return true;
+    });
   }
 };
 
@@ -179,7 +211,19 @@ class Http final : public ISteamHTTP {
   }
 
   bool SendHTTPRequest(std::uint32_t request, std::uint64_t* call) override {
-    return InSession(false, [&](Session& current) { return current.http.Send(request, call); });
+    return Guarded(false, [&] {
+      std::shared_ptr<Session> current;
+      std::optional<HttpRequest> toSend;
+      {
+        const Lock lock(mutex);
+        current = session;
+        if (current) toSend = current->http.BeginSending(request);
+      }
+      if (!toSend) return false;
+      std::optional<HttpResponse> response = Fetch(*toSend, current->http.Limits());
+      const Lock lock(mutex);
+      return current->http.EndSending(request, std::move(response), call);
+    });
   }
 
   bool GetHTTPResponseHeaderSize(std::uint32_t request, const char* name,
@@ -213,6 +257,7 @@ Http http;
 // The settings without a session, for the two questions that come before one. None where the file
 // does not fit: SteamAPI_Init says why.
 std::optional<SteamSettings> SettingsNow() noexcept {
+  const Lock lock(mutex);
   return Guarded(std::optional<SteamSettings>(), [] {
     return std::optional<SteamSettings>(session ? session->settings
                                                 : LoadSteamSettings(StandInFolder()));
@@ -220,7 +265,7 @@ std::optional<SteamSettings> SettingsNow() noexcept {
 }
 
 // A session where Steam would give one; otherwise throws what the reason is.
-std::unique_ptr<Session> NewSession() {
+std::shared_ptr<Session> NewSession() {
   const Path folder = StandInFolder();
   const SteamSettings settings = LoadSteamSettings(folder);
   if (!settings.running) throw SteamSettingsError("Steam is not running, say the settings");
@@ -228,7 +273,7 @@ std::unique_ptr<Session> NewSession() {
     throw SteamSettingsError("the account has no licence, say the settings");
   }
 
-  auto created = std::make_unique<Session>(folder, settings);
+  auto created = std::make_shared<Session>(folder, settings);
   // A cloud that is out of reach keeps no game from starting.
   Guarded(false, [&] {
     created->cloud.CatchUp();
@@ -243,6 +288,7 @@ std::unique_ptr<Session> NewSession() {
 using namespace launcher::stand_in;
 
 bool SteamAPI_Init() {
+  const Lock lock(mutex);
   if (session) return true;
   try {
     session = NewSession();
@@ -255,7 +301,10 @@ bool SteamAPI_Init() {
   return false;
 }
 
-void SteamAPI_Shutdown() { session.reset(); }
+void SteamAPI_Shutdown() {
+  const Lock lock(mutex);
+  session.reset();
+}
 
 bool SteamAPI_IsSteamRunning() {
   const std::optional<SteamSettings> settings = SettingsNow();
@@ -268,11 +317,11 @@ bool SteamAPI_RestartAppIfNecessary(std::uint32_t /*appId*/) {
   return settings && !(settings->subscribed && settings->startedBySteam);
 }
 
-ISteamUser* SteamUser() { return session ? &user : nullptr; }
-ISteamFriends* SteamFriends() { return session ? &friends : nullptr; }
-ISteamApps* SteamApps() { return session ? &apps : nullptr; }
-ISteamRemoteStorage* SteamRemoteStorage() { return session ? &remoteStorage : nullptr; }
-ISteamHTTP* SteamHTTP() { return session ? &http : nullptr; }
+ISteamUser* SteamUser() { return OfSession(&user); }
+ISteamFriends* SteamFriends() { return OfSession(&friends); }
+ISteamApps* SteamApps() { return OfSession(&apps); }
+ISteamRemoteStorage* SteamRemoteStorage() { return OfSession(&remoteStorage); }
+ISteamHTTP* SteamHTTP() { return OfSession(&http); }
 
 bool StandInVerifyTicket(const void* ticket, std::uint32_t size) {
   return InSession(false, [&](Session& current) {

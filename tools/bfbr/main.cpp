@@ -11,6 +11,7 @@
 #include "bfbr/options.h"
 #include "bfbr/rates.h"
 #include "bfbr/reporter.h"
+#include "platform/mutex.h"
 #include "support/input_file.h"
 #include "support/interrupt.h"
 #include "support/terminal.h"

@@ -11,8 +11,8 @@
 #include "bfbr/container_file.h"
 #include "bfbr/options.h"
 #include "bfbr/outcome.h"
+#include "platform/mutex.h"
 #include "support/output_file.h"
-#include "support/threads.h"
 
 namespace launcher {
 

@@ -5,7 +5,7 @@
 #include <set>
 #include <utility>
 
-#include "support/threads.h"
+#include "platform/mutex.h"
 
 namespace launcher {
 namespace {

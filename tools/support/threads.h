@@ -4,24 +4,8 @@
 #define LAUNCHER_TOOLS_SUPPORT_THREADS_H_
 
 #include <functional>
-#include <memory>
 
 namespace launcher {
-
-// A lock for std::lock_guard.
-class Mutex {
- public:
-  Mutex();
-  Mutex(const Mutex&) = delete;
-  Mutex& operator=(const Mutex&) = delete;
-  ~Mutex();
-  void lock();    // NOLINT(readability-identifier-naming): the standard's names
-  void unlock();  // NOLINT(readability-identifier-naming)
-
- private:
-  struct System;
-  std::unique_ptr<System> system_;
-};
 
 // The threads that this machine runs at once.
 int ProcessorCount();

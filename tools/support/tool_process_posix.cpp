@@ -110,14 +110,6 @@ SystemError RunQuietly(const std::function<void()>& call) {
   return error;
 }
 
-struct Mutex::System {
-  std::mutex mutex;
-};
-Mutex::Mutex() : system_(std::make_unique<System>()) {}
-Mutex::~Mutex() = default;
-void Mutex::lock() { system_->mutex.lock(); }
-void Mutex::unlock() { system_->mutex.unlock(); }
-
 int ProcessorCount() {
   const unsigned count = std::thread::hardware_concurrency();
   return count == 0 ? 1 : static_cast<int>(count);

@@ -95,14 +95,6 @@ SystemError RunQuietly(const std::function<void()>& call) {
   return error;
 }
 
-struct Mutex::System {
-  SRWLOCK lock = SRWLOCK_INIT;
-};
-Mutex::Mutex() : system_(std::make_unique<System>()) {}
-Mutex::~Mutex() = default;
-void Mutex::lock() { AcquireSRWLockExclusive(&system_->lock); }
-void Mutex::unlock() { ReleaseSRWLockExclusive(&system_->lock); }
-
 int ProcessorCount() {
   SYSTEM_INFO information = {};
   GetSystemInfo(&information);
