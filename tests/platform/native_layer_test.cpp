@@ -1,7 +1,11 @@
 // What the native layer promises beyond what the library's own tests show.
 
 #include <gtest/gtest.h>
+#include <sys/time.h>
+#include <sys/wait.h>
 
+#include <cerrno>
+#include <csignal>
 #include <string>
 #include <vector>
 
@@ -68,6 +72,28 @@ TEST(NativeLayer, ListsDirectoriesOnly) {
 
 TEST(NativeLayer, OpensNoProcessThatIsNotThere) {
   EXPECT_EQ(OpenProcess(PROCESS_VM_READ, FALSE, 0x7FFFFFFF), nullptr);
+}
+
+TEST(NativeLayer, LeavesNoZombieOfAFailedStart) {
+  struct sigaction interrupt = {};  // without SA_RESTART
+  interrupt.sa_handler = [](int) {};
+  struct sigaction before = {};
+  sigaction(SIGALRM, &interrupt, &before);
+  const itimerval often = {{0, 200}, {0, 200}};  // microseconds
+  setitimer(ITIMER_REAL, &often, nullptr);
+  for (int i = 0; i < 100; ++i) {
+    STARTUPINFOA startup = {};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION started = {};
+    char line[] = "no program";
+    EXPECT_FALSE(CreateProcessA(nullptr, line, nullptr, nullptr, FALSE, CREATE_NEW_CONSOLE, nullptr,
+                                nullptr, &startup, &started));
+  }
+  const itimerval never = {};
+  setitimer(ITIMER_REAL, &never, nullptr);
+  sigaction(SIGALRM, &before, nullptr);
+  EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
+  EXPECT_EQ(errno, ECHILD);
 }
 
 using NativeLayerFiles = test::ScratchTest;
