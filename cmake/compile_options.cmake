@@ -20,6 +20,25 @@ if(WIN32)
   target_compile_options(launcher_options INTERFACE -mincoming-stack-boundary=2)
 endif()
 
+# Hardening. LAUNCHER_OLDEST_WINDOWS is Windows 7, which the README names.
+set(LAUNCHER_OLDEST_WINDOWS 6.1)
+target_compile_options(launcher_options INTERFACE -fstack-protector-strong)
+if(WIN32)
+  string(REPLACE "." ";" windows_version "${LAUNCHER_OLDEST_WINDOWS}")
+  list(GET windows_version 0 major)
+  list(GET windows_version 1 minor)
+  # Exceptions of C++ do not use the system's structured exception handling.
+  target_link_options(launcher_options INTERFACE
+    -Wl,--dynamicbase -Wl,--nxcompat -Wl,--no-seh
+    "-Wl,--major-subsystem-version=${major}" "-Wl,--minor-subsystem-version=${minor}")
+else()
+  target_link_options(launcher_options INTERFACE -Wl,-z,relro -Wl,-z,now)
+  # It needs optimisation.
+  set(is_not_optimised $<IN_LIST:-O0,$<TARGET_PROPERTY:COMPILE_OPTIONS>>)
+  target_compile_definitions(launcher_options INTERFACE
+    $<$<AND:$<CONFIG:Release>,$<NOT:${is_not_optimised}>>:_FORTIFY_SOURCE=2>)
+endif()
+
 # For what goes into a DLL: its symbols are shipped in a file of their own, with paths that a debugger
 # can be told to map.
 add_library(launcher_symbols INTERFACE)

@@ -22,7 +22,6 @@ function(launcher_product target exports description)
     "${exports}"
     # The compiler's runtime goes into the DLL, which then needs the system's libraries only.
     -static
-    -Wl,--dynamicbase -Wl,--nxcompat
     -Wl,--no-insert-timestamp -Wl,--disable-auto-image-base)
   set(dll "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${target}.dll")
   add_custom_command(TARGET ${target} POST_BUILD

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Holds the file LauncherDll.dll against the list of exports and against what is promised of it.
+"""Compares LauncherDll.dll with the list of exports, and tests how the binaries are hardened.
 
-Usage: image_test.py OBJDUMP LauncherDll.dll exports.json VERSION
+Usage: image_test.py OBJDUMP OLDEST_WINDOWS exports.json VERSION LauncherDll.dll PROGRAM_OR_DLL...
 """
 
 import json
@@ -11,7 +11,9 @@ import sys
 import zlib
 
 SYSTEM_LIBRARIES = {"ADVAPI32.dll", "KERNEL32.dll", "SHELL32.dll", "msvcrt.dll"}
-NEEDED_FLAGS = {"DYNAMIC_BASE", "NX_COMPAT"}
+NEEDED_FLAGS = {"DYNAMIC_BASE", "NX_COMPAT", "NO_SEH"}
+# mov $2, %ecx; int $0x29: only the stack protector calls it.
+STACK_PROTECTOR = bytes.fromhex("b902000000cd29")
 LARGEST_SIZE = 700_000
 
 
@@ -32,10 +34,31 @@ def version_texts(dll):
     return texts
 
 
-def main():
-    objdump, path, export_list, version = sys.argv[1:]
-    text = subprocess.run([objdump, "-pht", path], stdout=subprocess.PIPE, text=True,
+def dump(objdump, path):
+    return subprocess.run([objdump, "-pht", path], stdout=subprocess.PIPE, text=True,
                           check=True).stdout
+
+
+def missing_hardening(objdump, oldest_windows, path):
+    """What a program or DLL lacks."""
+    text = dump(objdump, path)
+    flags = text[text.index("DllCharacteristics"):text.index("SizeOfStackReserve")]
+    missing = {flag for flag in NEEDED_FLAGS if flag not in flags}
+    if "HIGHLOW" not in text:
+        missing.add("relocations, without which its address is always the same")
+    subsystem = [re.search(rf"^{part}SubsystemVersion\s+(\d+)$", text, re.M)[1]
+                 for part in ("Major", "Minor")]
+    if ".".join(subsystem) != oldest_windows:
+        missing.add(f"subsystem version {oldest_windows}")
+    with open(path, "rb") as file:
+        if STACK_PROTECTOR not in file.read():
+            missing.add("stack protector")
+    return missing
+
+
+def main():
+    objdump, oldest_windows, export_list, version, path, *others = sys.argv[1:]
+    text = dump(objdump, path)
     with open(path, "rb") as file:
         dll = file.read()
     with open(path + ".debug", "rb") as file:
@@ -59,9 +82,8 @@ def main():
 
     imports = set(re.findall(r"DLL Name: (\S+)", text))
     expect("imports beyond the system's libraries", imports - SYSTEM_LIBRARIES, set())
-    flags = text[text.index("DllCharacteristics"):text.index("SizeOfStackReserve")]
-    expect("flags that are not set", {f for f in NEEDED_FLAGS if f not in flags}, set())
-    expect("relocations, without which it has one place only", "HIGHLOW" in text, True)
+    for binary in (path, *others):
+        expect(f"what {binary} lacks", missing_hardening(objdump, oldest_windows, binary), set())
 
     expect("the version", version_texts(dll), {
         "FileDescription": "Support library of the game's launcher and client",

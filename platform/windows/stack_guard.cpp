@@ -1,0 +1,52 @@
+// What -fstack-protector needs at run time. GCC's own library for it, libssp, acquires a
+// cryptographic provider whenever a program or a DLL is loaded: that takes milliseconds, and loads
+// libraries while the loader holds its lock.
+
+#include <cstdint>
+
+#include "platform/win32.h"
+
+// The names and types that the compiler requires.
+// NOLINTBEGIN(bugprone-reserved-identifier)
+extern "C" {
+std::uintptr_t __stack_chk_guard = 0;
+[[noreturn]] void __stack_chk_fail();
+}
+
+// Ends the process without the exception handlers, whose addresses are on the damaged stack.
+void __stack_chk_fail() {
+#if defined(__i386__) || defined(__x86_64__)
+  // Windows' fast failure, as by Microsoft's __fastfail, which GCC does not have.
+  constexpr int kStackCookieCheckFailure = 2;
+  __asm__ volatile("int $0x29" : : "c"(kStackCookieCheckFailure));
+#endif
+  __builtin_trap();
+}
+
+namespace launcher {
+namespace {
+
+// Chooses a value that differs between processes, from the sources that Microsoft's compilers use
+// for the same purpose. Runs before the constructors of C++. Without a stack protector of its own,
+// since that would find another value at the end than at the beginning.
+__attribute__((constructor(101), no_stack_protector)) void ChooseGuard() {
+  FILETIME time = {};
+  GetSystemTimeAsFileTime(&time);
+  LARGE_INTEGER counter = {};
+  QueryPerformanceCounter(&counter);
+  const std::uintptr_t values[] = {time.dwLowDateTime,
+                                   time.dwHighDateTime,
+                                   counter.u.LowPart,
+                                   GetCurrentProcessId(),
+                                   GetCurrentThreadId(),
+                                   reinterpret_cast<std::uintptr_t>(&time),
+                                   reinterpret_cast<std::uintptr_t>(&__stack_chk_guard)};
+  // FNV-1a, by words: http://www.isthe.com/chongo/tech/comp/fnv/
+  std::uintptr_t guard = 0x811C9DC5;
+  for (const std::uintptr_t value : values) guard = (guard ^ value) * 0x01000193;
+  __stack_chk_guard = guard;
+}
+
+}  // namespace
+}  // namespace launcher
+// NOLINTEND(bugprone-reserved-identifier)
