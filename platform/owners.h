@@ -62,6 +62,14 @@ struct FindHandleKind {
 };
 using FindHandle = Owner<FindHandleKind>;
 
+// A hash of CNG.
+struct CngHashKind {
+  using Handle = BCRYPT_HASH_HANDLE;
+  static constexpr Handle kNone = nullptr;
+  static void Release(Handle handle) { BCryptDestroyHash(handle); }
+};
+using CngHash = Owner<CngHashKind>;
+
 struct CryptProviderKind {
   using Handle = HCRYPTPROV;
   static constexpr Handle kNone = 0;

@@ -12,6 +12,7 @@
 // <windows.h> first: the others build on it.
 #include <windows.h>
 // then
+#include <bcrypt.h>
 #include <share.h>
 #include <shellapi.h>
 #include <stdio.h>

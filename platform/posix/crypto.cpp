@@ -1,4 +1,4 @@
-// The six calls of CryptoAPI that make a SHA-256 digest, over libcrypto.
+// The calls of CNG and of CryptoAPI that make a SHA-256 digest, on libcrypto.
 
 #include <openssl/evp.h>
 
@@ -9,11 +9,68 @@ namespace {
 
 // A provider holds nothing here; any value but 0 does.
 constexpr HCRYPTPROV kProvider = 1;
+constexpr std::uintptr_t kSha256Handle = 0x41;
+constexpr DWORD kDigestSize = 32;
 
+constexpr NTSTATUS kSuccess = 0;
+constexpr NTSTATUS kUnsuccessful = -0x3FFFFFFF;      // STATUS_UNSUCCESSFUL
+constexpr NTSTATUS kInvalidParameter = -0x3FFFFFF3;  // STATUS_INVALID_PARAMETER
+
+EVP_MD_CTX* ContextOf(void* hash) { return static_cast<EVP_MD_CTX*>(hash); }
 EVP_MD_CTX* ContextOf(HCRYPTHASH hash) { return reinterpret_cast<EVP_MD_CTX*>(hash); }
+
+// Returns null if memory runs out.
+EVP_MD_CTX* CreateContext() {
+  EVP_MD_CTX* const context = EVP_MD_CTX_new();
+  if (context == nullptr || EVP_DigestInit_ex(context, EVP_sha256(), nullptr) != 1) {
+    EVP_MD_CTX_free(context);
+    return nullptr;
+  }
+  CountObject(1);
+  return context;
+}
+
+void DestroyContext(EVP_MD_CTX* context) {
+  EVP_MD_CTX_free(context);
+  CountObject(-1);
+}
 
 }  // namespace
 }  // namespace launcher::posix
+
+NTSTATUS BCryptCreateHash(BCRYPT_ALG_HANDLE algorithm, BCRYPT_HASH_HANDLE* hash, BYTE* object,
+                          DWORD objectSize, BYTE* secret, DWORD secretSize, DWORD flags) {
+  using namespace launcher::posix;
+  if (MustFail(__func__)) return kUnsuccessful;
+  if (reinterpret_cast<std::uintptr_t>(algorithm) != kSha256Handle || object != nullptr ||
+      objectSize != 0 || secret != nullptr || secretSize != 0 || flags != 0) {
+    return kInvalidParameter;
+  }
+  EVP_MD_CTX* const context = CreateContext();
+  if (context == nullptr) return kUnsuccessful;
+  *hash = context;
+  return kSuccess;
+}
+
+NTSTATUS BCryptHashData(BCRYPT_HASH_HANDLE hash, BYTE* data, DWORD size, DWORD flags) {
+  using namespace launcher::posix;
+  if (MustFail(__func__)) return kUnsuccessful;
+  if (flags != 0) return kInvalidParameter;
+  return EVP_DigestUpdate(ContextOf(hash), data, size) == 1 ? kSuccess : kUnsuccessful;
+}
+
+NTSTATUS BCryptFinishHash(BCRYPT_HASH_HANDLE hash, BYTE* digest, DWORD size, DWORD flags) {
+  using namespace launcher::posix;
+  if (MustFail(__func__)) return kUnsuccessful;
+  if (size != kDigestSize || flags != 0) return kInvalidParameter;
+  return EVP_DigestFinal_ex(ContextOf(hash), digest, nullptr) == 1 ? kSuccess : kUnsuccessful;
+}
+
+NTSTATUS BCryptDestroyHash(BCRYPT_HASH_HANDLE hash) {
+  using namespace launcher::posix;
+  DestroyContext(ContextOf(hash));
+  return MustFail(__func__) ? kUnsuccessful : kSuccess;
+}
 
 BOOL CryptAcquireContextA(HCRYPTPROV* provider, const char* container, const char* name, DWORD type,
                           DWORD flags) {
@@ -35,12 +92,8 @@ BOOL CryptCreateHash(HCRYPTPROV provider, ALG_ID algorithm, HCRYPTKEY key, DWORD
   if (provider != kProvider || algorithm != CALG_SHA_256 || key != 0 || flags != 0) {
     return Fail(kErrorInvalidParameter);
   }
-  EVP_MD_CTX* const context = EVP_MD_CTX_new();
-  if (context == nullptr || EVP_DigestInit_ex(context, EVP_sha256(), nullptr) != 1) {
-    EVP_MD_CTX_free(context);
-    return Fail(kErrorNotEnoughMemory);
-  }
-  CountObject(1);
+  EVP_MD_CTX* const context = CreateContext();
+  if (context == nullptr) return Fail(kErrorNotEnoughMemory);
   *hash = reinterpret_cast<HCRYPTHASH>(context);
   return TRUE;
 }
@@ -55,7 +108,6 @@ BOOL CryptHashData(HCRYPTHASH hash, const BYTE* data, DWORD size, DWORD flags) {
 BOOL CryptGetHashParam(HCRYPTHASH hash, DWORD parameter, BYTE* value, DWORD* size, DWORD flags) {
   using namespace launcher::posix;
   if (MustFail(__func__)) return FALSE;
-  constexpr DWORD kDigestSize = 32;
   if (parameter != HP_HASHVAL || flags != 0 || *size < kDigestSize) {
     return Fail(kErrorInvalidParameter);
   }
@@ -67,8 +119,7 @@ BOOL CryptGetHashParam(HCRYPTHASH hash, DWORD parameter, BYTE* value, DWORD* siz
 
 BOOL CryptDestroyHash(HCRYPTHASH hash) {
   using namespace launcher::posix;
-  EVP_MD_CTX_free(ContextOf(hash));
-  CountObject(-1);
+  DestroyContext(ContextOf(hash));
   return MustFail(__func__) ? FALSE : TRUE;
 }
 

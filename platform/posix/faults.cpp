@@ -14,12 +14,14 @@ struct Plan {
   bool andAllAfter = false;
   bool isActive = false;
   bool hasFailed = false;
+  const char* alwaysFails = nullptr;
 };
 
 std::mutex planMutex;
 Plan plan;
 bool isRecording = false;
 std::vector<std::string> recordedCalls;
+std::set<std::string> failedCalls;
 
 std::atomic<int> objectCount{0};
 thread_local DWORD lastError = 0;
@@ -28,13 +30,24 @@ thread_local DWORD lastError = 0;
 
 void FailCall(const char* name, int n, bool andAllAfter) {
   const std::lock_guard<std::mutex> lock(planMutex);
-  plan = {name, n, andAllAfter, true, false};
+  plan = {name, n, andAllAfter, true, false, nullptr};
+}
+
+void FailEveryCall(const char* name) {
+  const std::lock_guard<std::mutex> lock(planMutex);
+  plan.alwaysFails = name;
 }
 
 bool StopFailing() {
   const std::lock_guard<std::mutex> lock(planMutex);
   plan.isActive = false;
+  plan.alwaysFails = nullptr;
   return plan.hasFailed;
+}
+
+std::set<std::string> FailedCalls() {
+  const std::lock_guard<std::mutex> lock(planMutex);
+  return failedCalls;
 }
 
 void StartRecording() {
@@ -51,6 +64,10 @@ std::vector<std::string> StopRecording() {
 bool MustFail(const char* name) {
   const std::lock_guard<std::mutex> lock(planMutex);
   if (isRecording) recordedCalls.push_back(name);
+  if (plan.alwaysFails != nullptr && std::strcmp(plan.alwaysFails, name) == 0) {
+    lastError = kErrorGeneralFailure;
+    return true;
+  }
   if (!plan.isActive) return false;
   if (plan.name != nullptr && std::strcmp(plan.name, name) != 0) return false;
   if (plan.callsUntilFailure > 1) {
@@ -58,6 +75,7 @@ bool MustFail(const char* name) {
     return false;
   }
   plan.hasFailed = true;
+  failedCalls.insert(name);
   plan.isActive = plan.andAllAfter;
   lastError = kErrorGeneralFailure;
   return true;

@@ -5,6 +5,7 @@
 #define LAUNCHER_PLATFORM_POSIX_FAULTS_H_
 
 #include <new>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -27,8 +28,14 @@ inline constexpr DWORD kErrorNoAccess = 998;
 // Replaces what was asked for before.
 void FailCall(const char* name, int n, bool andAllAfter = false);
 
-// Ends that. Answers whether any call was made to fail since FailCall.
+// Also makes every call of the function `name` fail, uncounted, until StopFailing.
+void FailEveryCall(const char* name);
+
+// Ends both. Returns whether any call failed because of FailCall.
 bool StopFailing();
+
+// The functions that have failed because of FailCall so far.
+std::set<std::string> FailedCalls();
 
 // Writes down the names of the layer's functions as they are called, but for those that cannot
 // fail.

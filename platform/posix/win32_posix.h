@@ -175,6 +175,19 @@ int WideCharToMultiByte(UINT codePage, DWORD flags, const wchar_t* text, int len
 
 // ---- SHA-256, by libcrypto ----
 
+using NTSTATUS = std::int32_t;
+using BCRYPT_ALG_HANDLE = void*;
+using BCRYPT_HASH_HANDLE = void*;
+
+inline bool BCRYPT_SUCCESS(NTSTATUS status) { return status >= 0; }
+
+// With the pseudo-handle of SHA-256 only.
+NTSTATUS BCryptCreateHash(BCRYPT_ALG_HANDLE algorithm, BCRYPT_HASH_HANDLE* hash, BYTE* object,
+                          DWORD objectSize, BYTE* secret, DWORD secretSize, DWORD flags);
+NTSTATUS BCryptHashData(BCRYPT_HASH_HANDLE hash, BYTE* data, DWORD size, DWORD flags);
+NTSTATUS BCryptFinishHash(BCRYPT_HASH_HANDLE hash, BYTE* digest, DWORD size, DWORD flags);
+NTSTATUS BCryptDestroyHash(BCRYPT_HASH_HANDLE hash);
+
 inline constexpr DWORD PROV_RSA_AES = 24;
 inline constexpr DWORD CRYPT_VERIFYCONTEXT = 0xF0000000;
 inline constexpr ALG_ID CALG_SHA_256 = 0x800C;

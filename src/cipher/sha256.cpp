@@ -3,38 +3,63 @@
 #include "platform/win32.h"
 
 namespace launcher {
-namespace {
 
-HCRYPTPROV AcquireProvider() {
+bool CngSha256::Create() {
+  // BCRYPT_SHA256_ALG_HANDLE, which MinGW's header does not have.
+  const auto algorithm = reinterpret_cast<BCRYPT_ALG_HANDLE>(std::uintptr_t{0x41});
+  BCRYPT_HASH_HANDLE hash = nullptr;
+  if (!BCRYPT_SUCCESS(BCryptCreateHash(algorithm, &hash, nullptr, 0, nullptr, 0, 0))) return false;
+  hash_.Reset(hash);
+  return true;
+}
+
+bool CngSha256::Update(const std::uint8_t* data, std::uint32_t length) {
+  // The argument is not const, but only read.
+  return BCRYPT_SUCCESS(BCryptHashData(hash_.Get(), const_cast<std::uint8_t*>(data), length, 0));
+}
+
+bool CngSha256::Finish(std::uint8_t (&digest)[kDigestSize]) {
+  // Fails if the digest has another size.
+  return BCRYPT_SUCCESS(BCryptFinishHash(hash_.Get(), digest, kDigestSize, 0));
+}
+
+bool CryptoApiSha256::Create() {
   HCRYPTPROV provider = 0;
   // No key container: hashing needs none, and the default one may be missing or locked.
-  const bool acquired =
-      CryptAcquireContextA(&provider, nullptr, nullptr, PROV_RSA_AES, CRYPT_VERIFYCONTEXT) != FALSE;
-  return acquired ? provider : 0;
-}
+  if (CryptAcquireContextA(&provider, nullptr, nullptr, PROV_RSA_AES, CRYPT_VERIFYCONTEXT) ==
+      FALSE) {
+    return false;
+  }
+  provider_.Reset(provider);
 
-HCRYPTHASH CreateHash(HCRYPTPROV provider) {
   constexpr HCRYPTKEY kNoKey = 0;
   HCRYPTHASH hash = 0;
-  const bool created = CryptCreateHash(provider, CALG_SHA_256, kNoKey, 0, &hash) != FALSE;
-  return created ? hash : 0;
+  if (CryptCreateHash(provider, CALG_SHA_256, kNoKey, 0, &hash) == FALSE) return false;
+  hash_.Reset(hash);
+  return true;
 }
 
-}  // namespace
-
-bool Sha256::Update(const std::uint8_t* data, std::uint32_t length) {
-  if (!provider_) {
-    provider_.Reset(AcquireProvider());
-    if (!provider_) return false;
-    hash_.Reset(CreateHash(provider_.Get()));
-  }
+bool CryptoApiSha256::Update(const std::uint8_t* data, std::uint32_t length) {
   return hash_ && CryptHashData(hash_.Get(), data, length, 0) != FALSE;
 }
 
-bool Sha256::Finish(std::uint8_t (&digest)[kDigestSize]) {
+bool CryptoApiSha256::Finish(std::uint8_t (&digest)[kDigestSize]) {
   DWORD digestSize = kDigestSize;
   return hash_ && CryptGetHashParam(hash_.Get(), HP_HASHVAL, digest, &digestSize, 0) != FALSE &&
          digestSize == kDigestSize;
+}
+
+bool Sha256::Update(const std::uint8_t* data, std::uint32_t length) {
+  if (service_ == Service::kNone) {
+    const bool hasCng = cng_.Create();
+    service_ = hasCng ? Service::kCng : Service::kCryptoApi;
+    if (!hasCng && !cryptoApi_.Create()) return false;
+  }
+  return service_ == Service::kCng ? cng_.Update(data, length) : cryptoApi_.Update(data, length);
+}
+
+bool Sha256::Finish(std::uint8_t (&digest)[kDigestSize]) {
+  return service_ == Service::kCng ? cng_.Finish(digest) : cryptoApi_.Finish(digest);
 }
 
 bool Sha256Digest(const std::uint8_t* data, std::uint32_t length,

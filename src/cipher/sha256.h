@@ -1,4 +1,4 @@
-// SHA-256 (FIPS 180-4), by the system's cryptographic service.
+// SHA-256 (FIPS 180-4), by one of the system's two cryptographic services.
 
 #ifndef LAUNCHER_CIPHER_SHA256_H_
 #define LAUNCHER_CIPHER_SHA256_H_
@@ -12,7 +12,32 @@ namespace launcher {
 
 inline constexpr std::size_t kDigestSize = 32;
 
-// Computes one digest of data in pieces. Calls the system only from the first piece on.
+// By CNG, with the pseudo-handle that Windows 10 and later have: there is nothing to acquire.
+class CngSha256 {
+ public:
+  // Returns false if the service does not have the pseudo-handle.
+  bool Create();
+  bool Update(const std::uint8_t* data, std::uint32_t length);
+  bool Finish(std::uint8_t (&digest)[kDigestSize]);
+
+ private:
+  CngHash hash_;
+};
+
+// By CryptoAPI, which every Windows has. To acquire its provider can take milliseconds.
+class CryptoApiSha256 {
+ public:
+  bool Create();
+  bool Update(const std::uint8_t* data, std::uint32_t length);
+  bool Finish(std::uint8_t (&digest)[kDigestSize]);
+
+ private:
+  CryptProvider provider_;
+  CryptHash hash_;  // released before its provider
+};
+
+// Computes one digest of data in pieces, by CNG or, only if CNG cannot create a hash, by CryptoAPI.
+// Calls the system only from the first piece on.
 class Sha256 {
  public:
   // Adds the next `length` bytes, 0 or more. Returns false if the system refuses; the digest is
@@ -24,8 +49,11 @@ class Sha256 {
   bool Finish(std::uint8_t (&digest)[kDigestSize]);
 
  private:
-  CryptProvider provider_;
-  CryptHash hash_;  // released before its provider
+  enum class Service : std::uint8_t { kNone, kCng, kCryptoApi };
+
+  Service service_ = Service::kNone;  // chosen at the first piece
+  CngSha256 cng_;
+  CryptoApiSha256 cryptoApi_;
 };
 
 // Computes the digest of the `length` bytes at `data`, 0 or more. The same results as above.

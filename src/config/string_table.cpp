@@ -76,6 +76,14 @@ constexpr TableEntry kTable[] = {
 };
 static_assert(sizeof kTable / sizeof kTable[0] == 42);
 
+// Prints with one write: if the output has no buffer, printf can write each character by itself.
+void PrintCallLine(StringLabel label) {
+  char line[64];
+  const int length = std::snprintf(
+      line, sizeof line, "QX_LoadStringToMemory called with label: %d\n", static_cast<int>(label));
+  std::fwrite(line, 1, static_cast<std::size_t>(length), stdout);
+}
+
 // Returns null for a label that is not in the table. The text may belong to `config`.
 const char* FindText(StringLabel label, const LauncherConfig& config) {
   for (const TableEntry& entry : kTable) {
@@ -111,7 +119,7 @@ OwnedText LookUpText(StringLabel label) {
 }  // namespace launcher
 
 ResultCode QX_CALL QX_LoadStringToMemory(StringLabel label, char** text) {
-  std::printf("QX_LoadStringToMemory called with label: %d\n", static_cast<int>(label));
+  launcher::PrintCallLine(label);
   if (text == nullptr) return QX_BAD_ARGUMENT;
 
   return launcher::Guarded(QX_FAILED, [=] { return launcher::CopyTextToMemory(label, text); });

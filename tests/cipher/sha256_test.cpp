@@ -9,6 +9,16 @@ namespace {
 
 using test::Bytes;
 
+template <class Service>
+Bytes DigestBy(const Bytes& message) {
+  Service service;
+  std::uint8_t digest[kDigestSize] = {};
+  EXPECT_TRUE(service.Create());
+  EXPECT_TRUE(service.Update(message.data(), static_cast<std::uint32_t>(message.size())));
+  EXPECT_TRUE(service.Finish(digest));
+  return Bytes(digest, digest + sizeof digest);
+}
+
 // The examples of NIST's "Secure Hash Standard" (FIPS 180-4), and the empty message.
 TEST(Sha256, GivesThePublishedDigests) {
   const std::pair<std::string, const char*> cases[] = {
@@ -24,6 +34,8 @@ TEST(Sha256, GivesThePublishedDigests) {
     std::uint8_t digest[kDigestSize];
     ASSERT_TRUE(Sha256Digest(bytes.data(), static_cast<std::uint32_t>(bytes.size()), digest));
     EXPECT_EQ(Bytes(digest, digest + sizeof digest), test::BytesFromHex(digits));
+    EXPECT_EQ(DigestBy<CngSha256>(bytes), test::BytesFromHex(digits));
+    EXPECT_EQ(DigestBy<CryptoApiSha256>(bytes), test::BytesFromHex(digits));
   }
 }
 

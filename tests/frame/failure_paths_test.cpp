@@ -55,10 +55,12 @@ TEST_F(FailurePaths, HaveTheResultThatTheCallAsksFor) {
     const char* call;
     std::int64_t result;
   };
-  const auto check = [](const char* name, const std::vector<Row>& rows) {
+  bool isWithoutCng = false;
+  const auto check = [&](const char* name, const std::vector<Row>& rows) {
     for (const Row& row : rows) {
       SCOPED_TRACE(name + std::string(", ") + row.call);
       posix::FailCall(row.call, 1);
+      if (isWithoutCng) posix::FailEveryCall("BCryptCreateHash");
       EXPECT_EQ(Call(name), row.result);
       EXPECT_TRUE(posix::StopFailing());
       EXPECT_EQ(posix::OpenObjectCount(), 0);
@@ -68,18 +70,25 @@ TEST_F(FailurePaths, HaveTheResultThatTheCallAsksFor) {
                              {"VirtualAllocEx", QX_FAILED},
                              {"WriteProcessMemory", QX_FAILED},
                              {"CreateProcessA", QX_FAILED},
-                             {"CryptAcquireContextA", 0},
-                             {"CryptHashData", 0},
+                             {"BCryptCreateHash", 0},
+                             {"BCryptHashData", 0},
                              {"GetExitCodeProcess", 0},
                              {"VirtualFreeEx", 0},
                              {"CloseHandle", 0}});
   const auto checkDigest = [&](const char* name, std::int64_t failure) {
+    // Without CNG's hash the digest is CryptoAPI's.
+    check(name, {{"BCryptCreateHash", Call(name)},
+                 {"BCryptHashData", failure},
+                 {"BCryptFinishHash", failure},
+                 {"BCryptDestroyHash", 0}});
+    isWithoutCng = true;
     check(name, {{"CryptAcquireContextA", failure},
                  {"CryptCreateHash", failure},
                  {"CryptHashData", failure},
                  {"CryptGetHashParam", failure},
                  {"CryptDestroyHash", 0},
                  {"CryptReleaseContext", 0}});
+    isWithoutCng = false;
   };
   checkDigest("file_cipher_encode", QX_CIPHER_FAILED);
   checkDigest("file_cipher_decode", QX_CIPHER_FAILED);
@@ -93,8 +102,8 @@ TEST_F(FailurePaths, HaveTheResultThatTheCallAsksFor) {
 // The order in which things are taken and released; a handle goes once for each CloseHandle.
 TEST_F(FailurePaths, ReleaseInOrder) {
   using Calls = std::vector<std::string>;
-  const Calls digest = {"CryptAcquireContextA", "CryptCreateHash",  "CryptHashData",
-                        "CryptGetHashParam",    "CryptDestroyHash", "CryptReleaseContext"};
+  const Calls digest = {"BCryptCreateHash", "BCryptHashData", "BCryptFinishHash",
+                        "BCryptDestroyHash"};
   const auto joined = [&](Calls head, const Calls& middle, const Calls& tail) {
     head.insert(head.end(), middle.begin(), middle.end());
     head.insert(head.end(), tail.begin(), tail.end());
@@ -109,6 +118,14 @@ TEST_F(FailurePaths, ReleaseInOrder) {
       {"VirtualAllocEx", {"OpenProcess", "VirtualAllocEx", "CloseHandle"}},
       {"WriteProcessMemory", joined(start, {}, {"VirtualFreeEx", "CloseHandle"})},
       {"CreateProcessA", joined(start, digest, {"CreateProcessA", "VirtualFreeEx", "CloseHandle"})},
+      {"BCryptCreateHash", joined(joined(start,
+                                         {"BCryptCreateHash", "CryptAcquireContextA",
+                                          "CryptCreateHash", "CryptHashData", "CryptGetHashParam",
+                                          "CryptDestroyHash", "CryptReleaseContext"},
+                                         {}),
+                                  {},
+                                  {"CreateProcessA", "GetExitCodeProcess", "VirtualFreeEx",
+                                   "CloseHandle", "CloseHandle", "CloseHandle"})},
   };
   for (const auto& [failing, expected] : cases) {
     posix::FailCall(failing, 1);

@@ -10,7 +10,8 @@ import subprocess
 import sys
 import zlib
 
-SYSTEM_LIBRARIES = {"ADVAPI32.dll", "KERNEL32.dll", "SHELL32.dll", "msvcrt.dll"}
+SYSTEM_LIBRARIES = {"ADVAPI32.dll", "KERNEL32.dll", "SHELL32.dll", "bcrypt.dll",
+                    "msvcrt.dll"}
 NEEDED_FLAGS = {"DYNAMIC_BASE", "NX_COMPAT", "NO_SEH"}
 # mov $2, %ecx; int $0x29: only the stack protector calls it.
 STACK_PROTECTOR = bytes.fromhex("b902000000cd29")

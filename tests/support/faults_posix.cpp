@@ -68,16 +68,24 @@ namespace launcher::test {
 
 const std::vector<FaultKind>& FaultKinds() {
   static const std::vector<FaultKind> kinds = {
-      {"the platform", false,
+      {"the platform", false, false,
        [](int n, bool andAllAfter) { posix::FailCall(nullptr, n, andAllAfter); },
        posix::StopFailing},
-      {"streams", false, [](int n, bool andAllAfter) { streams.Start(n, andAllAfter); },
+      {"the platform without CNG", false, true,
+       [](int n, bool andAllAfter) {
+         posix::FailCall(nullptr, n, andAllAfter);
+         posix::FailEveryCall("BCryptCreateHash");
+       },
+       posix::StopFailing},
+      {"streams", false, false, [](int n, bool andAllAfter) { streams.Start(n, andAllAfter); },
        [] { return streams.Stop(); }},
-      {"memory", true, [](int n, bool andAllAfter) { memory.Start(n, andAllAfter); },
+      {"memory", true, false, [](int n, bool andAllAfter) { memory.Start(n, andAllAfter); },
        [] { return memory.Stop(); }},
   };
   return kinds;
 }
+
+std::set<std::string> FailedCalls() { return posix::FailedCalls(); }
 
 int OpenObjectCount() { return posix::OpenObjectCount() + openStreams; }
 

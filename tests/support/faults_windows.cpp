@@ -7,6 +7,7 @@
 
 #include "support/faults.h"
 // They need windows.h ahead.
+#include <bcrypt.h>
 #include <shellapi.h>
 #include <wincrypt.h>
 
@@ -24,16 +25,20 @@ namespace {
 FailurePlan calls;
 FailurePlan memory;
 std::atomic<int> openObjects{0};
+std::set<std::string> failedCalls;
+bool hasCng = true;
 
 // Stands for one import, whose name makes Tag.
 template <class Tag, class Result>
 struct Import {
+  static inline const char* name = "";
   static inline Result failure = {};
   static inline int opened = 0;  // how many objects a call opens; -1 where it closes one
 
   template <class Function, class... Arguments>
   static Result Call(Function* function, Arguments... arguments) {
     const bool fails = calls.IsDue();
+    if (fails) failedCalls.insert(name);
     if (fails) SetLastError(ERROR_GEN_FAILURE);
     if (fails && opened >= 0) return failure;
     const Result result = function(arguments...);
@@ -42,19 +47,21 @@ struct Import {
   }
 };
 
-#define REPLACEMENT(convention)                                                               \
-  template <class Tag, class Result, class... Arguments>                                      \
-  void* Replacement(Result(convention* function)(Arguments...), Result failure, int opened) { \
-    using Own = Import<Tag, Result>;                                                          \
-    Own::failure = failure;                                                                   \
-    Own::opened = opened;                                                                     \
-    static const auto real = function;                                                        \
-    struct Local {                                                                            \
-      static Result convention Call(Arguments... arguments) {                                 \
-        return Own::Call(real, arguments...);                                                 \
-      }                                                                                       \
-    };                                                                                        \
-    return reinterpret_cast<void*>(Local::Call);                                              \
+#define REPLACEMENT(convention)                                                                   \
+  template <class Tag, class Result, class... Arguments>                                          \
+  void* Replacement(const char* name, Result(convention* function)(Arguments...), Result failure, \
+                    int opened) {                                                                 \
+    using Own = Import<Tag, Result>;                                                              \
+    Own::name = name;                                                                             \
+    Own::failure = failure;                                                                       \
+    Own::opened = opened;                                                                         \
+    static const auto real = function;                                                            \
+    struct Local {                                                                                \
+      static Result convention Call(Arguments... arguments) {                                     \
+        return Own::Call(real, arguments...);                                                     \
+      }                                                                                           \
+    };                                                                                            \
+    return reinterpret_cast<void*>(Local::Call);                                                  \
   }
 REPLACEMENT(WINAPI)
 REPLACEMENT(__cdecl)
@@ -91,6 +98,14 @@ BOOL WINAPI StartWithoutConsole(const char* application, char* commandLine,
                         startup, started);
 }
 
+constexpr NTSTATUS kUnsuccessful = static_cast<NTSTATUS>(0xC0000001);
+
+NTSTATUS WINAPI CreateCngHash(BCRYPT_ALG_HANDLE algorithm, BCRYPT_HASH_HANDLE* hash, UCHAR* object,
+                              ULONG objectSize, UCHAR* secret, ULONG secretSize, ULONG flags) {
+  if (!hasCng) return kUnsuccessful;
+  return BCryptCreateHash(algorithm, hash, object, objectSize, secret, secretSize, flags);
+}
+
 // All that can fail, for the rest of the process; but fgetc is called too often to fail each time.
 void PatchImports() {
   static std::vector<std::unique_ptr<ImportPatch>> patches;
@@ -101,14 +116,15 @@ void PatchImports() {
   void* const noHandle = nullptr;
   std::FILE* const noFile = nullptr;
 #define PATCH(name, failure, opened) \
-  patch(#name, Replacement<struct Tag_##name>(name, failure, opened))
+  patch(#name, Replacement<struct Tag_##name>(#name, name, failure, opened))
   PATCH(_fsopen, noFile, 1);
   PATCH(fclose, EOF, -1);
   PATCH(fread, std::size_t{0}, 0);
   PATCH(fwrite, std::size_t{0}, 0);
   PATCH(_stat64, -1, 0);
   PATCH(OpenProcess, noHandle, 1);
-  patch("CreateProcessA", Replacement<struct Tag_CreateProcessA>(StartWithoutConsole, FALSE, 2));
+  patch("CreateProcessA",
+        Replacement<struct Tag_CreateProcessA>("CreateProcessA", StartWithoutConsole, FALSE, 2));
   PATCH(CloseHandle, FALSE, -1);
   PATCH(GetExitCodeProcess, FALSE, 0);
   PATCH(WaitForSingleObject, WAIT_FAILED, 0);
@@ -133,6 +149,11 @@ void PatchImports() {
   PATCH(SetFileInformationByHandle, FALSE, 0);
   PATCH(MoveFileExW, FALSE, 0);
   PATCH(DeleteFileW, FALSE, 0);
+  patch("BCryptCreateHash", Replacement<struct Tag_BCryptCreateHash>(
+                                "BCryptCreateHash", CreateCngHash, kUnsuccessful, 1));
+  PATCH(BCryptHashData, kUnsuccessful, 0);
+  PATCH(BCryptFinishHash, kUnsuccessful, 0);
+  PATCH(BCryptDestroyHash, kUnsuccessful, -1);
   PATCH(CryptAcquireContextA, FALSE, 1);
   PATCH(CryptCreateHash, FALSE, 1);
   PATCH(CryptHashData, FALSE, 0);
@@ -157,13 +178,23 @@ void PatchImports() {
 
 const std::vector<FaultKind>& FaultKinds() {
   static const std::vector<FaultKind> kinds = {
-      {"imports", false,
+      {"imports", false, false,
        [](int n, bool andAllAfter) {
          PatchImports();
          calls.Start(n, andAllAfter);
        },
        [] { return calls.Stop(); }},
-      {"memory", true,
+      {"imports without CNG", false, true,
+       [](int n, bool andAllAfter) {
+         PatchImports();
+         hasCng = false;
+         calls.Start(n, andAllAfter);
+       },
+       [] {
+         hasCng = true;
+         return calls.Stop();
+       }},
+      {"memory", true, false,
        [](int n, bool andAllAfter) {
          PatchImports();
          memory.Start(n, andAllAfter);
@@ -172,6 +203,8 @@ const std::vector<FaultKind>& FaultKinds() {
   };
   return kinds;
 }
+
+std::set<std::string> FailedCalls() { return failedCalls; }
 
 int OpenObjectCount() { return openObjects; }
 

@@ -47,7 +47,7 @@ extern const bool kHasDirect3D;
 // A wide directory's worth.
 extern const int kManyFiles;
 
-// Keeps the system's digest loaded, which else is loaded anew for each digest: a second for Wine in
+// Keeps the provider of CryptoAPI loaded. Otherwise each digest loads it again: a second for Wine in
 // an emulator.
 void KeepDigestLoaded();
 
