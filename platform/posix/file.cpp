@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdarg>
+#include <cstdio>
 #include <cstring>
 #include <ctime>
 #include <memory>
@@ -97,6 +99,14 @@ std::FILE* _fsopen(const char* path, const char* mode, int share) {
     std::fclose(file);  // Windows opens no directory
     return kNone;
   });
+}
+
+int printf_s(const char* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  const int length = std::vprintf(format, arguments);
+  va_end(arguments);
+  return length;
 }
 
 int _stat64(const char* path, struct __stat64* status) {

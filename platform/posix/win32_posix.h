@@ -103,6 +103,8 @@ inline constexpr int _SH_DENYNO = 0x40;
 
 std::FILE* _fsopen(const char* path, const char* mode, int share);
 
+int printf_s(const char* format, ...) __attribute__((format(printf, 1, 2)));  // for the warnings
+
 struct __stat64 {
   std::int64_t st_size;
 };

@@ -230,7 +230,7 @@ LauncherConfig LoadLauncherConfig(const char* path) {
 
   // The load returns the defaults also if the file could not be created.
   static_cast<void>(CreateConfigFile(path));
-  std::printf("Created default config: %s\n", path);
+  printf_s("Created default config: %s\n", path);
   std::fflush(stdout);
   return DefaultConfig();
 }

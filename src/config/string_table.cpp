@@ -12,6 +12,7 @@
 #include "frame/bounded_text.h"
 #include "frame/guard.h"
 #include "platform/heap.h"
+#include "platform/win32.h"
 
 namespace launcher {
 namespace {
@@ -76,12 +77,13 @@ constexpr TableEntry kTable[] = {
 };
 static_assert(sizeof kTable / sizeof kTable[0] == 42);
 
-// Prints with one write: if the output has no buffer, printf can write each character by itself.
+// Prints with one write. By printf_s, since MinGW's printf and msvcrt's fwrite under Wine write each
+// character by itself if the output is a console.
 void PrintCallLine(StringLabel label) {
   char line[64];
-  const int length = std::snprintf(
-      line, sizeof line, "QX_LoadStringToMemory called with label: %d\n", static_cast<int>(label));
-  std::fwrite(line, 1, static_cast<std::size_t>(length), stdout);
+  std::snprintf(line, sizeof line, "QX_LoadStringToMemory called with label: %d\n",
+                static_cast<int>(label));
+  printf_s("%s", line);
 }
 
 // Returns null for a label that is not in the table. The text may belong to `config`.

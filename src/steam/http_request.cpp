@@ -8,6 +8,7 @@
 
 #include "launcher_dll.h"
 #include "platform/steam_api.h"
+#include "platform/win32.h"
 
 namespace launcher {
 namespace {
@@ -60,7 +61,7 @@ ResultCode PrintResponse(HttpRequest& request, std::uint32_t size) {
   if (!request.GetBody(body.get(), size)) return QX_NO_STEAM;
 
   body[size] = '\0';
-  std::printf("Response: %s\n", reinterpret_cast<const char*>(body.get()));
+  printf_s("Response: %s\n", reinterpret_cast<const char*>(body.get()));
   std::fflush(stdout);
   return QX_SUCCEEDED;
 }
