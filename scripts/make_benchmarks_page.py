@@ -1,19 +1,21 @@
 #!/usr/bin/env python3
 """Makes a page with tables, and a plot, of what the benchmarks measured.
 
-Usage: make_benchmarks_page.py benchmarks.json page.md plot.svg
-
-A figure is the median of the repetitions. A ratio is that of two medians; behind it, in brackets,
-stand the lower and the upper quartile of the ratios repetition by repetition.
+A figure is the median of the repetitions. A ratio is that of two medians; in brackets are the lower
+and the upper quartile of the ratios repetition by repetition.
 """
 
+import argparse
 import collections
 import json
+import math
 import os
 import platform
 import statistics
-import sys
+import time
 
+DLL = "## The DLL"
+NATIVE = "## The native library"
 SIZES = {64: "64 B", 2048: "2 KiB", 65536: "64 KiB", 1048576: "1 MiB", 16777216: "16 MiB"}
 
 
@@ -57,7 +59,7 @@ def table(family, size, entries):
     ours = sorted((who for who in entries if is_ours(who)),
                   key=lambda who: statistics.median(entries[who]))
     title = family + (f", {SIZES[size]}" if size else "")
-    lines = [f"### {title[0].upper()}{title[1:]}", "",
+    lines = [f"#### {title[0].upper()}{title[1:]}", "",
              "| | median | " + " | ".join(f"{who} is faster by" for who in ours) + " |",
              "|---|---|" + "---|" * len(ours)]
     for who in sorted(entries, key=lambda who: statistics.median(entries[who])):
@@ -68,25 +70,6 @@ def table(family, size, entries):
     return lines + [""]
 
 
-def plot(families):
-    entries = families["cipher"][65536]
-    speeds = sorted(((65536 / statistics.median(values) * 1e3, who)
-                     for who, values in entries.items()), reverse=True)
-    top, row = speeds[0][0], 26
-    lines = [f'<svg xmlns="http://www.w3.org/2000/svg" width="760" height="{len(speeds) * row + 40}"'
-             ' font-family="sans-serif" font-size="13">',
-             '<rect width="100%" height="100%" fill="white"/>',
-             '<text x="10" y="20">Blowfish over 64 KiB, MB/s</text>']
-    for i, (speed, who) in enumerate(speeds):
-        y = 34 + i * row
-        color = "#1f6feb" if is_ours(who) else "#9aa4b2"
-        lines.append(f'<text x="10" y="{y + 15}">{who}</text>'
-                     f'<rect x="220" y="{y}" width="{speed / top * 450:.0f}" height="20"'
-                     f' fill="{color}"/>'
-                     f'<text x="{226 + speed / top * 450:.0f}" y="{y + 15}">{speed:,.0f}</text>')
-    return lines + ["</svg>"]
-
-
 def processor():
     with open("/proc/cpuinfo", encoding="utf-8") as file:
         found = {key.strip(): value.strip() for key, _, value in
@@ -95,37 +78,146 @@ def processor():
             f"model {found.get('model')}")
 
 
-def main():
-    source, page, picture = sys.argv[1:]
-    context, families = read(source)
+def measured_on(*more):
+    return (f"Measured on {time.strftime('%Y-%m-%d')}: " +
+            "; ".join([processor(), *more]) + ".")
+
+
+def native_section(path):
+    context, families = read(path)
     lines = [
-        "# Benchmarks", "",
-        "Made by `scripts/bench.sh`; do not edit. Native 64-bit build, one thread, its CPU time,",
-        "medians of interleaved repetitions. A ratio above 1 means that the library is faster; in",
-        "brackets the quartiles of the ratios, repetition by repetition.", "",
-        f"- Processor: {processor()}",
-        f"- Kernels that ran: {context['kernels']}",
-        f"- Peers that were not installed: {context['absent peers']}", "",
-        f"![Blowfish over 64 KiB]({os.path.basename(picture)})", ""]
+        NATIVE, "",
+        "The 64-bit build for Linux beside other libraries: one thread, its CPU time. A ratio above 1",
+        "means that the library is faster; in brackets the quartiles of the ratios, repetition by",
+        "repetition.", "",
+        measured_on(f"kernels that ran: {context['kernels']}",
+                    f"peers that were not installed: {context['absent peers']}"), ""]
     notes = {
         "cipher": "Electronic-codebook mode, in place, with the key set up before.",
         "key setup": "A key of 16 bytes that is not the built-in one.",
         "encode": "A whole container: digest, copy, cipher. The peers set up their key and use "
                   "OpenSSL's SHA-256, as the native library does; the built-in key's set-up is "
                   "done by the compiler.",
-        "decode": "A whole container that is copied ahead of each turn, the copy included.",
+        "decode": "A whole container that is copied before each run, the copy included.",
         "lookup": "QX_LoadString of a setting, beside opening, reading and parsing `config.json`.",
         "removal of 20,000 files": "20 folders. The native layer asks for each entry's attributes "
                                    "as Windows' listing gives them, which is its extra cost.",
     }
     for family, note in notes.items():
-        lines += [f"## {family[0].upper()}{family[1:]}", "", note, ""]
+        lines += [f"### {family[0].upper()}{family[1:]}", "", note, ""]
         for size in sorted(families[family]):
             lines += table(family, size, families[family][size])
-    with open(page, "w", encoding="utf-8") as file:
+    return lines
+
+
+def read_dll(path):
+    """The microseconds of each measurement, by what was timed and its size in bytes."""
+    times = collections.defaultdict(list)
+    with open(path, encoding="utf-8") as file:
+        for line in file:
+            name, size, microseconds = line.rstrip("\n").split("\t")
+            times[name, int(size)].append(float(microseconds))
+    return {key: statistics.median(values) for key, values in times.items()}
+
+
+def microseconds(value):
+    return f"{value:,.0f}" if value >= 100 else f"{value:,.1f}"
+
+
+def dll_section(times, wine, picture):
+    sizes = [size for name, size in times if name == "file_cipher_encode"]
+    lines = [
+        DLL, "",
+        "The 32-bit DLL under Wine: whole calls, in microseconds.", "",
+        measured_on(wine), "",
+        f"![Whole calls of the DLL]({os.path.basename(picture)})", "",
+        "| | " + " | ".join(SIZES[size] for size in sizes) + " |",
+        "|---|" + "---|" * len(sizes)]
+    for name in ("file_cipher_encode", "file_cipher_decode", "digest by CNG",
+                 "digest by CryptoAPI"):
+        cells = [microseconds(times[name, size]) for size in sizes]
+        lines.append(f"| {name} | " + " | ".join(cells) + " |")
+    lookup = times["lookup, output to file", 0]
+    lines += [
+        "",
+        "Encode and decode are with the built-in key. Decode includes a copy of the container, since",
+        "it works in place. The digests are what a call asks of Windows' two services; the DLL uses",
+        "CNG, and CryptoAPI only on Windows before 10. One CryptoAPI digest of 2 KiB takes",
+        f"{times['digest by CryptoAPI', 2048] / times['file_cipher_encode', 2048]:,.0f} times as long"
+        " as a whole encode of 2 KiB.", "",
+        "| | µs | |", "|---|---|---|",
+        f"| QX_Decode, 2 KiB | {microseconds(times['QX_Decode', 2048])} |"
+        f" {times['QX_Decode', 2048] / times['three lookups', 0]:.2f} times its three lookups |"]
+    for output in ("file", "pipe", "character device"):
+        value = times[f"lookup, output to {output}", 0]
+        lines.append(f"| QX_LoadString, output to a {output} | {microseconds(value)} |"
+                     f" {value / lookup:.2f} times that to a file |")
+    lines.append("| opening and reading `config.json` alone | "
+                 f"{microseconds(times['config.json, opened and read', 0])} | |")
+    lines.append(f"| key set-up | {microseconds(times['key set-up', 0])} | for any other key |")
+    for name, size in times:
+        if name.startswith("cipher, "):
+            lines.append(f"| {name}, 64 KiB | {microseconds(times[name, size])} |"
+                         f" {size / times[name, size]:,.0f} MB/s |")
+    return lines + [""]
+
+
+def plot(times):
+    """Bars of the DLL's whole calls."""
+    rows = [(f"{name}, {SIZES[size]}", value) for (name, size), value in times.items()
+            if name in ("file_cipher_encode", "file_cipher_decode", "QX_Decode")]
+    rows.append(("digest by CryptoAPI, 2 KiB", times["digest by CryptoAPI", 2048]))
+    rows.append(("QX_LoadString, output to a file", times["lookup, output to file", 0]))
+    rows.sort(key=lambda row: row[1])
+    height = 26
+    lines = [f'<svg xmlns="http://www.w3.org/2000/svg" width="760" height="{len(rows) * height + 40}"'
+             ' font-family="sans-serif" font-size="13">',
+             '<rect width="100%" height="100%" fill="white"/>',
+             '<text x="10" y="20">Whole calls of the DLL under Wine, microseconds, logarithmic'
+             '</text>']
+    scale = 440 / math.log10(rows[-1][1] * 10)
+    for i, (name, value) in enumerate(rows):
+        y = 34 + i * height
+        width = max(math.log10(value * 10), 0.02) * scale
+        color = "#9aa4b2" if name.startswith("digest") else "#1f6feb"
+        lines.append(f'<text x="10" y="{y + 15}">{name}</text>'
+                     f'<rect x="220" y="{y}" width="{width:.0f}" height="20" fill="{color}"/>'
+                     f'<text x="{226 + width:.0f}" y="{y + 15}">{microseconds(value)}</text>')
+    return lines + ["</svg>"]
+
+
+def section_of(page, heading):
+    """The section of the page so far."""
+    with open(page, encoding="utf-8") as file:
+        lines = file.read().splitlines()
+    start = lines.index(heading)
+    ends = [i for i, line in enumerate(lines) if i > start and line.startswith("## ")]
+    return lines[start:ends[0] if ends else None]
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--native", metavar="JSON", help="results of the native benchmarks")
+    parser.add_argument("--dll", metavar="TSV", help="results of dll_benchmark")
+    parser.add_argument("--wine", help="the version of Wine")
+    parser.add_argument("old_page", help="has the sections that were not measured now")
+    parser.add_argument("page")
+    parser.add_argument("plot")
+    given = parser.parse_args()
+
+    lines = ["# Benchmarks", "",
+             "Made by `scripts/bench.sh`; do not edit. Medians of interleaved repetitions.", ""]
+    if given.dll:
+        times = read_dll(given.dll)
+        lines += dll_section(times, given.wine, given.plot)
+        with open(given.plot, "w", encoding="utf-8") as file:
+            file.write("\n".join(plot(times)) + "\n")
+    else:
+        lines += section_of(given.old_page, DLL)
+    lines += native_section(given.native) if given.native else section_of(given.old_page, NATIVE)
+    with open(given.page, "w", encoding="utf-8") as file:
         file.write("\n".join(lines).rstrip() + "\n")
-    with open(picture, "w", encoding="utf-8") as file:
-        file.write("\n".join(plot(families)) + "\n")
 
 
 if __name__ == "__main__":
