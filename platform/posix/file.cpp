@@ -101,7 +101,7 @@ std::FILE* _fsopen(const char* path, const char* mode, int share) {
   });
 }
 
-int printf_s(const char* format, ...) {
+int printf_s(const char* format, ...) {  // NOLINT(cert-dcl50-cpp): as the runtime declares it
   va_list arguments;
   va_start(arguments, format);
   const int length = std::vprintf(format, arguments);

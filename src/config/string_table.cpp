@@ -77,8 +77,8 @@ constexpr TableEntry kTable[] = {
 };
 static_assert(sizeof kTable / sizeof kTable[0] == 42);
 
-// Prints with one write. By printf_s, since MinGW's printf and msvcrt's fwrite under Wine write each
-// character by itself if the output is a console.
+// Prints with one write. By printf_s, since MinGW's printf and msvcrt's fwrite under Wine write
+// each character by itself if the output is a console.
 void PrintCallLine(StringLabel label) {
   char line[64];
   std::snprintf(line, sizeof line, "QX_LoadStringToMemory called with label: %d\n",

@@ -47,8 +47,8 @@ extern const bool kHasDirect3D;
 // A wide directory's worth.
 extern const int kManyFiles;
 
-// Keeps the provider of CryptoAPI loaded. Otherwise each digest loads it again: a second for Wine in
-// an emulator.
+// Keeps the provider of CryptoAPI loaded. Otherwise each digest loads it again: a second for Wine
+// in an emulator.
 void KeepDigestLoaded();
 
 // The handles that this process has open, as the system counts them.
