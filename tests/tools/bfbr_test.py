@@ -88,6 +88,8 @@ class Everywhere(Case):
         for exit_code, *force in ((0,), (3,), (0, "--force")):
             self.expect(exit_code, *PROGRAM, "encode", "-o", "there", *force, input=data)
             self.assertEqual(self.files(), {"there": container})
+        closed_pipe = ["bash", "-c", 'exec 3> >(:); wait $!; "$@" decode there >&3', "bash", *PROGRAM]
+        self.assertEqual(self.expect(3, *closed_pipe).stderr, b"")
 
     @unittest.skipUnless(WINDOWS, "a shell expands them")
     def test_wildcards_from_cmd(self):

@@ -64,7 +64,7 @@ bool MeansFullDisk(SystemError error) {
 }
 
 bool MeansNoReader(SystemError error) {
-  return error == ERROR_NO_DATA || error == ERROR_BROKEN_PIPE;
+  return error == ERROR_NO_DATA || error == ERROR_BROKEN_PIPE || error == ERROR_PIPE_NOT_CONNECTED;
 }
 
 // A device's name leads to it from every directory.
