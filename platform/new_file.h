@@ -62,11 +62,12 @@ class NewFile {
   // after MoveTo.
   SystemError Flush();
 
-  enum class Existing : std::uint8_t { kStays, kReplaced };
+  enum class Existing : std::uint8_t { kStays, kReplaced, kReplacedWithOwnMode };
 
   // Closes the file and gives it the name `place`, in the same file system. With kStays this fails
   // if anything has that name, even if it appears at the same moment. With kReplaced it replaces a
-  // file, and on Linux takes over that file's permissions.
+  // file, and on Linux takes over that file's permissions; with kReplacedWithOwnMode the new
+  // file keeps its own.
   SystemError MoveTo(const SystemPath& place, Existing existing);
 
   // Closes and removes the file, if there is one.

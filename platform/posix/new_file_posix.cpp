@@ -85,12 +85,14 @@ SystemError NewFile::Flush() {
 }
 
 SystemError NewFile::MoveTo(const SystemPath& place, Existing existing) {
-  const bool replaces = existing == Existing::kReplaced;
+  const bool replaces = existing != Existing::kStays;
   struct stat status = {};
   if (replaces && stat(place.c_str(), &status) == 0) {
     if (!S_ISREG(status.st_mode)) return EEXIST;
     // Another owner's permissions may not be ours to give; the content counts.
-    static_cast<void>(fchmod(static_cast<int>(handle_), status.st_mode & 0777));
+    if (existing == Existing::kReplaced) {
+      static_cast<void>(fchmod(static_cast<int>(handle_), status.st_mode & 0777));
+    }
   }
   // Some network file systems report a full disk only now.
   const int descriptor = static_cast<int>(std::exchange(handle_, kNone));

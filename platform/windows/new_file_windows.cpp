@@ -88,7 +88,7 @@ SystemError NewFile::MoveTo(const SystemPath& place, Existing existing) {
   if (goesOnClose_ && !SetGoesOnClose(handle, false)) return LastError();
   handle_ = kNone;
   if (!CloseHandle(handle)) return LastError();
-  const DWORD flags = (existing == Existing::kReplaced ? DWORD{MOVEFILE_REPLACE_EXISTING} : 0) |
+  const DWORD flags = (existing != Existing::kStays ? DWORD{MOVEFILE_REPLACE_EXISTING} : 0) |
                       (isFlushed_ ? DWORD{MOVEFILE_WRITE_THROUGH} : 0);
   if (temporary_ != place && !MoveFileExW(temporary_.c_str(), place.c_str(), flags))
     return LastError();

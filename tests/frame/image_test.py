@@ -5,6 +5,7 @@ Usage: image_test.py OBJDUMP OLDEST_WINDOWS exports.json VERSION LauncherDll.dll
 """
 
 import json
+import pathlib
 import re
 import subprocess
 import sys
@@ -85,10 +86,12 @@ def main():
     expect("imports beyond the system's libraries", imports - SYSTEM_LIBRARIES, set())
     for binary in (path, *others):
         expect(f"what {binary} lacks", missing_hardening(objdump, oldest_windows, binary), set())
-
-    expect("the version", version_texts(dll), {
-        "FileDescription": "Support library of the game's launcher and client",
-        "FileVersion": version, "OriginalFilename": "LauncherDll.dll", "ProductVersion": version})
+        texts = version_texts(pathlib.Path(binary).read_bytes())
+        expect(f"{binary} has a description", "FileDescription" in texts, True)
+        texts.pop("FileDescription", None)
+        expect(f"the version of {binary}", texts, {
+            "FileVersion": version, "OriginalFilename": pathlib.Path(binary).name,
+            "ProductVersion": version})
     expect("symbols in the DLL", "SYMBOL TABLE:\nno symbols" in text, True)
     expect("the symbols' checksum in the DLL",
            b"LauncherDll.dll.debug\0\0\0" + zlib.crc32(debug).to_bytes(4, "little") in dll, True)

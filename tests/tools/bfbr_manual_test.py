@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""bfbr_manual_test.py PROGRAM: its manual page and completions have what --help lists, and no more."""
+"""bfbr_manual_test.py BFBR DOCTOR COMPLETIONS: completions and bfbr's page have what --help lists, and no more."""
 
 import json
 import pathlib
@@ -9,16 +9,17 @@ import sys
 import unittest
 
 TOOLS = pathlib.Path(__file__).resolve().parents[2] / "tools"
-COMPLETIONS = TOOLS / "bfbr/completions"
-WORDS = {("decode", "--marker"): {"keep", "strip", "require"}, ("verify", "--marker"): {"keep", "require"},
-         ("verify", "--progress"): {"auto", "always", "never"}}
+*PROGRAMS, COMPLETIONS = map(pathlib.Path, sys.argv[1:])
+# Only this table catches a value that a completion does not know, or that one command has and the next has not.
+VALUES = [("bfbr decode --marker", "keep,require,strip"), ("bfbr verify --marker", "keep,require"),
+          ("bfbr mark x --progress", "auto,always,never")]
 SCRIPTS = {
-    "bash": """. "$0/bfbr.bash"; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); COMPREPLY=()
-        $(complete -p bfbr | sed 's/.*-F //; s/ .*//'); printf '%s\\n' "${COMPREPLY[@]}\"""",
+    "bash": """. "$0/$1.bash"; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); COMPREPLY=()
+        $(complete -p $1 | sed 's/.*-F //; s/ .*//'); printf '%s\\n' "${COMPREPLY[@]}\"""",
     # What it asks of zsh's own functions, since those work in a line editor only.
     "zsh": """compdef() { }; _arguments() { print -rl -- "$@" }; _describe() { print -rl -- ${(P)4} }
-        . "$0/_bfbr"; words=("$@"); CURRENT=$#; _bfbr""",
-    "fish": 'source $argv[1]/bfbr.fish; complete -C "$argv[2..]"',
+        . "$0/_$1"; words=("$@"); CURRENT=$#; _$1""",
+    "fish": 'source $argv[1]/$argv[2].fish; complete -C "$argv[2..]"',
 }
 
 
@@ -27,48 +28,55 @@ def run(*command):
 
 
 def completed(shell, *words):
-    """The options, commands and words that the shell offers behind these."""
+    """The options, commands and words that the shell offers after these."""
     alone = {"bash": "--norc", "zsh": "-f", "fish": "--no-config"}[shell]
-    lines = run(shell, alone, "-c", SCRIPTS[shell], COMPLETIONS, "bfbr", *words).splitlines()
+    lines = run(shell, alone, "-c", SCRIPTS[shell], COMPLETIONS, *words).splitlines()
     if shell == "zsh":
+        option = words[-2] if words[-2][0] == "-" and not words[-1] else None
         for line in lines:
-            if line.startswith(f"{words[-2]}[" if len(words) > 2 else " "):
-                return set(re.search(r":\((.*)\)$", line)[1].split())
+            if option and re.match(rf"(\([^)]*\))?{option}\[.*:", line):
+                return set(re.sub(r"^[^(]*$", "()", line.split(":")[-1])[1:-1].split())
         return {re.sub(r"^(\([^)]*\))?([\w-]+)(\[|:).*", r"\2", line) for line in lines} - {"*:file:_files", "-s"}
-    return {line.split("\t")[0] for line in lines}
+    return {line.split("\t")[0] for line in lines} - {""}
 
 
-def told(*command):
-    """The options and commands in the help."""
-    rows = re.findall(r"^  ([-a-z].*?)(?:  |$| [A-Z])", run(PROGRAM, *command, "--help").split("Example:")[0], re.M)
-    return {word for row in rows for word in row.split(",") if word[0] == "-" or not command}
+def walk(program, *command):
+    """Each command with the options and the commands in its help."""
+    text = run(program, *command, "--help").split("Example:")[0]
+    parts = re.split(r"^(\w+):\n", text, flags=re.M)
+    rows = {title: re.findall(r"^  ([-a-z].*?)(?:  |$| [A-Z])", part, re.M)
+            for title, part in zip(parts[1::2], parts[2::2])}
+    commands = rows.get("Subcommands", [])
+    yield command, {word for row in rows["Options"] for word in row.split(",")}, commands
+    for word in commands:
+        yield from walk(program, *command, word)
 
 
 class Manual(unittest.TestCase):
     def test_completions_offer_what_help_lists(self):
-        commands = {word for word in told() if word[0] != "-"}
-        self.assertIn("decode", commands)
-        for shell in SCRIPTS:
-            self.assertEqual(completed(shell, "") | completed(shell, "-"), told(), shell)
-            for command in commands:
-                with self.subTest(shell=shell, command=command):
-                    self.assertEqual(completed(shell, command, "-"), told(command))
+        for program in PROGRAMS:
+            for command, options, commands in walk(program):
+                for shell in SCRIPTS:
+                    with self.subTest(program=program.name, command=command, shell=shell):
+                        offered = completed(shell, program.name, *command, "-")
+                        offered |= completed(shell, program.name, *command, "") if commands else set()
+                        self.assertEqual(offered, options | set(commands))
 
-    def test_completions_know_the_words(self):
-        for (command, option), words in WORDS.items():
+    def test_completions_know_the_values(self):
+        for line, values in VALUES:
             for shell in SCRIPTS:
-                self.assertEqual(completed(shell, command, option, ""), words, (shell, command))
-            refused = subprocess.run([PROGRAM, command, option, "no"], capture_output=True, text=True)
-            self.assertEqual(set(re.search("none of (.*?):", refused.stderr)[1].split(", ")), words)
+                self.assertEqual(completed(shell, *line.split(), ""), set(values.split(",")), (shell, line))
+            refused = subprocess.run([PROGRAMS[0], *line.split()[1:], "no"], capture_output=True, text=True)
+            self.assertIn(f"not in {{{values}}}", refused.stderr)
 
     def test_manual_page_has_what_help_lists_and_json_prints(self):
         text = (TOOLS / "bfbr/bfbr.1").read_text()
-        commands = {word for word in told() if word[0] != "-"}
-        options = set().union(told(), *map(told, commands))
         rows = re.findall(r"^\.It Fl (.*?)(?: Ar \w+)?$", text, re.M)
-        self.assertEqual({f"-{word}" for row in rows for word in row.split(" , ")} | commands, options)
-        self.assertEqual(set(re.findall(r"^\.It Cm (\w+)$", text, re.M)), commands)
-        fields = json.loads(subprocess.run([PROGRAM, "verify", "--json", "/none"], capture_output=True).stdout)
+        (_, options, commands), *others = walk(PROGRAMS[0])
+        self.assertEqual({f"-{word}" for row in rows for word in row.split(" , ")},
+                         options.union(*(row[1] for row in others)))
+        self.assertEqual(re.findall(r"^\.It Cm (\w+)$", text, re.M), commands)
+        fields = json.loads(subprocess.run([PROGRAMS[0], "verify", "--json", "/none"], capture_output=True).stdout)
         self.assertEqual(re.findall(r"^\.It Va (\w+)$", text, re.M), list(fields))
 
     def test_all_is_well_formed(self):
@@ -78,5 +86,4 @@ class Manual(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    PROGRAM = str(pathlib.Path(sys.argv.pop()).resolve())
-    unittest.main()
+    unittest.main(argv=sys.argv[:1])

@@ -4,16 +4,13 @@
 #include <cstring>
 #include <new>
 
-#include "bfbr/repeated_blocks.h"
 #include "launcher_dll.h"
-#include "support/interrupt.h"
-#include "support/output_file.h"
-#include "support/quiet_library.h"
+#include "support/process.h"
 
 namespace launcher {
 namespace {
 
-constexpr StringLabel kKeyLabel = 11000;
+namespace fs = std::filesystem;
 
 constexpr std::size_t kRegionOffset = 4;
 constexpr std::size_t kDigestOffset = 8;
@@ -25,7 +22,7 @@ constexpr std::uint64_t kLargestPayload = 0x7FFFFFFF;
 constexpr std::uint64_t kLargestContainer = 0x8000002C;
 constexpr std::uint64_t kLargestForKeyedDecoder = 1048575;
 
-// Between two of these an interrupt is noticed and the progress moves.
+// Between two pieces an interrupt is noticed and the progress moves.
 constexpr std::size_t kPiece = 8u << 20;
 
 // Ends the work on a file.
@@ -33,34 +30,14 @@ struct Failure {
   Reason reason;
   std::string text;
   std::string place;  // the file that it is about, if not the one read
+  SystemError error = 0;
 };
 
 [[noreturn]] void Fail(Reason reason, const std::string& text) { throw Failure{reason, text, {}}; }
 
-[[noreturn]] void FailForMemory(std::uint64_t size) {
-  Fail(Reason::kMemory, "memory: " + Grouped(size) +
-                            " bytes are not to be had: close other programs or lower --jobs");
-}
-
 void EndIfInterrupted() {
   if (Interrupted()) Fail(Reason::kInterrupted, "interrupted: run the command again");
 }
-
-// Adds the time it lives.
-class Clock {
- public:
-  explicit Clock(double* seconds) : seconds_(seconds) {}
-  Clock(const Clock&) = delete;
-  Clock& operator=(const Clock&) = delete;
-  ~Clock() {
-    const std::chrono::duration<double> time = std::chrono::steady_clock::now() - begin_;
-    *seconds_ += time.count();
-  }
-
- private:
-  double* seconds_;
-  std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
-};
 
 std::uint32_t LittleEndian32(const std::uint8_t* bytes) {
   return bytes[0] | std::uint32_t{bytes[1]} << 8 | std::uint32_t{bytes[2]} << 16 |
@@ -76,57 +53,81 @@ std::string HexDigits(const std::uint8_t* bytes, std::size_t size) {
   return digits;
 }
 
-[[noreturn]] void FailToWrite(const std::string& place, SystemError error) {
-  if (MeansThatItExists(error)) throw Failure{Reason::kExists, kIsThere, place};
-  throw Failure{Reason::kWrite,
-                "cannot be written: " + SystemErrorText(error) +
-                    (MeansThatTheDiskIsFull(error) ? ": make room; nothing of it was left behind"
-                                                   : ": check that it may be written there"),
-                place};
+[[noreturn]] void FailToWrite(const std::string& path, SystemError error) {
+  if (!path.empty() && MeansThatItExists(error)) throw Failure{Reason::kExists, kExists, path};
+  const char* const advice = !MeansFullDisk(error) ? "check that it may be written there"
+                             : path.empty()        ? "make room; what was written is not whole"
+                                                   : "make room; nothing of it was left behind";
+  throw Failure{Reason::kWrite, "cannot be written: " + SystemErrorText(error) + ": " + advice,
+                path.empty() ? "standard output" : path, error};
 }
 
-// Tells which of the library's tests a deciphered container failed.
-[[noreturn]] void FailForContent(const std::uint8_t* container, std::size_t size) {
-  const std::uint64_t length = LittleEndian32(container + kRegionOffset);
-  const std::uint64_t most = size - kPayloadOffset;
-  const std::uint64_t least = most > 7 ? most - 7 : 0;
-  if (length < least || length > most) {
-    Fail(Reason::kLength, "length field: says " + Grouped(length) + " bytes where " +
-                              Grouped(least) + " to " + Grouped(most) +
-                              " fit: the key is another one, or the file is damaged or cut short; "
-                              "check the key, or get the file again");
-  }
-  Fail(
-      Reason::kDigest,
-      "digest: the payload is not what went into the container: the file is damaged; get it again");
+// Counts the 8-byte blocks that are equal to an earlier one, and leaves them in another order.
+// Equal blocks are equal before and after the cipher.
+std::uint64_t CountRepeatedBlocks(std::uint8_t* bytes, std::size_t count) {
+  using Block = std::array<std::uint8_t, 8>;
+  const auto number = [](const Block& block) {
+    std::uint64_t result = 0;
+    std::memcpy(&result, block.data(), sizeof result);
+    return result;
+  };
+  auto* const blocks = reinterpret_cast<Block*>(bytes);
+  std::sort(blocks, blocks + count,
+            [&](const Block& a, const Block& b) { return number(a) < number(b); });
+  return count - static_cast<std::size_t>(std::unique(blocks, blocks + count) - blocks);
 }
 
 }  // namespace
 
-SystemError BuiltInKey(Key* key) {
-  char text[57] = "";
-  ResultCode result = QX_FAILED;
-  const SystemError error =
-      RunQuietly([&] { result = QX_LoadString(kKeyLabel, text, sizeof text); });
-  if (error == 0 && result == QX_SUCCEEDED) *key = text;
-  return error;
+std::string Grouped(std::uint64_t number) {
+  std::string text = std::to_string(number);
+  for (std::size_t place = text.size(); place > 3;) text.insert(place -= 3, ",");
+  return text;
 }
 
-FileWorker::FileWorker(const Options& options, const Key& key, Advance* advance)
-    : options_(options), key_(key), advance_(advance) {
-  // Without data behind it, the marker itself.
+FileWorker::FileWorker(const Options& options, const Key& key, Steps* steps)
+    : options_(options), key_(key), steps_(steps) {
+  // Without data the marked data are the marker itself.
   QX_SignSignature(marker_.data(), static_cast<std::uint32_t>(marker_.size()), marker_.data(), 0);
 }
 
-Outcome FileWorker::Work(const std::string& file) {
+Outcome FileWorker::Work(const Item& item) {
   Outcome outcome;
   try {
-    outcome.file = file;
-    WorkOn(file, &outcome);
+    outcome.file = item.name;
+    EndIfInterrupted();
+    std::error_code ignored;
+    if (!options_.isRecursive && item.name != "-" &&
+        fs::is_directory(InputPath(item.name), ignored)) {
+      Fail(Reason::kRead, "is a folder: add -r to take the files in it");
+    }
+    if (!item.output.empty() && !options_.replaces && HasFileAt(item.output)) {
+      throw Failure{Reason::kExists, kExists, item.output};
+    }
+    switch (options_.command) {
+      case Command::kEncode:
+        Read(item.name, kPayloadOffset, kLargestPayload);
+        Encode(&outcome);
+        break;
+      case Command::kMark:
+        Read(item.name, marker_.size(), kLargestPayload - marker_.size());
+        Mark(&outcome);
+        break;
+      default:
+        Read(item.name, 0, kLargestContainer);
+        Decode(&outcome);
+        break;
+    }
+    *steps_ += size_;
+    outcome.readSize = size_;
+    if (!options_.MakesFiles()) return outcome;
+    Write(item);
+    outcome.writtenSize = resultSize_;
   } catch (const Failure& failure) {
     outcome.reason = failure.reason;
     outcome.message = failure.text;
     outcome.place = failure.place;
+    outcome.error = failure.error;
   } catch (const std::bad_alloc&) {
     outcome.reason = Reason::kMemory;
     outcome.message = "memory: ran out: close other programs or lower --jobs";
@@ -134,89 +135,63 @@ Outcome FileWorker::Work(const std::string& file) {
   return outcome;
 }
 
-void FileWorker::WorkOn(const std::string& file, Outcome* outcome) {
-  EndIfInterrupted();
-  const std::string path = OutputPath(file);
-  if (!path.empty() && !options_.replaces && HasFileAt(path)) {
-    throw Failure{Reason::kExists, kIsThere, path};
+// Makes room for `capacity` bytes and keeps what there is.
+void FileWorker::Reserve(std::uint64_t capacity) {
+  if (capacity <= capacity_) return;
+  auto* const block = static_cast<std::uint8_t*>(
+      capacity > SIZE_MAX ? nullptr
+                          : std::realloc(buffer_.get(), static_cast<std::size_t>(capacity)));
+  if (block == nullptr) {
+    Fail(Reason::kMemory, "memory: " + Grouped(capacity) +
+                              " bytes cannot be had: close other programs or lower --jobs");
   }
-
-  InputFile input;
-  Open(&input, file);
-
-  switch (options_.command) {
-    case Command::kEncode:
-      Read(&input, file, kPayloadOffset, kLargestPayload);
-      Encode(outcome);
-      break;
-    case Command::kMark:
-      Read(&input, file, marker_.size(), kLargestPayload - marker_.size());
-      Mark(outcome);
-      break;
-    default:
-      Read(&input, file, 0, kLargestContainer);
-      Decode(outcome);
-      break;
-  }
-  advance_->steps += size_;
-  if (options_.MakesFiles()) Write(path);
+  static_cast<void>(buffer_.release());
+  buffer_.reset(block);
+  capacity_ = static_cast<std::size_t>(capacity);
 }
 
-void FileWorker::Open(InputFile* input, const std::string& file) {
-  const Clock clock(&times_.reading);
-  if (file == "-") {
-    input->OpenStandardInput();
-  } else if (const SystemError error = input->Open(file); error != 0) {
-    Fail(Reason::kRead, "cannot be opened: " + SystemErrorText(error) +
+void FileWorker::Read(const std::string& name, std::size_t offset, std::uint64_t limit) {
+  const OwnedFile file = OpenInput(name);
+  if (!file) {
+    Fail(Reason::kRead, "cannot be opened: " + SystemErrorText(LastFileError()) +
                             ": check the name and that you may read it");
   }
-  if (input->IsDirectory()) Fail(Reason::kRead, "is a directory: name the files in it");
-}
-
-void FileWorker::Read(InputFile* input, const std::string& file, std::size_t offset,
-                      std::uint64_t limit) {
-  const Clock clock(&times_.reading);
-  const std::uint64_t expected = input->Size().value_or(0);
-  const auto failForSize = [&] {
-    Fail(Reason::kSize, "size: more than " + Grouped(limit) +
-                            " bytes, the most that the format allows here: split the data");
-  };
-  if (expected > limit) failForSize();
-  // Room for the filler too, and for one byte more than expected, which tells the end.
-  constexpr std::size_t kBehind = 16;
+  std::setvbuf(file.get(), nullptr, _IONBF, 0);
+  const std::uint64_t expected = SizeOf(name).value_or(0);
+  // The filler needs room too, and one byte more than expected shows where the file ends.
+  constexpr std::size_t kRest = 16;
   constexpr std::size_t kLeast = 1u << 16;
-  const std::uint64_t wanted = std::max<std::uint64_t>(offset + expected + kBehind, kLeast);
-  // A large one's memory goes before the next takes its own.
-  constexpr std::size_t kLarge = 64u << 20;
-  if (wanted > buffer_.Capacity() && buffer_.Capacity() > kLarge) buffer_.Release();
-  if (wanted > SIZE_MAX / 2 + kLeast * 2 || !buffer_.Reserve(static_cast<std::size_t>(wanted))) {
-    FailForMemory(wanted);
-  }
-  size_ = 0;
-  for (;;) {
-    EndIfInterrupted();
-    std::size_t room = buffer_.Capacity() - offset - size_ - (kBehind - 1);
-    if (room == 0) {
-      // A pipe, or a file that grows.
-      const std::uint64_t larger =
-          std::min<std::uint64_t>(std::uint64_t{buffer_.Capacity()} * 2, offset + limit + kBehind);
-      if (larger <= buffer_.Capacity()) failForSize();
-      if (!buffer_.Reserve(static_cast<std::size_t>(larger))) FailForMemory(larger);
-      continue;
+  const auto capacityFor = [&](std::uint64_t size) {
+    if (size > limit) {
+      Fail(Reason::kSize, "size: more than " + Grouped(limit) +
+                              " bytes, the most that the format allows here: split the data");
     }
-    room = std::min(room, kPiece);
-    std::size_t count = 0;
-    const SystemError error = input->Read(buffer_.Data() + offset + size_, room, &count);
-    if (error != 0) {
-      Fail(Reason::kRead, "cannot be read: " + SystemErrorText(error) +
-                              (file == "-" ? ": check what the input comes from"
+    return std::max<std::uint64_t>(offset + size + kRest, kLeast);
+  };
+  // The memory of a large file goes before the next takes its own.
+  constexpr std::size_t kLarge = 64u << 20;
+  if (capacityFor(expected) > capacity_ && capacity_ > kLarge) {
+    buffer_.reset();
+    capacity_ = 0;
+  }
+  Reserve(capacityFor(expected));
+  for (size_ = 0;;) {
+    EndIfInterrupted();
+    if (capacity_ - offset - size_ < kRest) {
+      // A pipe, or a file that grows.
+      Reserve(capacityFor(std::min<std::uint64_t>(std::uint64_t{size_} * 2, limit)));
+    }
+    const std::size_t room = std::min(capacity_ - offset - size_ - (kRest - 1), kPiece);
+    const std::size_t count = std::fread(buffer_.get() + offset + size_, 1, room, file.get());
+    if (count < room && std::ferror(file.get()) != 0) {
+      Fail(Reason::kRead, "cannot be read: " + SystemErrorText(LastFileError()) +
+                              (name == "-" ? ": check what the input comes from"
                                            : ": check the disk, or get the file again"));
     }
-    if (count == 0) break;
     size_ += count;
-    if (size_ > limit) failForSize();
-    bytesRead_ += count;
-    advance_->steps += count;
+    *steps_ += count;
+    capacityFor(size_);
+    if (count < room) return;
   }
 }
 
@@ -226,17 +201,13 @@ void FileWorker::Encode(Outcome* outcome) {
   }
   const auto payloadSize = static_cast<std::uint32_t>(size_);
   const std::uint32_t containerSize = file_cipher_get_encode_size(payloadSize);
-  std::uint8_t* const container = buffer_.Data();
+  std::uint8_t* const container = buffer_.get();
   outcome->payloadSize = size_;
   outcome->containerSize = containerSize;
   outcome->hasMarker = HasMarkerAt(container + kPayloadOffset, size_);
-  {
-    const Clock clock(&times_.library);
-    if (file_cipher_encode(container + kPayloadOffset, payloadSize, container) !=
-        QX_CIPHER_SUCCEEDED) {
-      Fail(Reason::kInternal,
-           "internal: the library made no container: run bfbr bench, and report it");
-    }
+  if (file_cipher_encode(container + kPayloadOffset, payloadSize, container) !=
+      QX_CIPHER_SUCCEEDED) {
+    Fail(Reason::kInternal, "internal: the library made no container: run doctor, and report it");
   }
   if (containerSize > kLargestForKeyedDecoder) {
     outcome->warnings.push_back("warning: the container has " + Grouped(containerSize) +
@@ -245,20 +216,39 @@ void FileWorker::Encode(Outcome* outcome) {
                                 ": have it read by file_cipher_decode");
   }
   if (!key_.empty()) {
-    // The digest, out of the head alone: deciphering a part gives that part.
+    // The digest, from the head alone: deciphering a part gives that part.
     std::uint8_t head[kSmallestContainer];
     std::memcpy(head, container, sizeof head);
     std::uint32_t ignored = 0;
-    file_cipher_decode(head, sizeof head, reinterpret_cast<const std::uint8_t*>(key_.data()),
-                       static_cast<std::int32_t>(key_.size()), &ignored, &ignored, nullptr);
+    file_cipher_decode(head, sizeof head, key_.data(), static_cast<std::int32_t>(key_.size()),
+                       &ignored, &ignored, nullptr);
     outcome->sha256 = HexDigits(head + kDigestOffset, kDigestSize);
   }
   result_ = container;
   resultSize_ = containerSize;
 }
 
+// Says which of the library's tests the deciphered container failed.
+void FileWorker::FailForContent() const {
+  const std::uint64_t length = LittleEndian32(buffer_.get() + kRegionOffset);
+  const std::uint64_t most = size_ - kPayloadOffset;
+  const std::uint64_t least = most > 7 ? most - 7 : 0;
+  if (length >= least && length <= most) {
+    Fail(Reason::kDigest,
+         "digest: the payload is not what went into the container: the file is damaged; get it "
+         "again");
+  }
+  const bool endsInLineEnd = !options_.keyFile.empty() && key_.back() == '\n';
+  Fail(Reason::kLength,
+       "length field: says " + Grouped(length) + " bytes where " + Grouped(least) + " to " +
+           Grouped(most) + " fit: the key is another one, or the file is damaged or cut short; " +
+           (endsInLineEnd ? "the key file ends in a line end, which counts as a part of the key: "
+                            "remove it if it is not"
+                          : "check the key, or get the file again"));
+}
+
 void FileWorker::Decode(Outcome* outcome) {
-  std::uint8_t* const container = buffer_.Data();
+  std::uint8_t* const container = buffer_.get();
   outcome->containerSize = size_;
   const bool hasMagic = size_ >= 4 && std::memcmp(container, "BFBR", 4) == 0;
   const std::string noMagic =
@@ -272,14 +262,10 @@ void FileWorker::Decode(Outcome* outcome) {
   if (!hasMagic) Fail(Reason::kMagic, "magic: " + noMagic);
   std::uint32_t payloadSize = 0;
   std::uint32_t payloadOffset = 0;
-  {
-    const Clock clock(&times_.library);
-    if (file_cipher_decode(container, static_cast<std::uint32_t>(size_),
-                           reinterpret_cast<const std::uint8_t*>(key_.data()),
-                           static_cast<std::int32_t>(key_.size()), &payloadSize, &payloadOffset,
-                           nullptr) != QX_CIPHER_SUCCEEDED) {
-      FailForContent(container, size_);
-    }
+  if (file_cipher_decode(container, static_cast<std::uint32_t>(size_), key_.data(),
+                         static_cast<std::int32_t>(key_.size()), &payloadSize, &payloadOffset,
+                         nullptr) != QX_CIPHER_SUCCEEDED) {
+    FailForContent();
   }
   const std::uint8_t* const payload = container + payloadOffset;
   outcome->payloadSize = payloadSize;
@@ -287,23 +273,22 @@ void FileWorker::Decode(Outcome* outcome) {
   outcome->hasMarker = HasMarkerAt(payload, payloadSize);
   outcome->isFillerZero = std::all_of(payload + payloadSize, payload + (size_ - payloadOffset),
                                       [](std::uint8_t byte) { return byte == 0; });
-  if (options_.marker == Marker::kRequire && !*outcome->hasMarker) {
+  if (options_.marker == "require" && !*outcome->hasMarker) {
     Fail(Reason::kMarker,
          "marker: the payload does not begin with the signature marker: mark the data before they "
          "are encoded, or take --marker=keep");
   }
-  const bool drops = options_.marker != Marker::kKeep && *outcome->hasMarker;
+  const bool drops = options_.marker != "keep" && *outcome->hasMarker;
   const std::size_t skipped = drops ? marker_.size() : 0;
   result_ = payload + skipped;
   resultSize_ = payloadSize - skipped;
   if (options_.command == Command::kInspect) {
-    const Clock clock(&times_.counting);
     outcome->repeatedBlocks = CountRepeatedBlocks(container + kRegionOffset, size_ / 8);
   }
 }
 
 void FileWorker::Mark(Outcome* outcome) {
-  std::uint8_t* const marked = buffer_.Data();
+  std::uint8_t* const marked = buffer_.get();
   std::uint8_t* const data = marked + marker_.size();
   if (HasMarkerAt(data, size_)) {
     outcome->warnings.emplace_back(
@@ -311,9 +296,8 @@ void FileWorker::Mark(Outcome* outcome) {
   }
   const auto dataSize = static_cast<std::uint32_t>(size_);
   const auto markedSize = static_cast<std::uint32_t>(size_ + marker_.size());
-  const Clock clock(&times_.library);
   if ((QX_SignSignature(marked, markedSize, data, dataSize) & 0xFF) != 1) {
-    Fail(Reason::kInternal, "internal: the library set no marker: run bfbr bench, and report it");
+    Fail(Reason::kInternal, "internal: the library set no marker: run doctor, and report it");
   }
   outcome->payloadSize = markedSize;
   outcome->hasMarker = true;
@@ -321,35 +305,28 @@ void FileWorker::Mark(Outcome* outcome) {
   resultSize_ = markedSize;
 }
 
-void FileWorker::Write(const std::string& path) {
-  const Clock clock(&times_.writing);
+void FileWorker::Write(const Item& item) {
+  const std::string& path = item.output;
   OutputFile output;
   if (!path.empty()) {
-    if (const SystemError error = output.Open(path); error != 0) FailToWrite(path, error);
+    std::error_code error;
+    if (options_.isRecursive) fs::create_directories(InputPath(path).parent_path(), error);
+    if (const SystemError failed = output.Open(path); failed != 0) FailToWrite(path, failed);
+    if (item.name != "-") output.TakeAfter(InputPath(item.name));
   }
   for (std::size_t done = 0; done < resultSize_;) {
     EndIfInterrupted();
     const std::size_t size = std::min(kPiece, resultSize_ - done);
-    const SystemError error = path.empty() ? WriteToStandardOutput(result_ + done, size)
+    const SystemError error = path.empty() ? WriteToStream(stdout, result_ + done, size)
                                            : output.Write(result_ + done, size);
-    if (error != 0) FailToWrite(path.empty() ? "standard output" : path, error);
+    if (error != 0) FailToWrite(path, error);
     done += size;
-    advance_->steps += size;
+    *steps_ += size;
   }
   if (path.empty()) return;
   EndIfInterrupted();
-  const auto existing =
-      options_.replaces ? NewFile::Existing::kReplaced : NewFile::Existing::kStays;
-  if (const SystemError error = output.Commit(existing, options_.isSafe); error != 0) {
-    FailToWrite(path, error);
-  }
-}
-
-// Empty for the standard output, and where no file is made.
-std::string FileWorker::OutputPath(const std::string& file) const {
-  if (!options_.MakesFiles() || options_.WritesDataToOutput()) return "";
-  return options_.outputDirectory.empty() ? options_.output
-                                          : PathIn(options_.outputDirectory, FileNameOf(file));
+  const SystemError error = output.Commit(options_.Existing(), options_.isSafe);
+  if (error != 0) FailToWrite(path, error);
 }
 
 bool FileWorker::HasMarkerAt(const std::uint8_t* payload, std::size_t size) const {

@@ -5,68 +5,94 @@
 
 #include <array>
 #include <atomic>
-#include <chrono>
 #include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
-#include "bfbr/buffer.h"
 #include "bfbr/options.h"
-#include "bfbr/outcome.h"
-#include "support/input_file.h"
 
 namespace launcher {
 
-using Key = std::string;
+using Key = std::vector<std::uint8_t>;
 
-// The text of label 11000, by a lookup that nobody sees. Not beside other threads.
-SystemError BuiltInKey(Key* key);
-
-// How far the work is. A byte counts three times: when read, when the library is through with it
-// and when written or looked at.
-struct Advance {
-  std::atomic<std::uint64_t> steps{0};
-  static constexpr std::uint64_t kStepsPerByte = 3;
+// The test that failed, or what else went wrong; documented as `reason` of the JSON objects.
+enum class Reason {
+  kNone,
+  kSize,
+  kMagic,
+  kLength,
+  kDigest,
+  kMarker,
+  kRead,
+  kWrite,
+  kExists,
+  kMemory,
+  kInternal,
+  kInterrupted,
 };
 
-// Seconds spent, of one worker or of all.
-struct Times {
-  double reading = 0;
-  double library = 0;
-  double writing = 0;
-  double counting = 0;
+// What became of one file.
+struct Outcome {
+  std::string file;
+  Reason reason = Reason::kNone;
+  std::string message;  // what is wrong: what to do
+  std::string place;    // the file that this is about, if not `file`
+  SystemError error = 0;
+  std::vector<std::string> warnings;
+  std::optional<std::uint64_t> containerSize;
+  std::optional<std::uint64_t> payloadSize;
+  std::optional<std::uint64_t> repeatedBlocks;
+  std::optional<bool> hasMarker;
+  std::optional<bool> isFillerZero;
+  std::optional<std::string> sha256;  // in hexadecimal digits
+  std::uint64_t readSize = 0;
+  std::uint64_t writtenSize = 0;
 };
+
+inline constexpr char kExists[] = "exists already: name another, or replace it with --force";
+
+// 1234567 as "1,234,567".
+std::string Grouped(std::uint64_t number);
+
+// How far the work is. A byte counts three times: when it is read, when the library has worked on
+// it, and when it is written or looked at.
+using Steps = std::atomic<std::uint64_t>;
+inline constexpr std::uint64_t kStepsPerByte = 3;
 
 // Does a command with one file after the other, in memory that it keeps for the next.
 class FileWorker {
  public:
-  FileWorker(const Options& options, const Key& key, Advance* advance);
+  FileWorker(const Options& options, const Key& key, Steps* steps);
 
-  Outcome Work(const std::string& file);
-
-  const Times& TimesSpent() const { return times_; }
-  std::uint64_t BytesRead() const { return bytesRead_; }
+  Outcome Work(const Item& item);
 
  private:
-  void WorkOn(const std::string& file, Outcome* outcome);
-  void Open(InputFile* input, const std::string& file);
-  void Read(InputFile* input, const std::string& file, std::size_t offset, std::uint64_t limit);
+  void Read(const std::string& name, std::size_t offset, std::uint64_t limit);
+  void Reserve(std::uint64_t capacity);
   void Encode(Outcome* outcome);
   void Decode(Outcome* outcome);
   void Mark(Outcome* outcome);
-  void Write(const std::string& file);
-  std::string OutputPath(const std::string& file) const;
+  void Write(const Item& item);
+  [[noreturn]] void FailForContent() const;
   bool HasMarkerAt(const std::uint8_t* payload, std::size_t size) const;
+
+  struct Free {
+    void operator()(std::uint8_t* block) const { std::free(block); }
+  };
 
   const Options& options_;
   const Key& key_;
-  Advance* const advance_;
+  Steps* const steps_;
   std::array<std::uint8_t, 22> marker_ = {};
-  Buffer buffer_;
+  // Not a vector, which fills its memory before the file is read into it.
+  std::unique_ptr<std::uint8_t, Free> buffer_;
+  std::size_t capacity_ = 0;
   std::size_t size_ = 0;  // what has been read
   const std::uint8_t* result_ = nullptr;
   std::size_t resultSize_ = 0;
-  Times times_;
-  std::uint64_t bytesRead_ = 0;
 };
 
 }  // namespace launcher

@@ -2,24 +2,24 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cctype>
 #include <cstdio>
+#include <cstring>
 #include <exception>
-#include <mutex>
 #include <new>
 
 #include "bfbr/container_file.h"
 #include "bfbr/options.h"
-#include "bfbr/rates.h"
 #include "bfbr/reporter.h"
-#include "platform/mutex.h"
-#include "support/input_file.h"
-#include "support/interrupt.h"
+#include "launcher_dll.h"
+#include "support/process.h"
+#include "support/quiet_library.h"
 #include "support/terminal.h"
-#include "support/threads.h"
 
 namespace launcher {
 namespace {
 
+constexpr StringLabel kKeyLabel = 11000;
 constexpr std::size_t kShortestKey = 4;
 constexpr std::size_t kLongestKey = 56;
 
@@ -27,26 +27,21 @@ bool KeyFromDigits(const std::string& digits, Key* key) {
   const auto isDigit = [](unsigned char c) { return std::isxdigit(c) != 0; };
   if (digits.size() % 2 != 0 || !std::all_of(digits.begin(), digits.end(), isDigit)) return false;
   for (std::size_t i = 0; i < digits.size(); i += 2) {
-    key->push_back(static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16)));
+    key->push_back(static_cast<std::uint8_t>(std::stoi(digits.substr(i, 2), nullptr, 16)));
   }
   return true;
 }
 
-// The key that the user names, or the built-in one. Answers an exit code where there is none, after
-// telling why, and without a word of the key.
+// The key that the user names, or the built-in one. Returns an exit code if there is none, after a
+// message, which never repeats a part of the key.
 std::optional<int> FindKey(const Options& options, Key* key) {
+  char bytes[kLongestKey + 1] = "";
   if (!options.keyFile.empty()) {
-    InputFile file;
-    char bytes[kLongestKey + 1];
-    std::size_t size = 1;
-    SystemError error = file.Open(options.keyFile);
-    while (error == 0 && size > 0 && key->size() < sizeof bytes) {
-      error = file.Read(bytes, sizeof bytes - key->size(), &size);
-      key->append(bytes, size);
-    }
-    if (error != 0) {
-      PrintMessage(options.keyFile + ": the key cannot be read: " + SystemErrorText(error) +
-                   ": check the name and that you may read it");
+    const OwnedFile file = OpenInput(options.keyFile);
+    if (file) key->assign(bytes, bytes + std::fread(bytes, 1, sizeof bytes, file.get()));
+    if (!file || std::ferror(file.get()) != 0) {
+      PrintMessage(options.keyFile + ": the key cannot be read: " +
+                   SystemErrorText(LastFileError()) + ": check the name and that you may read it");
       return kBadFile;
     }
   } else if (!options.keyDigits.empty()) {
@@ -55,13 +50,16 @@ std::optional<int> FindKey(const Options& options, Key* key) {
       return kBadUsage;
     }
   } else {
-    const SystemError error = BuiltInKey(key);
-    if (error != 0 || key->empty()) {
+    ResultCode result = QX_FAILED;
+    const SystemError error =
+        RunQuietly([&] { result = QX_LoadString(kKeyLabel, bytes, sizeof bytes); });
+    if (error != 0 || result != QX_SUCCEEDED) {
       PrintMessage("internal: the built-in key cannot be looked up in a directory of its own" +
                    (error == 0 ? std::string() : ": " + SystemErrorText(error)) +
                    ": check the directory for temporary files");
       return kNoMemory;
     }
+    key->assign(bytes, bytes + std::strlen(bytes));
   }
   if (key->size() >= kShortestKey && key->size() <= kLongestKey) return {};
   PrintMessage("the key has " +
@@ -70,69 +68,41 @@ std::optional<int> FindKey(const Options& options, Key* key) {
   return kBadUsage;
 }
 
-// 0 where one is not known.
-std::uint64_t SizeOfAll(const std::vector<std::string>& files) {
-  InputFile input;
-  input.OpenStandardInput();
-  std::uint64_t total = 0;
-  for (const std::string& name : files) {
-    const auto size = name == "-" ? input.Size() : SizeOfFileAt(name);
-    if (!size) return 0;
-    total += *size;
-  }
-  return total;
-}
-
-void PrintTimes(const Times& times, double seconds, std::uint64_t bytes, int jobs) {
-  const double all = std::max(seconds * jobs, 1e-9);
-  const auto percent = [all](double part) { return 100 * part / all; };
-  const double other = all - times.reading - times.library - times.writing - times.counting;
-  std::fprintf(stderr,
-               "bfbr: times: reading %.1f %%, cipher and digest %.1f %%, writing %.1f %%, "
-               "counting blocks %.1f %%, other %.1f %%; %.3f s, %.1f MB, %.0f MB/s, jobs: %d\n",
-               percent(times.reading), percent(times.library), percent(times.writing),
-               percent(times.counting), percent(std::max(other, 0.0)), seconds,
-               static_cast<double>(bytes) / 1e6, static_cast<double>(bytes) / 1e6 / seconds, jobs);
-}
-
-int RunFiles(const Options& options) {
+int Run(int argumentCount, char** arguments) {
+  KeepClosedStreamsClosed();
+  UseBinaryStreams();
+  Options options;
+  if (const auto exitCode = ParseOptions(argumentCount, arguments, &options)) return *exitCode;
+  WatchForInterrupts();
   Key key;
-  // Encoding needs it only to tell the digest.
-  if (options.NeedsKey() || (options.command == Command::kEncode && options.isJson)) {
+  // Encoding needs the key only to print the digest.
+  const bool needsKey =
+      options.command == Command::kEncode ? options.isJson : options.command != Command::kMark;
+  if (needsKey) {
     if (const auto exitCode = FindKey(options, &key)) return *exitCode;
   }
   if (!options.outputDirectory.empty()) {
-    if (const SystemError error = MakeDirectory(options.outputDirectory); error != 0) {
-      PrintMessage(options.outputDirectory + ": cannot be made: " + SystemErrorText(error) +
+    std::error_code error;
+    std::filesystem::create_directories(InputPath(options.outputDirectory), error);
+    if (error) {
+      PrintMessage(options.outputDirectory + ": cannot be made: " + error.message() +
                    ": check the name");
       return kBadFile;
     }
   }
 
-  const int jobs = static_cast<int>(
-      std::min<std::size_t>(static_cast<std::size_t>(options.jobs), options.files.size()));
-  Advance advance;
-  Reporter reporter(options, advance);
+  Steps steps{0};
+  Reporter reporter(options, steps);
   // Now rather than when all the work is done.
   if (!reporter.OpenReport()) return kBadFile;
-  if (reporter.ShowsProgress()) reporter.SetTotalBytes(SizeOfAll(options.files));
   std::atomic<std::size_t> next{0};
-  Mutex mutex;
-  Times times;
-  std::uint64_t bytes = 0;
   const auto work = [&] {
-    FileWorker worker(options, key, &advance);
-    for (;;) {
+    FileWorker worker(options, key, &steps);
+    while (!reporter.HasStopped() && !Interrupted()) {
       const std::size_t number = next++;
-      if (number >= options.files.size()) break;
-      reporter.Tell(number, worker.Work(options.files[number]));
+      if (number >= options.items.size()) break;
+      reporter.Add(number, worker.Work(options.items[number]));
     }
-    const std::lock_guard<Mutex> guard(mutex);
-    times.reading += worker.TimesSpent().reading;
-    times.library += worker.TimesSpent().library;
-    times.writing += worker.TimesSpent().writing;
-    times.counting += worker.TimesSpent().counting;
-    bytes += worker.BytesRead();
   };
   double interruptedAt = -1;
   const auto watch = [&] {
@@ -143,28 +113,14 @@ int RunFiles(const Options& options) {
     // Workers notice by themselves, unless they wait for a pipe or for the library.
     constexpr double kPatience = 0.3;
     if (now - interruptedAt < kPatience) return;
-    reporter.TellOfTheRest();
     const int exitCode = reporter.Finish();
     AbandonOutputFiles();
     EndAtOnce(exitCode);
   };
-  RunInThreads(jobs, work, watch);
-  const int exitCode = reporter.Finish();
-  if (options.showsTimes) PrintTimes(times, reporter.SecondsSinceBegin(), bytes, jobs);
-  return exitCode;
-}
-
-int Run(int argumentCount, char** arguments) {
-  KeepClosedStreamsClosed();
-  Options options;
-  if (const auto exitCode = ParseOptions(argumentCount, arguments, &options)) return *exitCode;
-  WatchForInterrupts();
-  if (options.command == Command::kBench) {
-    Key key;
-    if (const auto exitCode = FindKey(options, &key)) return *exitCode;
-    return MeasureRates(options, key);
-  }
-  return RunFiles(options);
+  const std::size_t jobs =
+      std::min<std::size_t>(options.items.size(), static_cast<std::size_t>(options.jobs));
+  RunInThreads(static_cast<int>(jobs), work, watch);
+  return reporter.Finish();
 }
 
 }  // namespace

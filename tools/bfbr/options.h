@@ -3,54 +3,69 @@
 #ifndef LAUNCHER_TOOLS_BFBR_OPTIONS_H_
 #define LAUNCHER_TOOLS_BFBR_OPTIONS_H_
 
+#include <cstdint>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "support/output_file.h"
+
 namespace launcher {
 
-enum class Command { kEncode, kDecode, kVerify, kInspect, kMark, kBench };
-enum class Marker { kKeep, kStrip, kRequire };
-enum class Progress { kAuto, kAlways, kNever };
+enum class Command { kEncode, kDecode, kVerify, kInspect, kMark };
 
-// What the program ends with. Of several files the gravest counts, which is the highest.
+// The program's exit codes. Of several files the highest counts.
 enum ExitCode { kFine = 0, kBadData = 1, kBadUsage = 2, kBadFile = 3, kNoMemory = 4 };
+
+struct Item {
+  std::string name;    // "-" is the standard input
+  std::string output;  // empty for the standard output, or if no file is made
+};
 
 struct Options {
   Command command = Command::kEncode;
-  std::vector<std::string> files;  // "-" is the standard input; never empty once parsed
+  std::vector<Item> items;  // never empty once parsed
   std::string filesFrom;
-  std::string output;  // "-" is the standard output, by the user's word; empty if not given
+  std::string output;  // "-" is the standard output, even a terminal; empty if not given
   std::string outputDirectory;
   int jobs = 0;
+  bool isRecursive = false;
   bool replaces = false;
   bool isSafe = false;
   bool isJson = false;
   bool isQuiet = false;
-  bool showsTimes = false;
-  Progress progress = Progress::kAuto;
-  Marker marker = Marker::kKeep;
+  std::string progress = "auto";
+  std::string marker = "keep";
   std::string keyFile;
   std::string keyDigits;
-  double seconds = 1;
 
-  // Whether a file is made of each file.
-  bool MakesFiles() const {
-    return command == Command::kEncode || command == Command::kDecode || command == Command::kMark;
+  // True if a file is made of each file.
+  bool MakesFiles() const { return command != Command::kVerify && command != Command::kInspect; }
+  NewFile::Existing Existing() const {
+    return replaces ? NewFile::Existing::kReplaced : NewFile::Existing::kStays;
   }
-  // Whether what is made goes to the standard output.
+  // True if the data go to the standard output.
   bool WritesDataToOutput() const {
     return MakesFiles() && outputDirectory.empty() && (output.empty() || output == "-");
   }
-  bool NeedsKey() const { return command != Command::kEncode && command != Command::kMark; }
 };
 
-// Reads the command line and the list of files. Answers the exit code where the program is to end
-// here: it has printed help or what is wrong.
+// Reads the command line and lists the files. Returns the exit code if the program has to end here:
+// it has printed help or what is wrong.
 std::optional<int> ParseOptions(int argumentCount, char** arguments, Options* options);
 
 // Prints "bfbr: TEXT" and a line end to the standard error stream.
 void PrintMessage(const std::string& text);
+
+// An input's path, without a separator at its end.
+std::filesystem::path InputPath(const std::string& name);
+
+// Empty for a pipe, which opening would disturb, a device or the standard input.
+std::optional<std::uint64_t> SizeOf(const std::string& name);
+
+// Opens a file to read, or the standard input for "-". Null after a failure: see LastFileError.
+OwnedFile OpenInput(const std::string& name);
 
 }  // namespace launcher
 

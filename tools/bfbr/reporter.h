@@ -1,8 +1,10 @@
-// What a run tells: a line or an object a file, in the order they were named, and how far it is.
+// What a run reports: a line or an object for each file, in the order they were named, and how far
+// it is.
 
 #ifndef LAUNCHER_TOOLS_BFBR_REPORTER_H_
 #define LAUNCHER_TOOLS_BFBR_REPORTER_H_
 
+#include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <map>
@@ -10,7 +12,6 @@
 
 #include "bfbr/container_file.h"
 #include "bfbr/options.h"
-#include "bfbr/outcome.h"
 #include "platform/mutex.h"
 #include "support/output_file.h"
 
@@ -18,40 +19,39 @@ namespace launcher {
 
 class Reporter {
  public:
-  Reporter(const Options& options, const Advance& advance);
+  Reporter(const Options& options, const Steps& steps);
 
-  bool ShowsProgress() const { return showsProgress_; }
-  void SetTotalBytes(std::uint64_t totalBytes) { totalBytes_ = totalBytes; }
-
-  // Makes the file that the report goes to, if any. False, with a message, where it cannot be.
+  // Creates the file that the report goes to, if any. Returns false, with a message, on failure.
   bool OpenReport();
 
-  // From any thread.
-  void Tell(std::size_t number, Outcome outcome);
+  // Reports on a file. Any thread may call it.
+  void Add(std::size_t number, Outcome outcome);
 
-  // Shows the progress where it is time to.
+  // True if no more files are to be started: the disk is full, or nobody reads the output.
+  bool HasStopped() const { return stopError_ != 0; }
+
+  // Shows the progress if it is time to.
   void ShowProgress();
 
-  // Tells of the files that no outcome has come for that they were interrupted.
-  void TellOfTheRest();
-
-  // Prints what is left. Answers the exit code.
+  // Reports on the files without an outcome, then prints the totals. Returns the exit code.
   int Finish();
 
   double SecondsSinceBegin() const;
 
  private:
-  void PrintNext();
   void Print(const Outcome& outcome);
+  void PrintLine(const std::string& text);
   void Emit(const std::string& text);
-  void ClearProgress();
   void FlushReport();
+  void StopFor(SystemError error);
+  std::string Totals() const;
   bool ReportGoesToFile() const;
-  void TellOfReport(const std::string& place, SystemError error);
+  void ReportFailure(const std::string& place, SystemError error);
 
   const Options& options_;
-  const Advance& advance_;
-  std::uint64_t totalBytes_ = 0;  // 0 where nobody knows
+  const Steps& steps_;
+  std::uint64_t totalSize_ = 0;
+  bool isSizeKnown_ = true;
   const bool isOnTerminal_;
   const bool showsProgress_;
   const std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
@@ -60,11 +60,14 @@ class Reporter {
 
   Mutex mutex_;
   std::map<std::size_t, Outcome> waiting_;  // for those before them
-  std::size_t told_ = 0;
+  std::size_t printed_ = 0;
   std::size_t done_ = 0;
   std::size_t failed_ = 0;
-  std::size_t interrupted_ = 0;
+  std::uint64_t readSize_ = 0;
+  std::uint64_t writtenSize_ = 0;
   int exitCode_ = kFine;
+  std::atomic<SystemError> stopError_{0};
+  bool isDiskFull_ = false;  // and it was printed
   std::string report_;
   OutputFile reportFile_;
   bool canWriteReport_ = true;

@@ -1,14 +1,15 @@
 #include "support/output_file.h"
 
-#include <filesystem>
 #include <mutex>
 #include <set>
-#include <utility>
 
 #include "platform/mutex.h"
+#include "support/process.h"
 
 namespace launcher {
 namespace {
+
+namespace fs = std::filesystem;
 
 // The temporary files that exist now. Never destroyed, since threads may outlive it.
 struct Temporaries {
@@ -20,45 +21,76 @@ Temporaries& OpenTemporaries() {
   return *temporaries;
 }
 
-void Remember(const SystemPath& path) {
-  const std::lock_guard<Mutex> guard(OpenTemporaries().lock);
-  OpenTemporaries().paths.insert(path);
-}
-
-void Forget(const SystemPath& path) {
-  const std::lock_guard<Mutex> guard(OpenTemporaries().lock);
-  OpenTemporaries().paths.erase(path);
-}
-
 }  // namespace
+
+fs::path PathOf(const std::string& text) {
+  const SystemPath path = SystemPathOf(text.c_str());
+  return path.c_str();
+}
+
+bool HasFileAt(const std::string& path) {
+  std::error_code ignored;
+  return fs::exists(fs::symlink_status(PathOf(path), ignored)) && !IsDevice(path);
+}
+
+SystemError WriteToStream(std::FILE* stream, const void* data, std::size_t size) {
+  const bool isWritten = std::fwrite(data, 1, size, stream) == size && std::fflush(stream) == 0;
+  return isWritten ? 0 : LastFileError();
+}
 
 SystemError OutputFile::Open(const std::string& path) {
   Abandon();
-  const SystemError deviceError = OpenDevice(path, &device_);
-  if (deviceError != 0 || device_ != kNone) return deviceError;
-  place_ = SystemPathOf(ResolvedPath(path).c_str());
+  std::error_code ignored;
+  fs::path place = PathOf(path);
+  // A directory is opened for the system's error.
+  if (IsDevice(path) || fs::is_directory(place, ignored)) {
+    device_.reset(std::fopen(path.c_str(), "wb"));
+    return device_ ? 0 : LastFileError();
+  }
+  if (fs::is_symlink(place, ignored) && fs::exists(place, ignored)) {
+    place = fs::canonical(place, ignored);
+  }
+  place_ = place.c_str();
   const SystemError error = file_.CreateBeside(place_);
-  if (error == 0) Remember(file_.Temporary());
-  return error;
+  if (error != 0) return error;
+  const std::lock_guard<Mutex> guard(OpenTemporaries().lock);
+  OpenTemporaries().paths.insert(file_.Temporary());
+  return 0;
+}
+
+void OutputFile::TakeAfter(const fs::path& source) {
+  std::error_code error;
+  const fs::file_status status = fs::status(source, error);
+  if (device_ || !fs::is_regular_file(status)) return;
+  const fs::file_time_type time = fs::last_write_time(source, error);
+  if (!error) time_ = time;
+  SetPermissions(file_.Temporary().c_str(), status.permissions());
 }
 
 SystemError OutputFile::Write(const void* data, std::size_t size) {
-  return device_ != kNone ? WriteToDevice(device_, data, size) : file_.Write(data, size);
+  return device_ ? WriteToStream(device_.get(), data, size) : file_.Write(data, size);
 }
 
 SystemError OutputFile::Commit(NewFile::Existing existing, bool isSafe) {
-  if (device_ != kNone) return CloseDevice(std::exchange(device_, kNone));
+  if (device_) return std::fclose(device_.release()) == 0 ? 0 : LastFileError();
   if (isSafe) {
     if (const SystemError error = file_.Flush(); error != 0) return error;
   }
   const SystemPath temporary = file_.Temporary();
-  const SystemError error = file_.MoveTo(place_, existing);
-  if (error == 0) Forget(temporary);
-  return error;
+  if (time_ && existing == NewFile::Existing::kReplaced) {
+    existing = NewFile::Existing::kReplacedWithOwnMode;
+  }
+  if (const SystemError error = file_.MoveTo(place_, existing); error != 0) return error;
+  std::error_code ignored;
+  if (time_) fs::last_write_time(place_.c_str(), *time_, ignored);
+  const std::lock_guard<Mutex> guard(OpenTemporaries().lock);
+  OpenTemporaries().paths.erase(temporary);
+  return 0;
 }
 
 void OutputFile::Abandon() {
-  if (device_ != kNone) CloseDevice(std::exchange(device_, kNone));
+  device_.reset();
+  time_.reset();
   // No copy of the path: a destructor must not need memory.
   const std::lock_guard<Mutex> guard(OpenTemporaries().lock);
   OpenTemporaries().paths.erase(file_.Temporary());
@@ -77,9 +109,7 @@ SystemError WriteOutputFile(const std::string& path, const std::string& bytes,
 void AbandonOutputFiles() {
   const std::lock_guard<Mutex> guard(OpenTemporaries().lock);
   std::error_code ignored;
-  for (const SystemPath& path : OpenTemporaries().paths) {
-    std::filesystem::remove(path.c_str(), ignored);
-  }
+  for (const SystemPath& path : OpenTemporaries().paths) fs::remove(path.c_str(), ignored);
 }
 
 }  // namespace launcher

@@ -4,7 +4,10 @@
 #define LAUNCHER_TOOLS_SUPPORT_OUTPUT_FILE_H_
 
 #include <cstddef>
-#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <optional>
 #include <string>
 
 #include "platform/new_file.h"
@@ -13,22 +16,34 @@ namespace launcher {
 
 // Paths are 8-bit text in the encoding of the system's narrow functions: bytes on Linux, the ANSI
 // code page on Windows.
+std::filesystem::path PathOf(const std::string& text);
+std::string NarrowText(const std::filesystem::path& path);
 
 // The system's words for an error, without a line end or a full stop.
 std::string SystemErrorText(SystemError error);
 
-// True if the error says that the disk, or this user's share of it, is full.
-bool MeansThatTheDiskIsFull(SystemError error);
+// The reason why the last function of <cstdio> failed in this thread.
+SystemError LastFileError();
 
-// True if an OutputFile of this path would have to replace a file. A device is none.
+bool MeansFullDisk(SystemError error);
+bool MeansNoReader(SystemError error);
+
+// True for a device or a pipe, which is written to directly.
+bool IsDevice(const std::string& path);
+
+// True if an OutputFile of this path would have to replace something.
 bool HasFileAt(const std::string& path);
 
-// Creates a directory. One that exists is no error.
-SystemError MakeDirectory(const std::string& path);
+// True for a symbolic link, and on Windows for a junction.
+bool IsLink(const std::filesystem::path& path);
 
-// A path's last part, and a path put together.
-std::string FileNameOf(const std::string& path);
-std::string PathIn(const std::string& directory, const std::string& name);
+struct CloseFile {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using OwnedFile = std::unique_ptr<std::FILE, CloseFile>;
+
+// Writes all of it, past the stream's buffer.
+SystemError WriteToStream(std::FILE* stream, const void* data, std::size_t size);
 
 // A NewFile at a path, or a device or a pipe, which is written to directly.
 class OutputFile {
@@ -41,6 +56,10 @@ class OutputFile {
 
   SystemError Open(const std::string& path);
 
+  // Takes over the permissions and the modification time of `source`, if that is a file. Call it
+  // before Write, so that nobody can read more than the source permits.
+  void TakeAfter(const std::filesystem::path& source);
+
   SystemError Write(const void* data, std::size_t size);
 
   // Gives the file its name. With kReplaced, if the path is a link to a file, that file is the one
@@ -50,18 +69,10 @@ class OutputFile {
   void Abandon();
 
  private:
-  // Opens what is at `path` if it is a device or a pipe; else leaves `device` at -1.
-  static SystemError OpenDevice(const std::string& path, std::intptr_t* device);
-  static SystemError WriteToDevice(std::intptr_t device, const void* data, std::size_t size);
-  static SystemError CloseDevice(std::intptr_t device);
-  // The file that `path` leads to, if it is a link to one.
-  static std::string ResolvedPath(const std::string& path);
-
-  static constexpr std::intptr_t kNone = -1;
-
   NewFile file_;
-  std::intptr_t device_ = kNone;
+  OwnedFile device_;
   SystemPath place_;
+  std::optional<std::filesystem::file_time_type> time_;
 };
 
 // Creates the file with these bytes.
