@@ -1,12 +1,18 @@
-# Makes OUTPUT, a source file that defines CONSTANT as the content of INPUT, an ASCII text:
+# Makes OUTPUT, a source file that defines CONSTANT as the content of INPUT, an ASCII text, or with
+# the KIND "DIGEST" as the SHA-256 of INPUT:
 #
-#   cmake -D INPUT=... -D CONSTANT=... -D OUTPUT=... -P embed.cmake
+#   cmake -D INPUT=... -D KIND=... -D CONSTANT=... -D OUTPUT=... -P embed.cmake
 
-file(READ "${INPUT}" digits HEX)
+if(KIND STREQUAL "DIGEST")
+  file(SHA256 "${INPUT}" digest)
+  string(HEX "${digest}" digits)
+else()
+  file(READ "${INPUT}" digits HEX)
+endif()
 string(REGEX REPLACE "(..)" "0x\\1," bytes "${digits}")
 string(REGEX REPLACE "((0x..,)(0x..,)(0x..,)(0x..,)(0x..,)(0x..,)(0x..,)(0x..,))" "\\1\n" bytes
   "${bytes}")
-file(WRITE "${OUTPUT}" "#include \"doctor/embedded_files.h\"
+file(WRITE "${OUTPUT}" "#include \"doctor/built_in.h\"
 
 namespace launcher::doctor {
 
