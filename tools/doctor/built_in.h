@@ -10,7 +10,7 @@ namespace launcher::doctor {
 extern const std::string_view kExportList;        // src/frame/exports.json
 extern const std::string_view kContainerVectors;  // docs/container-vectors.json
 extern const std::string_view kTexts;             // tools/doctor/texts.json
-extern const std::string_view kLibraryDigest;     // the library's SHA-256 in hexadecimal digits
+extern const std::string_view kLibraryDigest;     // the library's SHA-256, 32 bytes
 
 }  // namespace launcher::doctor
 

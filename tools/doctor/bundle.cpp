@@ -5,6 +5,8 @@
 #include <ctime>
 #include <exception>
 #include <filesystem>
+#include <iomanip>
+#include <sstream>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -20,15 +22,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string TimeNow() {
-  const std::time_t now = std::time(nullptr);
-  char text[32] = "";
-  // This program has one thread, so the plain call is safe.
-  const std::tm* const parts = std::gmtime(&now);
-  if (parts != nullptr) std::strftime(text, sizeof text, "%Y-%m-%d %H:%M UTC", parts);
-  return text;
-}
-
 // The settings without secrets, and without control characters, which a terminal could obey.
 std::string SettingsToSend(const Subject& subject) {
   try {
@@ -36,9 +29,8 @@ std::string SettingsToSend(const Subject& subject) {
     std::string text = WithoutUser(
         WithoutSecrets(Utf8Text(ReadBytes(subject.config, kLargestConfig), ignored)), false);
     for (char& c : text) {
-      const auto byte = static_cast<unsigned char>(c);
-      if (c == '\r') c = ' ';
-      if (std::iscntrl(byte) != 0 && c != '\n' && c != '\t') c = '?';
+      const bool isControl = std::iscntrl(static_cast<unsigned char>(c)) != 0;
+      if (isControl && c != '\n' && c != '\t') c = ' ';
     }
     return text;
   } catch (const std::exception&) {
@@ -65,9 +57,12 @@ int WriteBundle(const Subject& subject, const BundleOptions& options) {
 
   Report report;
   CheckAll(subject, report);
-  const std::string text = "Report of doctor, " + TimeNow() + "\n\n" + report.Text() +
-                           "\nThe settings file, with stars for secrets:\n\n" +
-                           SettingsToSend(subject) + '\n';
+  std::ostringstream content;
+  const std::time_t now = std::time(nullptr);
+  content << "Report of doctor, " << std::put_time(std::gmtime(&now), "%Y-%m-%d %H:%M UTC\n\n")
+          << report.Text() << "\nThe settings file, with stars for secrets:\n\n"
+          << SettingsToSend(subject) << '\n';
+  const std::string text = content.str();
   std::printf("%s----\n", text.c_str());
   if (!OutputIsWhole()) {
     return Refuse("the report cannot be shown: the output is closed, or its disk is full");

@@ -81,24 +81,20 @@ LibraryAnswer AskLibrary(const Subject& subject, const char* mode,
   const std::optional<fs::path> path = LibraryPath(subject, report);
   if (!path) return answer;
   std::string output;
-  std::string words;
   int status = 0;
   const SystemError error = RunQuietly([&] {
     if (config) std::ofstream("config.json", std::ios::binary) << *config;
     status = RunThisProgram({kChildArgument, mode, path->u8string()});
     answer.config = Content("config.json");
     output = Content(kAnswerFile);
-    words = Content(kErrorFile);
     std::remove(kAnswerFile);
-    std::remove(kErrorFile);
   });
   std::istringstream lines(output);
   for (std::string line; std::getline(lines, line);) {
     const Json json = Json::parse(line, nullptr, false);
     if (!json.is_object()) continue;
-    if (json.count(kLoadsMember) != 0) {
-      words = words.substr(0, words.find_first_of("\r\n"));
-      answer.verdict = LibraryVerdict{json.at(kLoadsMember) == true, words};
+    if (json.count("loads") != 0) {
+      answer.loads = json.at("loads") == true;
     } else if (json.count("id") != 0) {
       report.AddFinding(json);
     }
@@ -113,17 +109,16 @@ void CheckConfig(const Subject& subject, Report& report) {
   if (!bytes) return;
   // Findings about the library belong to the whole check-up.
   Report ofLibrary;
-  const std::optional<LibraryVerdict> verdict =
-      AskLibrary(subject, kSettingsMode, *bytes, ofLibrary).verdict;
-  if (!verdict) report.Add("library.unused");
-  CheckConfigText(*bytes, subject.config.u8string(), verdict, report);
+  const LibraryAnswer answer = AskLibrary(subject, kSettingsMode, *bytes, ofLibrary);
+  if (!answer.loads) report.Add("library.unused");
+  CheckConfigText(*bytes, subject.config.u8string(), answer.loads, report);
 }
 
 void CheckAll(const Subject& subject, Report& report) {
   report.Add("doctor", {QX_VERSION, SystemName()});
   const std::optional<std::string> bytes = ReadConfig(subject, report);
   const LibraryAnswer answer = AskLibrary(subject, kEverythingMode, bytes, report);
-  if (bytes) CheckConfigText(*bytes, subject.config.u8string(), answer.verdict, report);
+  if (bytes) CheckConfigText(*bytes, subject.config.u8string(), answer.loads, report);
   if (!kIsWindows) return;
   CheckFolder(subject.library.empty() ? FindLibrary().value_or("") : subject.library, "the library",
               report);

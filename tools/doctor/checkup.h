@@ -25,8 +25,8 @@ std::string ReadBytes(const std::filesystem::path& path, std::size_t limit);
 std::optional<std::string> ReadConfig(const Subject& subject, Report& report);
 
 struct LibraryAnswer {
-  std::optional<LibraryVerdict> verdict;  // nothing if the library cannot be used
-  std::string config;                     // the settings file that the library left in its folder
+  std::optional<bool> loads;  // if the settings file does; nothing if the library cannot be used
+  std::string config;         // the settings file that the library left in its folder
 };
 
 // Adds the findings of a child process that loads the library. `config` is the settings file that

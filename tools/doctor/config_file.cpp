@@ -68,11 +68,6 @@ std::vector<Pair> FindSetting(const std::vector<Pair>& pairs, const Setting& set
   return Find(pairs, 2, setting.key, sections.back().valueBegin, sections.back().valueEnd);
 }
 
-bool HasControlCharacter(const std::string& text) {
-  return std::any_of(text.begin(), text.end(),
-                     [](char c) { return std::iscntrl(static_cast<unsigned char>(c)) != 0; });
-}
-
 // Looks at the text of a file that is JSON.
 class Checker {
  public:
@@ -142,8 +137,12 @@ class Checker {
     const Json json = ParseQuietly(value);
     if (!json.is_string()) {
       Add("settings-field.type", pair.valueBegin, name, InWords(value));
-    } else if (HasControlCharacter(json.get<std::string>())) {
-      Add("settings-control", pair.valueBegin, name);
+    } else {
+      const auto content = json.get<std::string>();
+      const auto isControl = [](unsigned char c) { return std::iscntrl(c) != 0; };
+      if (std::any_of(content.begin(), content.end(), isControl)) {
+        Add("settings-control", pair.valueBegin, name);
+      }
     }
     if (found.size() > 1) {
       Add("settings-twice.whole", pair.offset, name, std::to_string(found.size()));
@@ -282,8 +281,8 @@ std::string ErrorOfConfig(const std::string& bytes) {
   }
 }
 
-void CheckConfigText(const std::string& bytes, const std::string& name,
-                     const std::optional<LibraryVerdict>& verdict, Report& report) {
+void CheckConfigText(const std::string& bytes, const std::string& name, std::optional<bool> loads,
+                     Report& report) {
   const std::string error = ErrorOfConfig(bytes);
   std::vector<std::string> changes;
   const std::string text = Utf8Text(bytes, changes);
@@ -308,11 +307,7 @@ void CheckConfigText(const std::string& bytes, const std::string& name,
   } catch (const Json::exception& syntax) {
     checker.CheckSyntax(syntax);
   }
-  if (verdict && verdict->loads != error.empty()) {
-    Json finding = MakeFinding("settings-verdict");
-    finding["json_error"] = verdict->error;
-    report.AddFinding(std::move(finding));
-  }
+  if (loads && *loads != error.empty()) report.Add("settings-verdict");
 }
 
 Repair RepairConfigText(const std::string& bytes, const std::string& defaults) {

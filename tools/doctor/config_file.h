@@ -13,18 +13,13 @@ namespace launcher::doctor {
 
 constexpr std::size_t kLargestConfig = std::size_t{4} << 20;
 
-// What the library did with a file.
-struct LibraryVerdict {
-  bool loads;
-  std::string error;  // the JSON library's words
-};
-
 // The JSON library's words for a file that the library does not load, empty for one that it loads.
 std::string ErrorOfConfig(const std::string& bytes);
 
-// Checks the settings in `bytes`, whose file is called `name`.
-void CheckConfigText(const std::string& bytes, const std::string& name,
-                     const std::optional<LibraryVerdict>& verdict, Report& report);
+// Checks the settings in `bytes`, whose file is called `name`. `loads` is what the library says of
+// them.
+void CheckConfigText(const std::string& bytes, const std::string& name, std::optional<bool> loads,
+                     Report& report);
 
 // The text in UTF-8, without a byte order mark. Adds a line for each change.
 std::string Utf8Text(const std::string& bytes, std::vector<std::string>& changes);

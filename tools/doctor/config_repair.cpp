@@ -81,16 +81,15 @@ int RepairConfigFile(const Subject& subject, bool isDryRun) {
     return 0;
   }
   const LibraryAnswer defaults = AskLibrary(subject, kSettingsMode, std::nullopt, problems);
-  if (!defaults.verdict) {
+  if (!defaults.loads) {
     std::fputs(problems.Text().c_str(), stdout);
     return Fail("a repair needs the library, which gives the defaults and tests the result");
   }
 
   try {
     const Repair repair = RepairConfigText(*bytes, defaults.config);
-    const std::optional<LibraryVerdict> verdict =
-        AskLibrary(subject, kSettingsMode, repair.text, problems).verdict;
-    if (!verdict || !verdict->loads) return Fail("the library cannot read the repaired file");
+    const LibraryAnswer answer = AskLibrary(subject, kSettingsMode, repair.text, problems);
+    if (!answer.loads.value_or(false)) return Fail("the library cannot read the repaired file");
     for (const std::string& change : repair.changes) Print(change);
     if (isDryRun) {
       Print(name + " would be:");

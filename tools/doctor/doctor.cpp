@@ -34,8 +34,6 @@ struct Options {
   std::string output;
   bool isAgreed = false;
   bool replaces = false;
-
-  Subject SubjectOf() const { return {fs::u8path(library), fs::u8path(config)}; }
 };
 
 template <class CheckUp>
@@ -60,8 +58,7 @@ void AddSubject(CLI::App& command, Options& options) {
   command.add_option("--library", options.library,
                      "The library's file, instead of the one that the launcher would get");
   command.add_option("--config", options.config,
-                     "The settings file, instead of config.json in the current directory, which "
-                     "should be the launcher's working directory");
+                     "The settings file, instead of config.json in the current directory");
 }
 
 void AddFormat(CLI::App& command, Options& options) {
@@ -87,7 +84,7 @@ int Run(std::vector<std::string> arguments) {
   AddSubject(*check, options);
   AddFormat(*check, options);
   CLI::App* const repair = config->add_subcommand(
-      "repair", "Replaces a broken file, which is kept as FILE.broken-1 or the next free number");
+      "repair", "Replaces a broken file and keeps it as FILE.broken-1 or -2 ...");
   AddSubject(*repair, options);
   repair->add_flag("--dry-run", options.isDryRun, "Show the changes, but do not make them");
 
@@ -99,9 +96,7 @@ int Run(std::vector<std::string> arguments) {
                       "The result, decimal or hexadecimal with 0x; without it, all results");
 
   CLI::App* const bundle = app.add_subcommand(
-      "bundle",
-      "Writes a text file with the report and the settings, without secrets and the "
-      "user's name");
+      "bundle", "Writes the report and the settings to a text file, without secrets");
   AddSubject(*bundle, options);
   bundle->add_option("OUT", options.output, "The text file")->required();
   bundle->add_flag("--yes", options.isAgreed, "Do not ask");
@@ -116,7 +111,7 @@ int Run(std::vector<std::string> arguments) {
     return app.exit(error) == 0 ? 0 : kUsageStatus;
   }
 
-  const Subject subject = options.SubjectOf();
+  const Subject subject = {fs::u8path(options.library), fs::u8path(options.config)};
   std::error_code ignored;
   if (options.config != Options().config && !fs::exists(subject.config, ignored)) {
     throw std::invalid_argument(options.config + " does not exist");

@@ -1,11 +1,10 @@
-# Makes OUTPUT, a source file that defines CONSTANT as the content of INPUT, an ASCII text, or with
-# the KIND "DIGEST" as the SHA-256 of INPUT:
+# Makes OUTPUT, a source file that defines CONSTANT as the content of INPUT, or, with the
+# KIND "DIGEST", as the 32 bytes of its SHA-256:
 #
 #   cmake -D INPUT=... -D KIND=... -D CONSTANT=... -D OUTPUT=... -P embed.cmake
 
 if(KIND STREQUAL "DIGEST")
-  file(SHA256 "${INPUT}" digest)
-  string(HEX "${digest}" digits)
+  file(SHA256 "${INPUT}" digits)
 else()
   file(READ "${INPUT}" digits HEX)
 endif()
@@ -17,10 +16,10 @@ file(WRITE "${OUTPUT}" "#include \"doctor/built_in.h\"
 namespace launcher::doctor {
 
 const std::string_view ${CONSTANT} = [] {
-  static constexpr char kBytes[] = {
+  static constexpr unsigned char kBytes[] = {
 ${bytes}
   };
-  return std::string_view(kBytes, sizeof kBytes);
+  return std::string_view(reinterpret_cast<const char*>(kBytes), sizeof kBytes);
 }();
 
 }  // namespace launcher::doctor

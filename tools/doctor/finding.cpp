@@ -25,21 +25,21 @@ bool IsPartOfWord(char c) {
 }
 
 // Replaces `word` if no letter or digit is beside it, and, if `isInPath`, only after a separator.
-void ReplaceWord(std::string& text, const std::string& word, const std::string& with,
-                 bool isInPath) {
-  if (word.empty()) return;
-  for (std::size_t at = 0; at + word.size() <= text.size(); ++at) {
+std::string ReplaceWord(const std::string& text, const std::string& word, const char* with,
+                        bool isInPath) {
+  std::string replaced;
+  for (std::size_t at = 0; at < text.size(); ++at) {
     const char before = at == 0 ? ' ' : text[at - 1];
-    const char after = at + word.size() == text.size() ? ' ' : text[at + word.size()];
-    if (IsPartOfWord(before) || IsPartOfWord(after) ||
-        (isInPath && before != '/' && before != '\\') ||
-        !std::equal(word.begin(), word.end(), text.begin() + static_cast<std::ptrdiff_t>(at),
-                    IsSameInPaths)) {
-      continue;
-    }
-    text.replace(at, word.size(), with);
-    at += with.size() - 1;
+    const std::size_t end = at + word.size();
+    const bool isWord = !word.empty() && end <= text.size() && !IsPartOfWord(before) &&
+                        (end == text.size() || !IsPartOfWord(text[end])) &&
+                        (!isInPath || before == '/' || before == '\\') &&
+                        std::equal(word.begin(), word.end(),
+                                   text.begin() + static_cast<std::ptrdiff_t>(at), IsSameInPaths);
+    replaced += isWord ? std::string(with) : text.substr(at, 1);
+    if (isWord) at = end - 1;
   }
+  return replaced;
 }
 
 }  // namespace
@@ -103,11 +103,9 @@ std::string Report::JsonText() const {
 std::string FindingText(const Json& finding, bool isColoured, bool isVerbose) {
   const auto part = [&](const char* member) { return finding.value(member, std::string()); };
   std::string status = part("status");
-  const char* const colour = status == "ok"        ? "\x1b[32m"
-                             : status == "warning" ? "\x1b[33m"
-                                                   : "\x1b[31m";
+  const std::string colour = status == "ok" ? "32" : status == "warning" ? "33" : "31";
   status.resize(9, ' ');
-  if (isColoured) status = colour + status + "\x1b[0m";
+  if (isColoured) status = "\x1b[" + colour + 'm' + status + "\x1b[0m";
   std::string text = status + part("id") + ": " + part("text") + '\n' + part("excerpt");
   for (const char* const member : {"detail", "json_error", "cause", "next"}) {
     const bool isForAll = member[0] == 'c' || member[0] == 'n';
@@ -136,17 +134,14 @@ std::string Listed(const std::vector<std::string>& names) {
 bool OutputIsWhole() { return std::fflush(stdout) == 0 && std::ferror(stdout) == 0; }
 
 std::string WithoutUser(const std::string& text, bool isInPath) {
-  std::string hidden = text;
-  const UserTraces user = ThisUser();
-  std::string folder = user.folder;
-  while (!folder.empty() && (folder.back() == '/' || folder.back() == '\\')) folder.pop_back();
-  ReplaceWord(hidden, folder, user.folderSign, false);
+  const auto [folder, name] = ThisUser();
+  const char* const folderSign = kIsWindows ? "%USERPROFILE%" : "~";
   // JSON texts have two backslashes for one.
   std::string doubled;
   for (const char c : folder) doubled += c == '\\' ? "\\\\" : std::string(1, c);
-  ReplaceWord(hidden, doubled, user.folderSign, false);
-  ReplaceWord(hidden, user.name, user.nameSign, isInPath);
-  return hidden;
+  const std::string hidden =
+      ReplaceWord(ReplaceWord(text, folder, folderSign, false), doubled, folderSign, false);
+  return ReplaceWord(hidden, name, kIsWindows ? "%USERNAME%" : "$USER", isInPath);
 }
 
 }  // namespace launcher::doctor

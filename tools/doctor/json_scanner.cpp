@@ -43,6 +43,17 @@ std::vector<Token> ScanWithoutComments(const std::string& text) {
   return tokens;
 }
 
+// With a blank in place of each token.
+std::string Without(const std::string& text, const std::vector<Token>& tokens) {
+  std::string kept;
+  std::size_t copied = 0;
+  for (const Token& token : tokens) {
+    kept += text.substr(copied, token.begin - copied) + ' ';
+    copied = token.end;
+  }
+  return kept + text.substr(copied);
+}
+
 // Where a key that looks secret ends in `text`, or npos.
 std::size_t EndOfSecretName(const std::string& text) {
   std::string lower;
@@ -153,29 +164,24 @@ std::string WithoutSecrets(const std::string& text) {
 }
 
 std::string WithoutComments(const std::string& text, std::vector<std::string>& changes) {
-  std::string kept = text;
-  const std::vector<Token> all = Scan(text);
-  std::vector<std::string> lines[2];
-  const auto remove = [&](const Token& token, std::size_t kind) {
-    for (std::size_t at = token.begin; at < token.end; ++at) {
-      if (kBlanks.find(kept[at]) == std::string::npos) kept[at] = '\b';
-    }
-    lines[kind].push_back(std::to_string(PlaceOf(text, token.begin).line));
-  };
-  for (const Token& token : all) {
-    if (token.kind == TokenKind::comment) remove(token, 0);
+  std::vector<Token> removed;
+  const std::vector<Token> tokens = Scan(text);
+  std::copy_if(tokens.begin(), tokens.end(), std::back_inserter(removed),
+               [](const Token& token) { return token.kind == TokenKind::comment; });
+  if (!removed.empty()) changes.push_back("removed " + Counted(removed.size(), "comment"));
+  const std::string kept = Without(text, removed);
+
+  removed.clear();
+  const std::vector<Token> rest = Scan(kept);
+  for (std::size_t i = 0; i < rest.size(); ++i) {
+    const char next = MarkOf(kept, rest, i + 1);
+    const bool isLast = next == '}' || next == ']';
+    if (isLast && MarkOf(kept, rest, i) == ',') removed.push_back(rest[i]);
   }
-  const std::vector<Token> tokens = ScanWithoutComments(text);
-  for (std::size_t i = 0; i < tokens.size(); ++i) {
-    const char next = MarkOf(text, tokens, i + 1);
-    if (MarkOf(text, tokens, i) == ',' && (next == '}' || next == ']')) remove(tokens[i], 1);
+  if (!removed.empty()) {
+    changes.push_back("removed " + Counted(removed.size(), "comma") + " after a last value");
   }
-  if (!lines[0].empty()) changes.push_back("removed comments, line " + Listed(lines[0]));
-  if (!lines[1].empty()) {
-    changes.push_back("removed commas after the last value of a section, line " + Listed(lines[1]));
-  }
-  kept.erase(std::remove(kept.begin(), kept.end(), '\b'), kept.end());
-  return kept;
+  return Without(kept, removed);
 }
 
 std::string WithDoubledBackslashes(const std::string& text, std::vector<std::string>& changes) {
@@ -200,8 +206,7 @@ std::string WithDoubledBackslashes(const std::string& text, std::vector<std::str
     if (!isWrong) continue;
     fixed += text.substr(copied, token.begin - copied) + doubled;
     copied = token.end;
-    changes.push_back("line " + std::to_string(PlaceOf(text, token.begin).line) +
-                      ": doubled the backslashes of a path: " + doubled);
+    changes.push_back("doubled the backslashes of a path: " + doubled);
   }
   return fixed + text.substr(copied);
 }

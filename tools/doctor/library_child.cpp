@@ -23,7 +23,7 @@ void PrintLine(const Json& json) {
   std::fflush(stdout);
 }
 
-// Returns hexadecimal digits, or an empty text if the system refuses.
+// Returns the 32 bytes, or none if the system refuses.
 std::string Sha256(const std::string& bytes) {
   HCRYPTPROV provider = 0;
   if (!CryptAcquireContextA(&provider, nullptr, nullptr, PROV_RSA_AES, CRYPT_VERIFYCONTEXT)) {
@@ -40,12 +40,7 @@ std::string Sha256(const std::string& bytes) {
       !CryptGetHashParam(hash, HP_HASHVAL, digest, &size, 0)) {
     return {};
   }
-  std::string digits;
-  for (const BYTE byte : digest) {
-    digits += "0123456789abcdef"[byte >> 4];
-    digits += "0123456789abcdef"[byte & 15];
-  }
-  return digits;
+  return {reinterpret_cast<const char*>(digest), sizeof digest};
 }
 
 // Returns true if the file may be loaded.
@@ -56,23 +51,11 @@ bool CheckFile(const fs::path& path, Report& report) {
     report.Add("image.same", {name, QX_VERSION});
     return true;
   }
-  const Image image = ExamineImage(path, bytes);
-  const char* const key = !image.fault.empty()          ? "image.wrong"
-                          : image.hasWrongChecksum      ? "image.checksum"
-                          : image.isUnversioned         ? "image.unversioned"
-                          : image.version == QX_VERSION ? "image.digest"
-                          : image.isForThisSystem       ? "version.other"
-                                                        : "version.foreign";
-  if (!image.fault.empty()) {
-    report.Add(key, {name, image.fault});
-  } else if (key == std::string("version.other")) {
-    report.Add(
-        key, {name, image.version.empty() ? "no version" : "version " + image.version, QX_VERSION});
-    return true;
-  } else {
-    report.Add(key, {name, std::string(kLibraryDigest)});
-  }
-  return false;
+  std::string version;
+  std::string key = ExamineFile(path, bytes, version);
+  if (key.empty()) key = version == QX_VERSION ? "image.digest" : "version.other";
+  report.Add(key, {name, version.empty() ? "no version" : "version " + version, QX_VERSION});
+  return key == "version.other";
 }
 
 bool CheckExports(const LoadedLibrary& library, Report& report) {
@@ -113,22 +96,18 @@ void CheckDisplay(const LoadedLibrary& library, Report& report) {
 }  // namespace
 
 int RunLibraryChild(const std::string& mode, const std::string& path) {
-  if (std::freopen(kAnswerFile, "w", stdout) == nullptr ||
-      std::freopen(kErrorFile, "w", stderr) == nullptr) {
-    return 1;
-  }
+  if (std::freopen(kAnswerFile, "w", stdout) == nullptr) return 1;
   Report report(PrintLine);
   if (!CheckFile(fs::u8path(path), report)) return 0;
   std::string error;
-  const std::optional<LoadedLibrary> library = LoadedLibrary::Load(fs::u8path(path), error);
+  const std::optional<LoadedLibrary> library = Load(fs::u8path(path), error);
   if (!library) {
     report.Add("load.refused", {error});
     return 0;
   }
   if (!CheckExports(*library, report)) return 0;
-  // The parent reads the error that the call prints.
   const bool loads = QX_IN(*library, QX_IsStaging)() == 1;
-  PrintLine({{kLoadsMember, loads}});
+  PrintLine({{"loads", loads}});
   if (mode != kEverythingMode) return 0;
   // The calls below need settings that load.
   std::remove("config.json");

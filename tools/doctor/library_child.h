@@ -2,7 +2,7 @@
 //
 // It runs in a folder of its own, with the settings file that it is to try. It writes to
 // kAnswerFile a line of JSON for each finding and one for the settings; the library prints other
-// lines in between. kErrorFile has the library's error.
+// lines in between.
 
 #ifndef LAUNCHER_TOOLS_DOCTOR_LIBRARY_CHILD_H_
 #define LAUNCHER_TOOLS_DOCTOR_LIBRARY_CHILD_H_
@@ -19,8 +19,6 @@ constexpr const char* kChildArgument = "--library-child";
 constexpr const char* kSettingsMode = "settings";
 constexpr const char* kEverythingMode = "everything";
 constexpr const char* kAnswerFile = "answer.txt";
-constexpr const char* kErrorFile = "error.txt";
-constexpr const char* kLoadsMember = "loads";
 constexpr std::size_t kLargestLibrary = std::size_t{1} << 28;
 
 // Returns the exit status.

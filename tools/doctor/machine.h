@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace launcher::doctor {
@@ -26,30 +27,22 @@ std::optional<std::filesystem::path> FindLibrary();
 // The file that the library in `libraryFolder` would load as Steam's.
 std::optional<std::filesystem::path> FindSteam(const std::filesystem::path& libraryFolder);
 
-// A library file as it is without being loaded.
-struct Image {
-  std::string fault = {};  // why this is no library of ours, after its name; empty if it may be one
-  std::string version = {};
-  bool isForThisSystem = true;
-  bool isUnversioned = false;     // libraries of this kind have no version
-  bool hasWrongChecksum = false;  // in its header
-};
-Image ExamineImage(const std::filesystem::path& path, const std::string& bytes);
+// What is wrong with a library file that is not loaded, as the key of a finding; empty if it may be
+// loaded. Writes its version, if it has one.
+std::string ExamineFile(const std::filesystem::path& path, const std::string& bytes,
+                        std::string& version);
 
 // A library that stays loaded as long as the process runs.
-class LoadedLibrary {
- public:
-  // Writes the reason to `error` if the library cannot be loaded.
-  static std::optional<LoadedLibrary> Load(const std::filesystem::path& path, std::string& error);
-
+struct LoadedLibrary {
   // Both return null if there is no such export.
   void* Find(const std::string& name) const;
   void* FindOrdinal(std::uint32_t ordinal) const;
 
- private:
-  explicit LoadedLibrary(void* handle) : handle_(handle) {}
-  void* handle_;
+  void* handle;
 };
+
+// Writes the reason to `error` if the library cannot be loaded.
+std::optional<LoadedLibrary> Load(const std::filesystem::path& path, std::string& error);
 
 // Returns the exit status: not 0 if the program crashed or could not be started.
 int RunThisProgram(const std::vector<std::string>& arguments);
@@ -57,14 +50,8 @@ int RunThisProgram(const std::vector<std::string>& arguments);
 // True if a path is the same after it was text in the system's ANSI code page.
 bool SurvivesCodePage(const std::filesystem::path& path);
 
-// The parts of a path that show who the user is, and what replaces them.
-struct UserTraces {
-  std::string folder;
-  std::string folderSign;
-  std::string name;
-  std::string nameSign;
-};
-UserTraces ThisUser();
+// The user's folder, without a separator at its end, and the user's name.
+std::pair<std::string, std::string> ThisUser();
 
 // Makes a terminal show UTF-8 as long as the process runs.
 void ShowUtf8();

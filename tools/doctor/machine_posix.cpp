@@ -76,42 +76,33 @@ std::optional<fs::path> FindSteam(const fs::path& libraryFolder) {
   return InSearchPath(kSteamName);
 }
 
-// A library for Windows is examined as far as its header goes: doctor.exe does more.
-Image ExamineImage(const fs::path& /*path*/, const std::string& bytes) {
-  Image image;
+// Libraries for Linux have no version. A library for Windows is examined as far as its header goes:
+// doctor.exe does more.
+std::string ExamineFile(const fs::path& /*path*/, const std::string& bytes,
+                        std::string& /*version*/) {
   if (bytes.compare(0, 4,
                     "\x7f"
-                    "ELF") == 0) {
-    image.isUnversioned = true;
-    const bool isWide = Number(bytes, 4, 1) == 2;
-    if (isWide != (sizeof(void*) == 8))
-      image.fault = "is for programs of another kind of processor";
-    return image;
-  }
-  image.isForThisSystem = false;
+                    "ELF") == 0)
+    return "image.unversioned";
   const std::size_t header = Number(bytes, 60, 4);
-  if (bytes.compare(0, 2, "MZ") != 0 || Number(bytes, header, 4) != 0x4550) {
-    image.fault = "is damaged, or not a library at all";
-  } else if (Number(bytes, header + 4, 2) != 0x14C) {
-    image.fault = "is not for 32-bit programs";
-  } else if ((Number(bytes, header + 22, 2) & 0x2000) == 0) {
-    image.fault = "is a program and not a library";
-  }
-  image.hasWrongChecksum = Checksum(bytes, header + 88) != Number(bytes, header + 88, 4);
-  return image;
+  if (bytes.compare(0, 2, "MZ") != 0 || Number(bytes, header, 4) != 0x4550) return "image.none";
+  if (Number(bytes, header + 4, 2) != 0x14C) return "image.processor";
+  if ((Number(bytes, header + 22, 2) & 0x2000) == 0) return "image.program";
+  const bool fits = Checksum(bytes, header + 88) == Number(bytes, header + 88, 4);
+  return fits ? "version.foreign" : "image.checksum";
 }
 
-std::optional<LoadedLibrary> LoadedLibrary::Load(const fs::path& path, std::string& error) {
+std::optional<LoadedLibrary> Load(const fs::path& path, std::string& error) {
   void* const handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (handle == nullptr) {
     const char* const why = dlerror();
     error = why != nullptr ? why : "no reason is known";
     return std::nullopt;
   }
-  return LoadedLibrary(handle);
+  return LoadedLibrary{handle};
 }
 
-void* LoadedLibrary::Find(const std::string& name) const { return dlsym(handle_, name.c_str()); }
+void* LoadedLibrary::Find(const std::string& name) const { return dlsym(handle, name.c_str()); }
 
 void* LoadedLibrary::FindOrdinal(std::uint32_t /*ordinal*/) const { return nullptr; }
 
@@ -131,10 +122,11 @@ int RunThisProgram(const std::vector<std::string>& arguments) {
 
 bool SurvivesCodePage(const fs::path& /*path*/) { return true; }
 
-UserTraces ThisUser() {
-  std::string name;
-  if (const passwd* const user = getpwuid(getuid())) name = user->pw_name;
-  return {Environment("HOME"), "~", name, "$USER"};
+std::pair<std::string, std::string> ThisUser() {
+  const passwd* const user = getpwuid(getuid());
+  std::string folder = Environment("HOME");
+  while (!folder.empty() && folder.back() == '/') folder.pop_back();
+  return {folder, user != nullptr ? user->pw_name : ""};
 }
 
 void ShowUtf8() {}

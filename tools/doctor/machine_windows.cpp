@@ -29,9 +29,9 @@ std::wstring Environment(const wchar_t* name) {
   return value != nullptr ? value : L"";
 }
 
-std::wstring ModuleFile(HMODULE module) {
+std::wstring ProgramFile() {
   std::wstring file(kLongestPath, L'\0');
-  file.resize(GetModuleFileNameW(module, file.data(), kLongestPath));
+  file.resize(GetModuleFileNameW(nullptr, file.data(), kLongestPath));
   return file;
 }
 
@@ -79,7 +79,7 @@ std::vector<std::string> Arguments(int /*count*/, char** /*arguments*/) {
   return arguments;
 }
 
-fs::path ProgramFolder() { return fs::path(ModuleFile(nullptr)).parent_path(); }
+fs::path ProgramFolder() { return fs::path(ProgramFile()).parent_path(); }
 
 std::optional<fs::path> FindLibrary() {
   std::wstring found(kLongestPath, L'\0');
@@ -101,42 +101,37 @@ std::optional<fs::path> FindSteam(const fs::path& libraryFolder) {
   return std::nullopt;
 }
 
-Image ExamineImage(const fs::path& path, const std::string& /*bytes*/) {
-  Image image;
+std::string ExamineFile(const fs::path& path, const std::string& /*bytes*/, std::string& version) {
   // Maps the file without running anything of it.
   const HMODULE module = LoadLibraryExW(path.c_str(), nullptr, DONT_RESOLVE_DLL_REFERENCES);
   if (module == nullptr) {
-    image.fault = GetLastError() == ERROR_BAD_EXE_FORMAT
-                      ? "is damaged, or not a library for 32-bit programs (error 193)"
-                      : "cannot be loaded: " + LastErrorText();
-    return image;
+    // Error 193; with another error, Load gives the reason.
+    return GetLastError() == ERROR_BAD_EXE_FORMAT ? "image.processor" : "";
   }
   FreeLibrary(module);
-  image.version = FileVersion(path);
+  version = FileVersion(path);
   DWORD expected = 0;
   DWORD actual = 0;
-  image.hasWrongChecksum =
-      MapFileAndCheckSumW(path.c_str(), &expected, &actual) != CHECKSUM_SUCCESS ||
-      expected != actual;
-  return image;
+  const DWORD result = MapFileAndCheckSumW(path.c_str(), &expected, &actual);
+  return result == CHECKSUM_SUCCESS && expected == actual ? "" : "image.checksum";
 }
 
-std::optional<LoadedLibrary> LoadedLibrary::Load(const fs::path& path, std::string& error) {
+std::optional<LoadedLibrary> Load(const fs::path& path, std::string& error) {
   const HMODULE module = LoadLibraryW(path.c_str());
   if (module == nullptr) {
     error = LastErrorText();
     return std::nullopt;
   }
-  return LoadedLibrary(module);
+  return LoadedLibrary{module};
 }
 
 void* LoadedLibrary::Find(const std::string& name) const {
-  return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(handle_), name.c_str()));
+  return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(handle), name.c_str()));
 }
 
 void* LoadedLibrary::FindOrdinal(std::uint32_t ordinal) const {
   return reinterpret_cast<void*>(GetProcAddress(
-      static_cast<HMODULE>(handle_), reinterpret_cast<const char*>(std::uintptr_t{ordinal})));
+      static_cast<HMODULE>(handle), reinterpret_cast<const char*>(std::uintptr_t{ordinal})));
 }
 
 int RunThisProgram(const std::vector<std::string>& arguments) {
@@ -149,7 +144,7 @@ int RunThisProgram(const std::vector<std::string>& arguments) {
   words.push_back(nullptr);
   // The child inherits this: a crash opens no window.
   SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
-  return static_cast<int>(_wspawnv(_P_WAIT, ModuleFile(nullptr).c_str(), words.data()));
+  return static_cast<int>(_wspawnv(_P_WAIT, ProgramFile().c_str(), words.data()));
 }
 
 bool SurvivesCodePage(const fs::path& path) {
@@ -161,9 +156,8 @@ bool SurvivesCodePage(const fs::path& path) {
   return back == path.wstring();
 }
 
-UserTraces ThisUser() {
-  return {Utf8(Environment(L"USERPROFILE")), "%USERPROFILE%", Utf8(Environment(L"USERNAME")),
-          "%USERNAME%"};
+std::pair<std::string, std::string> ThisUser() {
+  return {Utf8(Environment(L"USERPROFILE")), Utf8(Environment(L"USERNAME"))};
 }
 
 void ShowUtf8() {

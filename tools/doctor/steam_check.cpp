@@ -39,7 +39,7 @@ bool CheckSteamFile(const fs::path& libraryFolder, Report& report) {
   }
   const std::string name = path->u8string();
   std::string error;
-  const std::optional<LoadedLibrary> steam = LoadedLibrary::Load(*path, error);
+  const std::optional<LoadedLibrary> steam = Load(*path, error);
   if (!steam) {
     report.Add("steam-library.refused", {name, error});
     return false;
