@@ -104,11 +104,9 @@ std::optional<fs::path> FindSteam(const fs::path& libraryFolder) {
 std::string ExamineFile(const fs::path& path, const std::string& /*bytes*/, std::string& version) {
   // Maps the file without running anything of it.
   const HMODULE module = LoadLibraryExW(path.c_str(), nullptr, DONT_RESOLVE_DLL_REFERENCES);
-  if (module == nullptr) {
-    // Error 193; with another error, Load gives the reason.
-    return GetLastError() == ERROR_BAD_EXE_FORMAT ? "image.processor" : "";
-  }
-  FreeLibrary(module);
+  // Error 193.
+  if (module == nullptr && GetLastError() == ERROR_BAD_EXE_FORMAT) return "image.processor";
+  if (module != nullptr) FreeLibrary(module);
   version = FileVersion(path);
   DWORD expected = 0;
   DWORD actual = 0;
