@@ -40,7 +40,10 @@ DOCTOR_FILES = [
     ("--library", FILE, "the library's file"),
     ("--config", FILE, "the settings file"),
 ]
-JSON = ("--json", None, "print the findings as one JSON object")
+FINDINGS = [
+    ("--json", None, "print the findings as one JSON object"),
+    ("--verbose", None, "add details for programmers"),
+]
 
 PROGRAMS = {
     "bfbr": {
@@ -52,13 +55,13 @@ PROGRAMS = {
         "mark": ("put the signature marker before the data", BFBR_ALL + BFBR_DATA, FILE),
     },
     "doctor": {
-        "": ("", DOCTOR_FILES + [("--version", None, "print the version"), JSON], None),
+        "": ("", DOCTOR_FILES + FINDINGS + [("--version", None, "print the version")], None),
         "config": ("the settings file alone", [HELP], None),
-        "config check": ("show what is wrong with the settings file", DOCTOR_FILES + [JSON], None),
+        "config check": ("show what is wrong with the settings file", DOCTOR_FILES + FINDINGS, None),
         "config repair": ("repair the settings file",
                           DOCTOR_FILES + [("--dry-run", None, "show what would be done")], None),
         "explain": ("show what a result of an export means", [HELP], None),
-        "bundle": ("write the report and the settings to a ZIP file", DOCTOR_FILES + [
+        "bundle": ("write one text file to send to support", DOCTOR_FILES + [
             ("--yes", None, "do not ask"), ("--force", None, "replace an existing file")], FILE),
     },
 }

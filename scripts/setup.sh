@@ -14,8 +14,8 @@ set -euo pipefail
 # name | what it is for | packages
 needs=(
   'build | compilers and libraries, native and for Windows | cmake ninja-build g++ clang lld
-    g++-mingw-w64-i686 libz-mingw-w64-dev nlohmann-json3-dev libcli11-dev googletest libssl-dev
-    libcurl4-openssl-dev zlib1g-dev python3'
+    g++-mingw-w64-i686 nlohmann-json3-dev libcli11-dev googletest libssl-dev
+    libcurl4-openssl-dev python3'
   # Xvfb and Mesa give Wine a screen, and with it consoles and Direct3D.
   'wine | runs the 32-bit DLL | wine wine32:i386 libgl1:i386 libgl1-mesa-dri:i386 xvfb'
   'test | programs that the tests call | git openssl mandoc mono-mcs zsh fish'

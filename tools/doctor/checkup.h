@@ -1,5 +1,4 @@
-// The check-up: the library, the settings, Steam, the display and the folders, each with what is
-// known of it.
+// The check-up of the library, the settings, Steam, the display and the folders.
 
 #ifndef LAUNCHER_TOOLS_DOCTOR_CHECKUP_H_
 #define LAUNCHER_TOOLS_DOCTOR_CHECKUP_H_
@@ -10,7 +9,6 @@
 
 #include "doctor/config_file.h"
 #include "doctor/finding.h"
-#include "doctor/machine.h"
 
 namespace launcher::doctor {
 
@@ -19,20 +17,24 @@ struct Subject {
   std::filesystem::path config = "config.json";
 };
 
-// Looks for the library, examines its file and, where that shows nothing against it, loads it.
-std::optional<LoadedLibrary> OpenLibrary(const Subject& subject, Report& report);
+// Throws std::runtime_error, with a sentence, for a file that cannot be read or is larger than
+// `limit`.
+std::string ReadBytes(const std::filesystem::path& path, std::size_t limit);
 
-// The settings file's bytes; nothing where there is none, or none that can be read, which is told.
-std::optional<std::string> ReadSettings(const Subject& subject, Report& report);
+// The settings file's bytes; nothing, with a finding, if it cannot be read or does not exist.
+std::optional<std::string> ReadConfig(const Subject& subject, Report& report);
 
-// What the library says of a settings file with these bytes.
-std::optional<LibraryVerdict> AskLibrary(const LoadedLibrary& library, const std::string& bytes);
+struct LibraryAnswer {
+  std::optional<bool> loads;  // if the settings file does; nothing if the library cannot be used
+  std::string config;         // the settings file that the library left in its folder
+};
 
-// The file that the library writes where there is none.
-std::optional<std::string> AskDefaults(const LoadedLibrary& library);
+// Adds the findings of a child process that loads the library. `config` is the settings file that
+// it gets; if there is none, the library writes one with the defaults.
+LibraryAnswer AskLibrary(const Subject& subject, const char* mode,
+                         const std::optional<std::string>& config, Report& report);
 
-void CheckConfig(const Subject& subject, const std::optional<LoadedLibrary>& library,
-                 Report& report);
+void CheckConfig(const Subject& subject, Report& report);
 
 void CheckAll(const Subject& subject, Report& report);
 

@@ -2,240 +2,166 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cerrno>
-#include <cstdlib>
-#include <nlohmann/json.hpp>
-#include <numeric>
+#include <cstdint>
+#include <set>
 #include <stdexcept>
 #include <string>
-#include <utility>
-#include <vector>
 
-#include "doctor/embedded_files.h"
+#include "doctor/built_in.h"
+#include "doctor/finding.h"
 
 namespace launcher::doctor {
 namespace {
 
-using Json = nlohmann::json;
-
-// Exports that are taken for one another, and differ in what their results mean.
-const std::vector<std::vector<std::string>> kFamilies = {
-    {"file_cipher_encode", "QX_Encode"},
-    {"file_cipher_decode", "QX_Decode"},
-    {"file_cipher_get_encode_size", "QX_GetEncodeDataSize"},
-    {"QX_IsFailed", "QX_IsSucceeded"},
-    {"QX_LoadString", "QX_LoadStringToMemory", "QX_GetLengthOfRString"},
-    {"QX_RightDWORD", "QX_RightAddress", "QX_RightBinary"},
-    {"QX_EnumDisplayMode", "QX_CheckDisplayMode"},
-    {"QX_RemoveFile", "QX_RemoveDirectory", "QX_SteamAPI_RemoteStorageFileDelete"},
-    {"QX_SteamAPI_Init", "QX_SteamAPI_IsSteamRunning", "QX_SteamAPI_RestartAppIfNecessary"},
-    {"QX_SteamAPI_GetPersonaName", "QX_SteamAPI_GetSteamAuthTicket",
-     "QX_SteamAPI_GetAvailableGameLanguages", "QX_SteamAPI_GetCurrentGameLanguage"},
-    {"QX_SteamAPI_GetUserDataFolder", "QX_SteamAPI_CatUserFilePath"},
-    {"QX_SteamAPI_ReadFile", "QX_SteamAPI_RemoteStorageFileRead"},
-    {"QX_SteamAPI_WriteFile", "QX_SteamAPI_RemoteStorageFileWrite"},
-    {"QX_SteamAPI_IsFileExist", "QX_SteamAPI_RemoteStorageFileExist"},
-    {"QX_SteamAPI_RemoteStorageFileDelete", "QX_SteamAPI_RemoteStorageFileForget"},
-    {"QX_SteamAPI_RemoteStorageGetFileCount", "QX_SteamAPI_RemoteStorageGetFileSize",
-     "QX_SteamAPI_RemoteStorageGetFileName"},
-};
-
-std::string Undecorated(const std::string& name) {
-  const std::size_t at = name.find('@');
-  const bool isDecorated = at != std::string::npos && !name.empty() && name[0] == '_';
-  return isDecorated ? name.substr(1, at - 1) : name.substr(0, at);
+std::string LowerCase(std::string text) {
+  for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return text;
 }
 
-ResultMeaning ToMeaning(const Json& entry) {
-  const auto unsignedOf = [](const Json& number) {
-    return number.is_number_unsigned() ? number.get<std::uint64_t>()
-                                       : static_cast<std::uint64_t>(number.get<std::int64_t>());
-  };
-  const bool isOne = entry.count("result") != 0;
-  const Json& from = entry.at(isOne ? "result" : "from");
-  return {from.get<std::int64_t>(), unsignedOf(isOne ? from : entry.at("to")),
-          entry.at("means").get<std::string>(), entry.at("do").get<std::string>()};
-}
+std::string TextOf(const Json& entry, const char* key) { return entry.at(key).get<std::string>(); }
 
-std::vector<Export> ReadList() {
-  const Json list = Json::parse(kExportList);
-  std::vector<Export> exports;
-  for (const Json& entry : list.at("exports")) {
-    Export read = {entry.at("ordinal").get<std::uint32_t>(),
-                   entry.at("name").get<std::string>(),
-                   entry.at("decorated").get<std::string>(),
-                   entry.at("returns").get<std::string>(),
-                   entry.at("arguments").get<std::vector<std::string>>(),
-                   {}};
-    for (const Json& result : entry.at("results")) read.results.push_back(ToMeaning(result));
-    exports.push_back(std::move(read));
-  }
-  return exports;
-}
+bool IsUnsigned(const Json& entry) { return TextOf(entry, "returns")[0] == 'u'; }
 
-bool IsUnsignedType(const std::string& type) { return type[0] == 'u'; }
-
-std::string NumberText(const Export& entry, std::int64_t value) {
-  return IsUnsignedType(entry.returns) ? std::to_string(static_cast<std::uint64_t>(value))
-                                       : std::to_string(value);
-}
-
-std::string ResultText(const Export& entry, const ResultMeaning& meaning) {
-  const std::string from = NumberText(entry, meaning.from);
-  const std::string to = NumberText(entry, static_cast<std::int64_t>(meaning.to));
-  return from == to ? from : from + " to " + to;
-}
-
-// A result as people and programs write it: decimal or hexadecimal, signed or not. Answers it as
-// the export's type reads it.
-std::int64_t ParseResult(const Export& entry, const std::string& text) {
-  const std::string problem =
-      text + " is no result: write it as a decimal or, with 0x, a hexadecimal number";
-  const bool isNegative = !text.empty() && text[0] == '-';
+// A result as people and programs write it: decimal or hexadecimal, signed or not. Returns it in
+// the export's type.
+std::int64_t ParseResult(const Json& entry, const std::string& text) {
+  const bool isNegative = text[0] == '-';
   const std::string digits = text.substr(isNegative ? 1 : 0);
-  const bool isHexadecimal = digits.size() > 2 && digits[0] == '0' && (digits[1] | 0x20) == 'x';
-  const std::string body = digits.substr(isHexadecimal ? 2 : 0);
-  const char* const allowed = isHexadecimal ? "0123456789abcdefABCDEF" : "0123456789";
-  if (body.empty() || body.find_first_not_of(allowed) != std::string::npos) {
-    throw std::invalid_argument(problem);
+  const std::string type = TextOf(entry, "returns");
+  const std::uint64_t most = isNegative           ? 0x80000000U
+                             : type == "uint64_t" ? UINT64_MAX
+                                                  : UINT32_MAX;
+  std::size_t end = 0;
+  std::uint64_t bits = 0;
+  try {
+    bits = std::stoull(digits, &end, LowerCase(digits.substr(0, 2)) == "0x" ? 16 : 10);
+  } catch (const std::exception&) {
+    end = std::string::npos;
   }
-  errno = 0;
-  const std::uint64_t size = std::strtoull(body.c_str(), nullptr, isHexadecimal ? 16 : 10);
-  const bool isWide = entry.returns == "uint64_t";
-  const std::uint64_t most = isNegative ? 0x80000000U : isWide ? UINT64_MAX : UINT32_MAX;
-  if (errno != 0 || size > most) {
-    throw std::invalid_argument(text + " does not fit the " + (isWide ? "64" : "32") +
-                                " bits of a result");
+  if (end != digits.size() || std::isdigit(static_cast<unsigned char>(digits[0])) == 0 ||
+      bits > most) {
+    throw std::invalid_argument(text + " is not a result of " + TextOf(entry, "name") +
+                                ": write a decimal number, or a hexadecimal one after 0x");
   }
-  const std::uint64_t bits = isNegative ? 0 - size : size;
-  if (isWide) return static_cast<std::int64_t>(bits);
-  // Of a one-byte result the other bits are whatever they were.
-  if (entry.returns == "uint8_t") return static_cast<std::int64_t>(bits & 0xFF);
-  if (entry.returns == "uint32_t") return static_cast<std::int64_t>(bits & UINT32_MAX);
+  if (isNegative) bits = 0 - bits;
+  if (type == "uint64_t") return static_cast<std::int64_t>(bits);
+  // The other bits of a one-byte result have no meaning.
+  if (type == "uint8_t") return static_cast<std::int64_t>(bits & 0xFF);
+  if (type == "uint32_t") return static_cast<std::int64_t>(bits & UINT32_MAX);
   return static_cast<std::int32_t>(static_cast<std::uint32_t>(bits));
 }
 
-std::size_t EditDistance(const std::string& a, const std::string& b) {
-  std::vector<std::size_t> row(b.size() + 1);
-  std::iota(row.begin(), row.end(), std::size_t{0});
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    std::size_t diagonal = row[0]++;
-    for (std::size_t j = 0; j < b.size(); ++j) {
-      const bool isSame = std::tolower(static_cast<unsigned char>(a[i])) ==
-                          std::tolower(static_cast<unsigned char>(b[j]));
-      const std::size_t best =
-          std::min({row[j] + 1, row[j + 1] + 1, diagonal + (isSame ? 0U : 1U)});
-      diagonal = row[j + 1];
-      row[j + 1] = best;
-    }
-  }
-  return row.back();
+std::string NumberText(const Json& entry, std::int64_t value) {
+  return IsUnsigned(entry) ? std::to_string(static_cast<std::uint64_t>(value))
+                           : std::to_string(value);
 }
 
-// The nearest names. A family's beginning that is left out counts for nothing.
-std::string Suggestions(const std::string& name) {
-  std::vector<std::pair<std::size_t, std::string>> ranked;
-  for (const Export& entry : Exports()) {
-    std::size_t distance = EditDistance(name, entry.name);
-    for (const std::string beginning : {"QX_SteamAPI_RemoteStorage", "QX_SteamAPI_", "QX_"}) {
-      if (entry.name.compare(0, beginning.size(), beginning) == 0) {
-        distance = std::min(distance, EditDistance(name, entry.name.substr(beginning.size())));
-      }
-    }
-    ranked.emplace_back(distance, entry.name);
-  }
-  std::sort(ranked.begin(), ranked.end());
-  return ranked[0].second + ", " + ranked[1].second + ", " + ranked[2].second;
+// The first or the last number that a meaning is for.
+const Json& Bound(const Json& meaning, const char* key) {
+  return meaning.at(meaning.count("result") != 0 ? "result" : key);
 }
 
-std::string Signature(const Export& entry) {
-  std::string text = entry.returns + ' ' + entry.name + '(';
-  for (std::size_t i = 0; i < entry.arguments.size(); ++i) {
-    text += (i == 0 ? "" : ", ") + entry.arguments[i];
-  }
-  return text + ")\n";
-}
-
-std::string MeaningText(const Export& entry, const std::string& result,
-                        const ResultMeaning& meaning) {
-  std::string text = entry.name + ' ' + result + ": " + meaning.means + '\n';
-  if (!meaning.next.empty()) text += "  next: " + meaning.next + '\n';
-  return text;
-}
-
-// What the same number means where an export of the same family answers it.
-std::string OthersText(const Export& entry, std::int64_t result, const std::string& means) {
-  std::string text;
-  std::vector<std::string> told = {entry.name};
-  for (const std::vector<std::string>& family : kFamilies) {
-    if (std::find(family.begin(), family.end(), entry.name) == family.end()) continue;
-    for (const std::string& name : family) {
-      const Export* const other = FindExport(name);
-      if (std::find(told.begin(), told.end(), name) != told.end() || other == nullptr) continue;
-      told.push_back(name);
-      const ResultMeaning* const meaning = MeaningOf(*other, result);
-      if (meaning == nullptr) {
-        text += "  unlike: " + name + " never answers that\n";
-      } else if (meaning->means != means) {
-        text +=
-            "  unlike: " + name + ' ' + NumberText(*other, result) + ": " + meaning->means + '\n';
-      }
-    }
-  }
-  return text;
-}
-
-}  // namespace
-
-const std::vector<Export>& Exports() {
-  static const std::vector<Export> exports = ReadList();
-  return exports;
-}
-
-const Export* FindExport(const std::string& name) {
-  const std::string plain = Undecorated(name);
-  for (const Export& entry : Exports()) {
-    if (entry.name == plain) return &entry;
-  }
-  return nullptr;
-}
-
-const ResultMeaning* MeaningOf(const Export& entry, std::int64_t result) {
-  for (const ResultMeaning& meaning : entry.results) {
-    const bool fits =
-        IsUnsignedType(entry.returns)
-            ? static_cast<std::uint64_t>(result) >= static_cast<std::uint64_t>(meaning.from) &&
-                  static_cast<std::uint64_t>(result) <= meaning.to
-            : result >= meaning.from && result <= static_cast<std::int64_t>(meaning.to);
+// What a result of an export means, null if the list does not have it.
+const Json* MeaningOf(const Json& entry, std::int64_t result) {
+  for (const Json& meaning : entry.at("results")) {
+    const Json& from = Bound(meaning, "from");
+    const Json& to = Bound(meaning, "to");
+    const auto bits = static_cast<std::uint64_t>(result);
+    const bool fits = IsUnsigned(entry)
+                          ? bits >= from.get<std::uint64_t>() && bits <= to.get<std::uint64_t>()
+                          : result >= from.get<std::int64_t>() && result <= to.get<std::int64_t>();
     if (fits) return &meaning;
   }
   return nullptr;
 }
 
-std::string Explain(const std::string& name, const std::optional<std::string>& result) {
-  const Export* const entry = FindExport(name);
-  if (entry == nullptr) {
-    throw std::invalid_argument("there is no export " + name + "; the nearest names are " +
-                                Suggestions(Undecorated(name)));
+std::string MeaningText(const Json& entry, const std::string& result, const Json& meaning) {
+  const std::string next = TextOf(meaning, "do");
+  return TextOf(entry, "name") + ' ' + result + ": " + TextOf(meaning, "means") + '\n' +
+         (next.empty() ? "" : "  next: " + next + '\n');
+}
+
+// What the same number means for the exports of the same families.
+std::string OthersText(const std::string& name, std::int64_t result, const Json& known) {
+  std::string text;
+  std::set<std::string> done = {name};
+  for (const Json& family : Texts("families")) {
+    if (std::find(family.begin(), family.end(), name) == family.end()) continue;
+    for (const Json& member : family) {
+      const auto other = member.get<std::string>();
+      if (!done.insert(other).second) continue;
+      const Json* const meaning = MeaningOf(*FindExport(other), result);
+      if (meaning == nullptr) {
+        text += "  unlike: " + other + " never returns it\n";
+      } else if (meaning->at("means") != known.at("means")) {
+        text += "  unlike: " + other + ": " + TextOf(*meaning, "means") + '\n';
+      }
+    }
   }
-  std::string text = Signature(*entry);
-  if (entry->returns == "void") return text + entry->name + " has no result\n";
-  if (!result) {
-    for (const ResultMeaning& meaning : entry->results) {
-      text += MeaningText(*entry, ResultText(*entry, meaning), meaning);
+  return text;
+}
+
+std::string ExplainEverywhere(const std::string& result) {
+  std::string text;
+  for (const Json& entry : Exports()) {
+    // A minus sign says that the type has one.
+    if (TextOf(entry, "returns") == "void" || (result[0] == '-' && IsUnsigned(entry))) continue;
+    try {
+      const std::int64_t value = ParseResult(entry, result);
+      const Json* const meaning = MeaningOf(entry, value);
+      if (meaning != nullptr) text += MeaningText(entry, NumberText(entry, value), *meaning);
+    } catch (const std::invalid_argument&) {
+      continue;  // the type is too small for it
+    }
+  }
+  return text.empty() ? "no function returns " + result + '\n' : text;
+}
+
+}  // namespace
+
+const Json& Exports() {
+  static const Json list = Json::parse(kExportList);
+  return list.at("exports");
+}
+
+const Json* FindExport(const std::string& name) {
+  const std::string wanted = LowerCase(name);
+  for (const Json& entry : Exports()) {
+    const std::string decorated = LowerCase(TextOf(entry, "decorated"));
+    if (wanted == LowerCase(TextOf(entry, "name")) || wanted == decorated) return &entry;
+  }
+  return nullptr;
+}
+
+std::string Explain(const std::string& word, const std::string& result) {
+  const Json* const entry = FindExport(word);
+  if (entry == nullptr) {
+    if (result.empty() && word.find_first_of("0123456789") <= 1) return ExplainEverywhere(word);
+    throw std::invalid_argument("the library has no function " + word);
+  }
+  const std::string name = TextOf(*entry, "name");
+  std::string text;
+  for (const Json& argument : entry->at("arguments")) {
+    text += (text.empty() ? "" : ", ") + argument.get<std::string>();
+  }
+  text = TextOf(*entry, "returns") + ' ' + name + '(' + text + ")\n";
+  if (result.empty()) {
+    if (entry->at("results").empty()) text += name + " returns nothing\n";
+    for (const Json& meaning : entry->at("results")) {
+      const std::string from = Bound(meaning, "from").dump();
+      const std::string to = Bound(meaning, "to").dump();
+      text += MeaningText(*entry, from == to ? from : from + " to " + to, meaning);
     }
     return text;
   }
-  const std::int64_t value = ParseResult(*entry, *result);
+  const std::int64_t value = ParseResult(*entry, result);
   const std::string number = NumberText(*entry, value);
-  const ResultMeaning* const meaning = MeaningOf(*entry, value);
+  const Json* const meaning = MeaningOf(*entry, value);
   if (meaning == nullptr) {
-    return text + entry->name + ' ' + number +
-           ": the library never answers that\n"
-           "  next: look whether this is the export that was called, and whether the library is "
-           "the one that doctor finds\n";
+    return text + name + " never returns " + number +
+           "\n  next: check that this function was called, and that \"doctor\" finds the library\n";
   }
-  return text + MeaningText(*entry, number, *meaning) + OthersText(*entry, value, meaning->means);
+  return text + MeaningText(*entry, number, *meaning) + OthersText(name, value, *meaning);
 }
 
 }  // namespace launcher::doctor

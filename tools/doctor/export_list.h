@@ -3,40 +3,35 @@
 #ifndef LAUNCHER_TOOLS_DOCTOR_EXPORT_LIST_H_
 #define LAUNCHER_TOOLS_DOCTOR_EXPORT_LIST_H_
 
-#include <cstdint>
-#include <optional>
+#include <nlohmann/json.hpp>
 #include <string>
-#include <vector>
+
+#include "doctor/machine.h"
 
 namespace launcher::doctor {
 
-struct ResultMeaning {
-  std::int64_t from;
-  std::uint64_t to;  // as the type of the result reads it; equal to `from` for one value
-  std::string means;
-  std::string next;
-};
+// The array in src/frame/exports.json.
+const nlohmann::json& Exports();
 
-struct Export {
-  std::uint32_t ordinal;
-  std::string name;
-  std::string decorated;
-  std::string returns;
-  std::vector<std::string> arguments;
-  std::vector<ResultMeaning> results;
-};
+// By its plain or its decorated name, in any case; null for none.
+const nlohmann::json* FindExport(const std::string& name);
 
-const std::vector<Export>& Exports();
+// The text of `doctor explain`. `word` is the name of an export, or a result, which is then
+// explained for every export that returns it. With an empty `result` all results of the export are
+// explained. Throws std::invalid_argument, with a sentence, for an unknown export or a wrong
+// result.
+std::string Explain(const std::string& word, const std::string& result);
 
-// By its plain or its decorated name; null for none.
-const Export* FindExport(const std::string& name);
+// Null if `library` does not have the export.
+inline void* FindIn(const LoadedLibrary& library, const nlohmann::json& entry) {
+  return library.Find(entry.at(kIsWindows ? "decorated" : "name").get<std::string>());
+}
 
-// What a result of an export means, null where the list does not say.
-const ResultMeaning* MeaningOf(const Export& entry, std::int64_t result);
-
-// The text of `doctor explain`, for all results where `result` is empty. Throws
-// std::invalid_argument, with a sentence, for an unknown export or a result that is none.
-std::string Explain(const std::string& name, const std::optional<std::string>& result);
+// The export of this name in `library`, which must have it, for a call. A macro, since the name is
+// both a type and a text.
+#define QX_IN(library, name)            \
+  (reinterpret_cast<decltype(&(name))>( \
+      ::launcher::doctor::FindIn(library, *::launcher::doctor::FindExport(#name))))
 
 }  // namespace launcher::doctor
 

@@ -1,114 +1,116 @@
 #include "doctor/finding.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <string>
-#include <utility>
 
+#include "doctor/built_in.h"
 #include "doctor/machine.h"
 #include "support/json_text.h"
 
 namespace launcher::doctor {
 namespace {
 
-using Json = nlohmann::json;
-
-constexpr std::size_t kStatusCount = 3;
-
-struct StatusLook {
-  const char* name;
-  const char* colour;
-};
-constexpr StatusLook kLooks[kStatusCount] = {
-    {"ok", "\x1b[32m"}, {"warning", "\x1b[33m"}, {"broken", "\x1b[31m"}};
-
-const StatusLook& LookOf(Status status) { return kLooks[static_cast<std::size_t>(status)]; }
-
-bool EndsAWord(const std::string& text, std::size_t at) {
-  return at == text.size() || std::string("\\/\"' :,;)]}\r\n").find(text[at]) != std::string::npos;
-}
-
-bool SameCharacter(char a, char b) {
+// Windows ignores case in paths and accepts both separators.
+bool IsSameInPaths(char a, char b) {
   const auto plain = [](char c) {
-    if (c == '/') return '\\';
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    return c == '/' ? '\\' : std::tolower(static_cast<unsigned char>(c));
   };
   return plain(a) == plain(b);
 }
 
-// Windows makes no difference between the cases, nor between the separators.
-void ReplaceWords(std::string& text, const std::string& word, const std::string& with,
-                  bool needsSeparator) {
-  if (word.empty()) return;
-  for (std::size_t at = 0; at + word.size() <= text.size();) {
-    const bool begins =
-        !needsSeparator || (at > 0 && (text[at - 1] == '/' || text[at - 1] == '\\'));
-    if (begins && EndsAWord(text, at + word.size()) &&
-        std::equal(word.begin(), word.end(), text.begin() + static_cast<std::ptrdiff_t>(at),
-                   SameCharacter)) {
-      text.replace(at, word.size(), with);
-      at += with.size();
-    } else {
-      ++at;
-    }
+bool IsPartOfWord(char c) {
+  return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_' || (c & 0x80) != 0;
+}
+
+// Replaces `word` if no letter or digit is beside it, and, if `isInPath`, only after a separator.
+std::string ReplaceWord(const std::string& text, const std::string& word, const char* with,
+                        bool isInPath) {
+  std::string replaced;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const char before = at == 0 ? ' ' : text[at - 1];
+    const std::size_t end = at + word.size();
+    const bool isWord = !word.empty() && end <= text.size() && !IsPartOfWord(before) &&
+                        (end == text.size() || !IsPartOfWord(text[end])) &&
+                        (!isInPath || before == '/' || before == '\\') &&
+                        std::equal(word.begin(), word.end(),
+                                   text.begin() + static_cast<std::ptrdiff_t>(at), IsSameInPaths);
+    replaced += isWord ? std::string(with) : text.substr(at, 1);
+    if (isWord) at = end - 1;
   }
+  return replaced;
 }
 
 }  // namespace
 
-const char* StatusName(Status status) { return LookOf(status).name; }
+const Json& Texts(const char* member) {
+  static const Json texts = Json::parse(kTexts);
+  return texts.at(member);
+}
 
-void Report::Add(Finding finding) {
-  for (std::string* text : {&finding.text, &finding.cause, &finding.next, &finding.jsonError}) {
-    *text = WithoutUser(*text);
+Json MakeFinding(const std::string& key, const std::vector<std::string>& words) {
+  Json finding = {{"id", key.substr(0, key.find('.'))}, {"cause", ""}, {"next", ""}};
+  finding.update(Texts("findings").at(key));
+  for (Json& member : finding) {
+    auto text = member.get<std::string>();
+    // From the last to the first, so that a word with a sign in it stays as it is.
+    for (std::size_t at = text.rfind('{'); at != std::string::npos;
+         at = at == 0 ? std::string::npos : text.rfind('{', at - 1)) {
+      const auto index = static_cast<std::size_t>(text[at + 1] - '1');
+      if (index < words.size()) text.replace(at, 3, words[index]);
+    }
+    member = text;
   }
-  status_ = std::max(status_, finding.status);
+  return finding;
+}
+
+void Report::AddFinding(Json finding) {
+  for (Json& member : finding) {
+    if (member.is_string()) member = WithoutUser(member.get<std::string>());
+  }
   findings_.push_back(std::move(finding));
-  if (tell_) tell_(findings_.back());
+  if (show_) show_(findings_.back());
+}
+
+std::size_t Report::Count(const char* status) const {
+  return static_cast<std::size_t>(
+      std::count_if(findings_.begin(), findings_.end(),
+                    [&](const Json& finding) { return finding.at("status") == status; }));
+}
+
+int Report::ExitStatus() const {
+  return Count("broken") != 0 ? kBrokenStatus : Count("warning") != 0 ? 1 : 0;
 }
 
 std::string Report::Summary() const {
-  std::size_t counts[kStatusCount] = {};
-  for (const Finding& finding : findings_) ++counts[static_cast<std::size_t>(finding.status)];
-  return "doctor: " + std::to_string(counts[2]) + " broken, " + Counted(counts[1], "warning") +
-         ", " + std::to_string(counts[0]) + " fine\n";
+  return "doctor: " + std::to_string(Count("broken")) + " broken, " +
+         Counted(Count("warning"), "warning") + ", " + std::to_string(Count("ok")) + " fine\n";
 }
 
 std::string Report::Text() const {
   std::string text;
-  for (const Finding& finding : findings_) text += FindingText(finding, false);
+  for (const Json& finding : findings_) text += FindingText(finding, false, false);
   return text + Summary();
 }
 
 std::string Report::JsonText() const {
-  Json list = Json::array();
-  for (const Finding& finding : findings_) {
-    Json entry = {{"id", finding.id},
-                  {"status", StatusName(finding.status)},
-                  {"text", finding.text},
-                  {"cause", finding.cause},
-                  {"next", finding.next}};
-    if (!finding.jsonError.empty()) entry["json_error"] = finding.jsonError;
-    if (!finding.field.empty()) entry["field"] = finding.field;
-    if (finding.line != 0) {
-      entry["line"] = finding.line;
-      entry["column"] = finding.column;
-    }
-    list.push_back(entry);
-  }
-  return launcher::JsonText({{"findings", list}, {"status", StatusName(status_)}}, 2) + '\n';
+  constexpr const char* kStatuses[] = {"ok", "warning", "broken"};
+  const Json report = {{"findings", findings_}, {"status", kStatuses[ExitStatus()]}};
+  return launcher::JsonText(report, 2) + '\n';
 }
 
-std::string FindingText(const Finding& finding, bool coloured) {
-  const StatusLook& look = LookOf(finding.status);
-  constexpr std::size_t kWidth = 9;
-  std::string text = look.name + std::string(kWidth - std::string(look.name).size(), ' ');
-  if (coloured) text = look.colour + text + "\x1b[0m";
-  text += finding.id + ": " + finding.text + '\n';
-  for (const auto& [name, more] :
-       {std::pair{"JSON library", finding.jsonError}, std::pair{"cause", finding.cause},
-        std::pair{"next", finding.next}}) {
-    if (!more.empty()) text += std::string(kWidth, ' ') + name + ": " + more + '\n';
+std::string FindingText(const Json& finding, bool isColoured, bool isVerbose) {
+  const auto part = [&](const char* member) { return finding.value(member, std::string()); };
+  std::string status = part("status");
+  const std::string colour = status == "ok" ? "32" : status == "warning" ? "33" : "31";
+  status.resize(9, ' ');
+  if (isColoured) status = "\x1b[" + colour + 'm' + status + "\x1b[0m";
+  std::string text = status + part("id") + ": " + part("text") + '\n' + part("excerpt");
+  for (const char* const member : {"detail", "json_error", "cause", "next"}) {
+    const bool isForAll = member[0] == 'c' || member[0] == 'n';
+    if (part(member).empty() || !(isForAll || isVerbose)) continue;
+    text += std::string(9, ' ') + member + ": " + part(member) + '\n';
   }
   return text;
 }
@@ -119,22 +121,27 @@ std::string Counted(std::size_t count, const std::string& noun) {
   return std::to_string(count) + ' ' + noun + (count == 1 ? "" : "s");
 }
 
+std::string Listed(const std::vector<std::string>& names) {
+  constexpr std::size_t kShown = 6;
+  std::string text;
+  for (std::size_t i = 0; i < names.size() && i < kShown; ++i) {
+    text += (i == 0 ? "" : ", ") + names[i];
+  }
+  if (names.size() > kShown) text += " and " + std::to_string(names.size() - kShown) + " more";
+  return text;
+}
+
 bool OutputIsWhole() { return std::fflush(stdout) == 0 && std::ferror(stdout) == 0; }
 
-std::string WithoutUser(const std::string& text) {
-  std::string hidden = text;
-  const UserTraces user = ThisUser();
-  std::string folder = user.folder;
-  while (folder.size() > 1 && (folder.back() == '/' || folder.back() == '\\')) folder.pop_back();
-  if (folder.size() > 1) {
-    ReplaceWords(hidden, folder, user.folderSign, false);
-    // As JSON has it.
-    std::string doubled;
-    for (const char c : folder) doubled += c == '\\' ? "\\\\" : std::string(1, c);
-    if (doubled != folder) ReplaceWords(hidden, doubled, user.folderSign, false);
-  }
-  ReplaceWords(hidden, user.name, user.nameSign, true);
-  return hidden;
+std::string WithoutUser(const std::string& text, bool isInPath) {
+  const auto [folder, name] = ThisUser();
+  const char* const folderSign = kIsWindows ? "%USERPROFILE%" : "~";
+  // JSON texts have two backslashes for one.
+  std::string doubled;
+  for (const char c : folder) doubled += c == '\\' ? "\\\\" : std::string(1, c);
+  const std::string hidden =
+      ReplaceWord(ReplaceWord(text, folder, folderSign, false), doubled, folderSign, false);
+  return ReplaceWord(hidden, name, kIsWindows ? "%USERNAME%" : "$USER", isInPath);
 }
 
 }  // namespace launcher::doctor

@@ -1,58 +1,54 @@
-// What the check-up finds, and how it is told: as lines for people, or as JSON.
+// What the check-up finds, and how it is shown: as lines for people, or as JSON.
 
 #ifndef LAUNCHER_TOOLS_DOCTOR_FINDING_H_
 #define LAUNCHER_TOOLS_DOCTOR_FINDING_H_
 
-#include <cstdint>
 #include <functional>
+#include <nlohmann/json.hpp>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace launcher::doctor {
 
-// In the order of weight. The exit status of a report is that of its worst finding.
-enum class Status : std::uint8_t { ok, warning, broken };
+using Json = nlohmann::json;
 
-constexpr int kBrokenStatus = static_cast<int>(Status::broken);
+// The exit status of a report is that of its worst finding: 0 ok, 1 warning, 2 broken.
+constexpr int kBrokenStatus = 2;
 constexpr int kUsageStatus = 3;
 
-const char* StatusName(Status status);
+// A member of texts.json.
+const Json& Texts(const char* member);
 
-struct Finding {
-  std::string id = {};
-  Status status = Status::ok;
-  std::string text = {};
-  std::string cause = {};      // the known cause, or empty
-  std::string next = {};       // the next step, or empty
-  std::string jsonError = {};  // the JSON library's own words, or empty
-  std::string field = {};      // the setting that it is about, or empty
-  std::size_t line = 0;        // in the settings file, 0 for none
-  std::size_t column = 0;
-};
+// The finding of texts.json with this key, with `words` in place of {1}, {2} and so on. Its members
+// are id, status, text, cause, next, for some findings detail, and what the caller adds: field,
+// line, column, excerpt (a line of the settings file, and a line with a caret) and json_error.
+Json MakeFinding(const std::string& key, const std::vector<std::string>& words = {});
 
 class Report {
  public:
-  // `tell` is called for each finding at once: what comes later may end the process.
-  explicit Report(std::function<void(const Finding&)> tell = nullptr) : tell_(std::move(tell)) {}
+  // `show` is called for each finding at once, if it is given.
+  explicit Report(std::function<void(const Json&)> show = nullptr) : show_(std::move(show)) {}
 
-  void Add(Finding finding);
+  // Both hide the user's folder and name in the finding.
+  void AddFinding(Json finding);
+  void Add(const std::string& key, const std::vector<std::string>& words = {}) {
+    AddFinding(MakeFinding(key, words));
+  }
 
-  const std::vector<Finding>& findings() const { return findings_; }
-  Status status() const { return status_; }
-  int ExitStatus() const { return static_cast<int>(status_); }
-
+  int ExitStatus() const;
   std::string Summary() const;
   std::string Text() const;
   std::string JsonText() const;
 
  private:
-  std::function<void(const Finding&)> tell_;
-  std::vector<Finding> findings_;
-  Status status_ = Status::ok;
+  std::size_t Count(const char* status) const;
+
+  std::function<void(const Json&)> show_;
+  Json findings_ = Json::array();
 };
 
-// The lines of a finding.
-std::string FindingText(const Finding& finding, bool coloured);
+std::string FindingText(const Json& finding, bool isColoured, bool isVerbose);
 
 // A JSON string in quotes, for texts that people read: what is not ASCII stays.
 std::string Quoted(const std::string& text);
@@ -60,11 +56,15 @@ std::string Quoted(const std::string& text);
 // "1 setting", "2 settings".
 std::string Counted(std::size_t count, const std::string& noun);
 
-// Whether all that was printed has gone out: a disk may be full, a reader gone.
+// The first six, "and 3 more".
+std::string Listed(const std::vector<std::string>& names);
+
+// Returns false if printing failed: a disk may be full, or a pipe closed.
 bool OutputIsWhole();
 
-// Hides the user's own folder and name in a text that leaves the machine.
-std::string WithoutUser(const std::string& text);
+// Replaces the user's folder, and the user's name: as a part of a path or, if not `isInPath`, as
+// any word.
+std::string WithoutUser(const std::string& text, bool isInPath = true);
 
 }  // namespace launcher::doctor
 

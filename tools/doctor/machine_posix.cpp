@@ -1,6 +1,7 @@
 #include <dlfcn.h>
 #include <pwd.h>
 #include <sys/utsname.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -22,7 +23,6 @@ std::string Environment(const char* name) {
   return value != nullptr ? value : "";
 }
 
-// Where the system looks for a library of this name, as far as the environment tells.
 std::optional<fs::path> InSearchPath(const char* name) {
   std::istringstream folders(Environment("LD_LIBRARY_PATH"));
   for (std::string folder; std::getline(folders, folder, ':');) {
@@ -31,13 +31,30 @@ std::optional<fs::path> InSearchPath(const char* name) {
   return std::nullopt;
 }
 
+std::uint32_t Number(const std::string& bytes, std::size_t at, std::size_t size) {
+  std::uint32_t number = 0;
+  while (size-- > 0) {
+    number =
+        number << 8 | static_cast<unsigned char>(at + size < bytes.size() ? bytes[at + size] : 0);
+  }
+  return number;
+}
+
+// The algorithm of Windows for the checksum of a program file, whose own field counts as zero.
+std::uint32_t Checksum(const std::string& bytes, std::size_t field) {
+  std::uint32_t sum = 0;
+  for (std::size_t at = 0; at < bytes.size(); at += 2) {
+    if (at == field || at == field + 2) continue;
+    sum += Number(bytes, at, 2);
+    sum = (sum & 0xFFFF) + (sum >> 16);
+  }
+  return sum + static_cast<std::uint32_t>(bytes.size());
+}
+
 }  // namespace
 
 const char* const kLibraryName = "libLauncherDll.so";
 const char* const kSteamName = "libsteam_api.so";
-const ImageFormat kMachineFormat = ImageFormat::elf;
-const bool kNamesAreDecorated = false;
-const bool kTextEndsAtControlZ = false;
 const bool kIsWindows = false;
 
 std::vector<std::string> Arguments(int count, char** arguments) {
@@ -46,7 +63,7 @@ std::vector<std::string> Arguments(int count, char** arguments) {
 
 fs::path ProgramFolder() { return fs::read_symlink("/proc/self/exe").parent_path(); }
 
-// Programs lie in bin/ and libraries in lib/ beside it.
+// Programs are in bin/ and libraries in lib/ beside it.
 std::optional<fs::path> FindLibrary() {
   for (const fs::path& folder : {ProgramFolder(), ProgramFolder().parent_path() / "lib"}) {
     if (fs::exists(folder / kLibraryName)) return folder / kLibraryName;
@@ -59,33 +76,62 @@ std::optional<fs::path> FindSteam(const fs::path& libraryFolder) {
   return InSearchPath(kSteamName);
 }
 
-std::optional<LoadedLibrary> LoadedLibrary::Load(const fs::path& path, std::string& error) {
+// Libraries for Linux have no version. A library for Windows is examined as far as its header goes:
+// doctor.exe does more.
+std::string ExamineFile(const fs::path& /*path*/, const std::string& bytes,
+                        std::string& /*version*/) {
+  if (bytes.compare(0, 4,
+                    "\x7f"
+                    "ELF") == 0)
+    return "image.unversioned";
+  const std::size_t header = Number(bytes, 60, 4);
+  if (bytes.compare(0, 2, "MZ") != 0 || Number(bytes, header, 4) != 0x4550) return "image.none";
+  if (Number(bytes, header + 4, 2) != 0x14C) return "image.processor";
+  if ((Number(bytes, header + 22, 2) & 0x2000) == 0) return "image.program";
+  const bool fits = Checksum(bytes, header + 88) == Number(bytes, header + 88, 4);
+  return fits ? "version.foreign" : "image.checksum";
+}
+
+std::optional<LoadedLibrary> Load(const fs::path& path, std::string& error) {
   void* const handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (handle == nullptr) {
     const char* const why = dlerror();
     error = why != nullptr ? why : "no reason is known";
     return std::nullopt;
   }
-  return LoadedLibrary(handle);
+  return LoadedLibrary{handle};
 }
 
-void* LoadedLibrary::Find(const std::string& name) const { return dlsym(handle_, name.c_str()); }
+void* LoadedLibrary::Find(const std::string& name) const { return dlsym(handle, name.c_str()); }
 
-fs::path LoadedLibrary::Where() const {
-  void* const inside = dlsym(handle_, "QX_IsFailed");
-  Dl_info found = {};
-  return inside != nullptr && dladdr(inside, &found) != 0 ? found.dli_fname : fs::path();
+void* LoadedLibrary::FindOrdinal(std::uint32_t /*ordinal*/) const { return nullptr; }
+
+int RunThisProgram(const std::vector<std::string>& arguments) {
+  std::vector<char*> words = {const_cast<char*>("doctor")};
+  for (const std::string& argument : arguments)
+    words.push_back(const_cast<char*>(argument.c_str()));
+  words.push_back(nullptr);
+  const pid_t child = fork();
+  if (child == 0) {
+    execv("/proc/self/exe", words.data());
+    _exit(1);
+  }
+  int status = 1;
+  return child > 0 && waitpid(child, &status, 0) == child ? status : 1;
 }
 
-CodePageAnswer SurvivesCodePage(const fs::path& /*path*/) { return CodePageAnswer::noQuestion; }
+bool SurvivesCodePage(const fs::path& /*path*/) { return true; }
 
-UserTraces ThisUser() {
-  std::string name;
-  if (const passwd* const user = getpwuid(getuid())) name = user->pw_name;
-  return {Environment("HOME"), "~", name, "$USER"};
+std::pair<std::string, std::string> ThisUser() {
+  const passwd* const user = getpwuid(getuid());
+  std::string folder = Environment("HOME");
+  while (!folder.empty() && folder.back() == '/') folder.pop_back();
+  return {folder, user != nullptr ? user->pw_name : ""};
 }
 
 void ShowUtf8() {}
+
+void WaitForKeyAfterDoubleClick() {}
 
 std::string NarrowPath(const fs::path& path) { return path.string(); }
 

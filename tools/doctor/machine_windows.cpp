@@ -1,6 +1,9 @@
 #include <windows.h>
 
-// Behind windows.h.
+// These need <windows.h> first.
+#include <conio.h>
+#include <imagehlp.h>
+#include <process.h>
 #include <shellapi.h>
 
 #include <cstdlib>
@@ -10,6 +13,7 @@
 #include <vector>
 
 #include "doctor/machine.h"
+#include "support/output_file.h"
 
 namespace launcher::doctor {
 namespace {
@@ -25,9 +29,9 @@ std::wstring Environment(const wchar_t* name) {
   return value != nullptr ? value : L"";
 }
 
-std::wstring ModuleFile(HMODULE module) {
+std::wstring ProgramFile() {
   std::wstring file(kLongestPath, L'\0');
-  file.resize(GetModuleFileNameW(module, file.data(), kLongestPath));
+  file.resize(GetModuleFileNameW(nullptr, file.data(), kLongestPath));
   return file;
 }
 
@@ -35,16 +39,35 @@ UINT codePageBefore = 0;
 
 void RestoreCodePage() { SetConsoleOutputCP(codePageBefore); }
 
-// RtlGetVersion, unlike GetVersionEx, tells the truth to programs without a manifest.
+// RtlGetVersion, unlike GetVersionEx, returns the real version to programs without a manifest.
 using RtlGetVersionFunction = LONG(WINAPI*)(OSVERSIONINFOW*);
+
+std::string LastErrorText() {
+  const DWORD error = GetLastError();
+  return SystemErrorText(static_cast<SystemError>(error)) + " (error " + std::to_string(error) +
+         ")";
+}
+
+// Empty if the file has none.
+std::string FileVersion(const fs::path& path) {
+  std::vector<char> block(GetFileVersionInfoSizeW(path.c_str(), nullptr));
+  void* value = nullptr;
+  UINT size = 0;
+  if (block.empty() ||
+      !GetFileVersionInfoW(path.c_str(), 0, static_cast<DWORD>(block.size()), block.data()) ||
+      !VerQueryValueW(block.data(), L"\\", &value, &size) || size < sizeof(VS_FIXEDFILEINFO)) {
+    return {};
+  }
+  const auto* const info = static_cast<const VS_FIXEDFILEINFO*>(value);
+  return std::to_string(HIWORD(info->dwFileVersionMS)) + '.' +
+         std::to_string(LOWORD(info->dwFileVersionMS)) + '.' +
+         std::to_string(HIWORD(info->dwFileVersionLS));
+}
 
 }  // namespace
 
 const char* const kLibraryName = "LauncherDll.dll";
 const char* const kSteamName = "steam_api.dll";
-const ImageFormat kMachineFormat = ImageFormat::pe;
-const bool kNamesAreDecorated = true;
-const bool kTextEndsAtControlZ = true;
 const bool kIsWindows = true;
 
 std::vector<std::string> Arguments(int /*count*/, char** /*arguments*/) {
@@ -56,7 +79,7 @@ std::vector<std::string> Arguments(int /*count*/, char** /*arguments*/) {
   return arguments;
 }
 
-fs::path ProgramFolder() { return fs::path(ModuleFile(nullptr)).parent_path(); }
+fs::path ProgramFolder() { return fs::path(ProgramFile()).parent_path(); }
 
 std::optional<fs::path> FindLibrary() {
   std::wstring found(kLongestPath, L'\0');
@@ -68,50 +91,71 @@ std::optional<fs::path> FindLibrary() {
   return fs::path(found);
 }
 
-// Beside the program, which is the launcher where doctor lies with it, then the system's.
-std::optional<fs::path> FindSteam(const fs::path& /*libraryFolder*/) {
+// The library looks beside the program, which is the launcher if doctor is in its folder.
+std::optional<fs::path> FindSteam(const fs::path& libraryFolder) {
   std::wstring system(MAX_PATH, L'\0');
   system.resize(GetSystemDirectoryW(system.data(), MAX_PATH));
-  for (const fs::path& folder : {ProgramFolder(), fs::path(system)}) {
+  for (const fs::path& folder : {ProgramFolder(), libraryFolder, fs::path(system)}) {
     if (fs::exists(folder / kSteamName)) return folder / kSteamName;
   }
   return std::nullopt;
 }
 
-std::optional<LoadedLibrary> LoadedLibrary::Load(const fs::path& path, std::string& error) {
+std::string ExamineFile(const fs::path& path, const std::string& /*bytes*/, std::string& version) {
+  // Maps the file without running anything of it.
+  const HMODULE module = LoadLibraryExW(path.c_str(), nullptr, DONT_RESOLVE_DLL_REFERENCES);
+  // Error 193.
+  if (module == nullptr && GetLastError() == ERROR_BAD_EXE_FORMAT) return "image.processor";
+  if (module != nullptr) FreeLibrary(module);
+  version = FileVersion(path);
+  DWORD expected = 0;
+  DWORD actual = 0;
+  const DWORD result = MapFileAndCheckSumW(path.c_str(), &expected, &actual);
+  return result == CHECKSUM_SUCCESS && expected == actual ? "" : "image.checksum";
+}
+
+std::optional<LoadedLibrary> Load(const fs::path& path, std::string& error) {
   const HMODULE module = LoadLibraryW(path.c_str());
   if (module == nullptr) {
-    error = "error " + std::to_string(GetLastError()) + " of Windows";
+    error = LastErrorText();
     return std::nullopt;
   }
-  return LoadedLibrary(module);
+  return LoadedLibrary{module};
 }
 
 void* LoadedLibrary::Find(const std::string& name) const {
-  return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(handle_), name.c_str()));
+  return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(handle), name.c_str()));
 }
 
-fs::path LoadedLibrary::Where() const { return ModuleFile(static_cast<HMODULE>(handle_)); }
-
-CodePageAnswer SurvivesCodePage(const fs::path& path) {
-  const std::wstring wide = path.wstring();
-  std::string narrow(wide.size() * 4, '\0');
-  BOOL isReplaced = FALSE;
-  // UTF-8 as the code page takes neither the flag nor the question.
-  const bool isUtf8 = GetACP() == CP_UTF8;
-  const int length = WideCharToMultiByte(
-      CP_ACP, isUtf8 ? 0 : WC_NO_BEST_FIT_CHARS, wide.c_str(), static_cast<int>(wide.size()),
-      narrow.data(), static_cast<int>(narrow.size()), nullptr, isUtf8 ? nullptr : &isReplaced);
-  std::wstring back(wide.size() * 2 + 1, L'\0');
-  const int backLength = MultiByteToWideChar(CP_ACP, 0, narrow.c_str(), length, back.data(),
-                                             static_cast<int>(back.size()));
-  back.resize(static_cast<std::size_t>(backLength));
-  return isReplaced == FALSE && back == wide ? CodePageAnswer::survives : CodePageAnswer::doesNot;
+void* LoadedLibrary::FindOrdinal(std::uint32_t ordinal) const {
+  return reinterpret_cast<void*>(GetProcAddress(
+      static_cast<HMODULE>(handle), reinterpret_cast<const char*>(std::uintptr_t{ordinal})));
 }
 
-UserTraces ThisUser() {
-  return {Utf8(Environment(L"USERPROFILE")), "%USERPROFILE%", Utf8(Environment(L"USERNAME")),
-          "%USERNAME%"};
+int RunThisProgram(const std::vector<std::string>& arguments) {
+  std::vector<std::wstring> quoted;  // file names have no quotes
+  for (const std::string& argument : arguments) {
+    quoted.push_back(L'"' + fs::u8path(argument).wstring() + L'"');
+  }
+  std::vector<const wchar_t*> words = {L"doctor"};
+  for (const std::wstring& word : quoted) words.push_back(word.c_str());
+  words.push_back(nullptr);
+  // The child inherits this: a crash opens no window.
+  SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
+  return static_cast<int>(_wspawnv(_P_WAIT, ProgramFile().c_str(), words.data()));
+}
+
+bool SurvivesCodePage(const fs::path& path) {
+  const std::string narrow = NarrowPath(path);
+  std::wstring back(narrow.size(), L'\0');
+  back.resize(static_cast<std::size_t>(
+      MultiByteToWideChar(CP_ACP, 0, narrow.c_str(), static_cast<int>(narrow.size()), back.data(),
+                          static_cast<int>(back.size()))));
+  return back == path.wstring();
+}
+
+std::pair<std::string, std::string> ThisUser() {
+  return {Utf8(Environment(L"USERPROFILE")), Utf8(Environment(L"USERNAME"))};
 }
 
 void ShowUtf8() {
@@ -123,7 +167,20 @@ void ShowUtf8() {
   if (SetConsoleOutputCP(CP_UTF8) != FALSE) std::atexit(RestoreCodePage);
 }
 
-// What the code page lacks becomes a question mark, which no file name has.
+void WaitForKeyAfterDoubleClick() {
+  DWORD processes[2];
+  DWORD mode = 0;
+  // Any other process of the console is a shell, and the window stays open.
+  if (GetConsoleProcessList(processes, 2) != 1 ||
+      !GetConsoleMode(GetStdHandle(STD_INPUT_HANDLE), &mode)) {
+    return;
+  }
+  std::printf("\nPress a key to close this window.\n");
+  std::fflush(stdout);
+  _getch();
+}
+
+// What the code page does not have becomes a question mark, which no file name has.
 std::string NarrowPath(const fs::path& path) {
   const std::wstring wide = path.wstring();
   std::string narrow(wide.size() * 4, '\0');
