@@ -55,7 +55,7 @@ PROGRAMS = {
         "mark": ("put the signature marker before the data", BFBR_ALL + BFBR_DATA, FILE),
     },
     "doctor": {
-        "": ("", DOCTOR_FILES + FINDINGS + [("--version", None, "print the version")], None),
+        "": ("", DOCTOR_FILES + FINDINGS + [("-V --version", None, "print the version")], None),
         "config": ("the settings file alone", [HELP], None),
         "config check": ("show what is wrong with the settings file", DOCTOR_FILES + FINDINGS, None),
         "config repair": ("repair the settings file",

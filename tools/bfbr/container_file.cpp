@@ -151,7 +151,7 @@ void FileWorker::Reserve(std::uint64_t capacity) {
 }
 
 void FileWorker::Read(const std::string& name, std::size_t offset, std::uint64_t limit) {
-  const OwnedFile file = OpenInput(name);
+  const OwnedStream file = OpenInput(name);
   if (!file) {
     Fail(Reason::kRead, "cannot be opened: " + SystemErrorText(LastFileError()) +
                             ": check the name and that you may read it");

@@ -37,7 +37,7 @@ bool KeyFromDigits(const std::string& digits, Key* key) {
 std::optional<int> FindKey(const Options& options, Key* key) {
   char bytes[kLongestKey + 1] = "";
   if (!options.keyFile.empty()) {
-    const OwnedFile file = OpenInput(options.keyFile);
+    const OwnedStream file = OpenInput(options.keyFile);
     if (file) key->assign(bytes, bytes + std::fread(bytes, 1, sizeof bytes, file.get()));
     if (!file || std::ferror(file.get()) != 0) {
       PrintMessage(options.keyFile + ": the key cannot be read: " +

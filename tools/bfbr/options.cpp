@@ -114,7 +114,7 @@ std::string PathIn(const std::string& directory, const std::string& name) {
 
 // Adds the lines of the list. Returns an exit code if it cannot be read.
 std::optional<int> ReadList(const std::string& list, std::vector<std::string>* names) {
-  const OwnedFile file = OpenInput(list);
+  const OwnedStream file = OpenInput(list);
   std::string name;
   for (int c = 0; file && c != EOF;) {
     c = std::fgetc(file.get());
@@ -238,8 +238,8 @@ std::optional<std::uint64_t> SizeOf(const std::string& name) {
   return size;
 }
 
-OwnedFile OpenInput(const std::string& name) {
-  return OwnedFile(name == "-" ? stdin : std::fopen(name.c_str(), "rb"));
+OwnedStream OpenInput(const std::string& name) {
+  return OwnedStream(name == "-" ? stdin : std::fopen(name.c_str(), "rb"));
 }
 
 std::optional<int> ParseOptions(int argumentCount, char** arguments, Options* options) {

@@ -65,7 +65,7 @@ std::filesystem::path InputPath(const std::string& name);
 std::optional<std::uint64_t> SizeOf(const std::string& name);
 
 // Opens a file to read, or the standard input for "-". Null after a failure: see LastFileError.
-OwnedFile OpenInput(const std::string& name);
+OwnedStream OpenInput(const std::string& name);
 
 }  // namespace launcher
 

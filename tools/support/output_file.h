@@ -40,7 +40,7 @@ bool IsLink(const std::filesystem::path& path);
 struct CloseFile {
   void operator()(std::FILE* file) const { std::fclose(file); }
 };
-using OwnedFile = std::unique_ptr<std::FILE, CloseFile>;
+using OwnedStream = std::unique_ptr<std::FILE, CloseFile>;
 
 // Writes all of it, past the stream's buffer.
 SystemError WriteToStream(std::FILE* stream, const void* data, std::size_t size);
@@ -70,7 +70,7 @@ class OutputFile {
 
  private:
   NewFile file_;
-  OwnedFile device_;
+  OwnedStream device_;
   SystemPath place_;
   std::optional<std::filesystem::file_time_type> time_;
 };
