@@ -67,7 +67,7 @@ void CheckKnownAnswers(const LoadedLibrary& library, Report& report) {
   for (const Json& vector : vectors) {
     const Bytes payload = FromHex(vector.at("payload"));
     expect("file_cipher_decode", DecodesRight(library, vector, payload));
-    if (vector.at("encoded") && vector.at("prefix") == "") {
+    if (vector.at("encoded") && vector.at("prefix").get<std::string>().empty()) {
       expect("QX_Encode", EncodesRight(library, payload, FromHex(vector.at("container"))));
     }
   }

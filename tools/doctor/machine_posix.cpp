@@ -80,10 +80,8 @@ std::optional<fs::path> FindSteam(const fs::path& libraryFolder) {
 // doctor.exe does more.
 std::string ExamineFile(const fs::path& /*path*/, const std::string& bytes,
                         std::string& /*version*/) {
-  if (bytes.compare(0, 4,
-                    "\x7f"
-                    "ELF") == 0)
-    return "image.unversioned";
+  constexpr std::uint32_t kElf = 0x464C457F;  // the first four bytes
+  if (Number(bytes, 0, 4) == kElf) return "image.unversioned";
   const std::size_t header = Number(bytes, 60, 4);
   if (bytes.compare(0, 2, "MZ") != 0 || Number(bytes, header, 4) != 0x4550) return "image.none";
   if (Number(bytes, header + 4, 2) != 0x14C) return "image.processor";
@@ -108,8 +106,9 @@ void* LoadedLibrary::FindOrdinal(std::uint32_t /*ordinal*/) const { return nullp
 
 int RunThisProgram(const std::vector<std::string>& arguments) {
   std::vector<char*> words = {const_cast<char*>("doctor")};
-  for (const std::string& argument : arguments)
+  for (const std::string& argument : arguments) {
     words.push_back(const_cast<char*>(argument.c_str()));
+  }
   words.push_back(nullptr);
   const pid_t child = fork();
   if (child == 0) {
