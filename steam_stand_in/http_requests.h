@@ -47,7 +47,8 @@ class HttpRequests {
 
   const HttpLimits limits_;
   std::map<std::uint32_t, Open> open_;
-  std::uint32_t lastHandle_ = 0;
+  // Of all sessions, so that a handle of an ended one is not valid in the next.
+  static inline std::uint32_t lastHandle_ = 0;
   std::uint64_t lastCall_ = 0;
 };
 

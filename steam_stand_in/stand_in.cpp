@@ -222,7 +222,7 @@ class Http final : public ISteamHTTP {
       if (!toSend) return false;
       std::optional<HttpResponse> response = Fetch(*toSend, current->http.Limits());
       const Lock lock(mutex);
-      return current->http.EndSending(request, std::move(response), call);
+      return session == current && current->http.EndSending(request, std::move(response), call);
     });
   }
 

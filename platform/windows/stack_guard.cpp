@@ -13,13 +13,18 @@ std::uintptr_t __stack_chk_guard = 0;
 [[noreturn]] void __stack_chk_fail();
 }
 
-// Ends the process without the exception handlers, whose addresses are on the damaged stack.
+// Ends the process without calling exception handlers: an attacker could have chosen one.
 void __stack_chk_fail() {
 #if defined(__i386__) || defined(__x86_64__)
-  // Windows' fast failure, as by Microsoft's __fastfail, which GCC does not have.
+  // The fast failure of Windows 8 and later, which also reports the crash. As Microsoft's
+  // __fastfail, which GCC does not have.
   constexpr int kStackCookieCheckFailure = 2;
-  __asm__ volatile("int $0x29" : : "c"(kStackCookieCheckFailure));
+  if (IsProcessorFeaturePresent(PF_FASTFAIL_AVAILABLE)) {
+    __asm__ volatile("int $0x29" : : "c"(kStackCookieCheckFailure));
+  }
 #endif
+  constexpr UINT kStackBufferOverrun = 0xC0000409;
+  TerminateProcess(GetCurrentProcess(), kStackBufferOverrun);
   __builtin_trap();
 }
 

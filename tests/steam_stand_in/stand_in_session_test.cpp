@@ -37,6 +37,17 @@ TEST_F(StandInSession, HasNoInterfacesOutside) {
   }
 }
 
+// A transfer can outlive its session; its handle must not get the response of another request.
+TEST_F(StandInSession, DoesNotReuseTheHandlesOfAnEndedOne) {
+  Start("{}");
+  const std::uint32_t before = SteamHTTP()->CreateHTTPRequest(1, "http://127.0.0.1:1/");
+  Start("{}");
+  const std::uint32_t after = SteamHTTP()->CreateHTTPRequest(1, "http://127.0.0.1:1/");
+  EXPECT_NE(before, 0u);
+  EXPECT_NE(after, before);
+  EXPECT_FALSE(SteamHTTP()->ReleaseHTTPRequest(before));
+}
+
 TEST_F(StandInSession, InterfacesOfAnEndedOneFail) {
   Start("{}");
   ISteamUser* const user = SteamUser();
