@@ -120,19 +120,19 @@ complete -o filenames -F _{program} {program}
 def for_zsh(program, commands):
     cases = []
     for command, (_, options, rest) in commands.items():
-        specs = []
+        words = []
         for names, value, text in options:
             action = {None: "", FILE: ":file:_files", FOLDER: ":folder:_files -/", TEXT: ":value:"}.get(
                 value, f":word:({value})")
-            specs += [f"({names}){name}[{text}]{action}" for name in names.split()]
+            words += [f"({names}){name}[{text}]{action}" for name in names.split()]
         if rest:
-            specs.append("*:file:_files")
+            words.append("*:file:_files")
         following = [f"{word}:{text}" for word, text in next_words(commands, command)]
         lines = [f"    '{command}')"]
         if following:
             lines += [f"      following=({' '.join(map(shlex.quote, following))})",
                       "      if (( CURRENT == 2 )); then _describe -t commands command following; fi"]
-        lines += ["      _arguments -s " + " \\\n        ".join(map(shlex.quote, specs)), "      ;;"]
+        lines += ["      _arguments -s " + " \\\n        ".join(map(shlex.quote, words)), "      ;;"]
         cases.append("\n".join(lines))
     return f"""#compdef {program}
 # zsh completion for {program}
