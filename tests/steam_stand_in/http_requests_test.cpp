@@ -258,18 +258,18 @@ TEST_F(StandInHttp, GivesTheBodyForItsSizeAlone) {
 }
 
 TEST_F(StandInHttp, CountsItsHandles) {
-  EXPECT_EQ(Create(kGet, "/text"), 1u);
-  EXPECT_EQ(Create(kGet, "/text"), 2u);
-  EXPECT_TRUE(SteamHTTP()->ReleaseHTTPRequest(1));
-  EXPECT_EQ(Create(kGet, "/text"), 3u);
+  const std::uint32_t first = Create(kGet, "/text");
+  EXPECT_EQ(Create(kGet, "/text"), first + 1);
+  EXPECT_TRUE(SteamHTTP()->ReleaseHTTPRequest(first));
+  EXPECT_EQ(Create(kGet, "/text"), first + 2);
 
   std::uint64_t call = 0;
-  EXPECT_TRUE(SteamHTTP()->SendHTTPRequest(2, nullptr));
-  EXPECT_FALSE(SteamHTTP()->SendHTTPRequest(2, &call));
-  EXPECT_TRUE(SteamHTTP()->SendHTTPRequest(3, &call));
+  EXPECT_TRUE(SteamHTTP()->SendHTTPRequest(first + 1, nullptr));
+  EXPECT_FALSE(SteamHTTP()->SendHTTPRequest(first + 1, &call));
+  EXPECT_TRUE(SteamHTTP()->SendHTTPRequest(first + 2, &call));
   EXPECT_EQ(call, 2u);
 
-  for (const std::uint32_t request : {0u, 1u, 4u, 0xFFFFFFFFu}) {
+  for (const std::uint32_t request : {0u, first, first + 3, 0xFFFFFFFFu}) {
     EXPECT_FALSE(Send(request));
     EXPECT_EQ(Body(request), "no size");
     EXPECT_FALSE(SteamHTTP()->ReleaseHTTPRequest(request));
@@ -279,10 +279,11 @@ TEST_F(StandInHttp, CountsItsHandles) {
 }
 
 TEST_F(StandInHttp, HasAMostOfOpenRequests) {
-  for (std::uint32_t i = 1; i <= 64; ++i) ASSERT_EQ(Create(kGet, "/text"), i);
+  const std::uint32_t first = Create(kGet, "/text");
+  for (std::uint32_t i = 1; i < 64; ++i) ASSERT_EQ(Create(kGet, "/text"), first + i);
   EXPECT_EQ(Create(kGet, "/text"), 0u);
-  EXPECT_TRUE(SteamHTTP()->ReleaseHTTPRequest(7));
-  EXPECT_EQ(Create(kGet, "/text"), 65u);
+  EXPECT_TRUE(SteamHTTP()->ReleaseHTTPRequest(first + 6));
+  EXPECT_EQ(Create(kGet, "/text"), first + 64);
 }
 
 }  // namespace
