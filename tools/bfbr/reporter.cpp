@@ -58,7 +58,7 @@ std::string TextOf(const Outcome& outcome, Command command) {
          "  sha256           " + *outcome.sha256 + "\n" +                        //
          "  marker           " + (*outcome.hasMarker ? "yes" : "no") + "\n" +    //
          "  filler           " +
-         (*outcome.isFillerZero ? "zero" : "not zero, which readers do not mind") + "\n" +
+         (*outcome.isFillerZero ? "zero" : "not zero, which does no harm") + "\n" +
          "  repeated blocks  " + Grouped(*outcome.repeatedBlocks) + " of " +
          Grouped(*outcome.containerSize / 8) + "\n";
 }
