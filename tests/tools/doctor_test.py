@@ -69,7 +69,7 @@ BROKEN = {
     "a section's name": (staging(b'"x"').replace(b'"Settings"', b'"settings"'), SECTION, 1, 1, "x", ""),
     "a comma at the end": (edit(b'"false"\n', b'"false",\n'), ALL, 17, 5, "true", "removed 1 comma after"),
     "no comma": (staging(b'"x"').replace(b'"x",', b'"x"'), ALL, 15, 9, "x", "anew"),
-    "no quotes": (staging(b"http://x/y?z"), ALL, 14, 23, "true", "anew"),
+    "no quotes": (staging(b"http://x/y?z"), ALL, 14, 23, "true", "it was unreadable"),
     "no second quote": (staging(b'"x').replace(b"1_63_0", b"\xC3\xA4"), ALL, 14, 26, "true", "Ver_\xE4"),
     "a quote inside": (staging(b'"a "b" c"'), ALL, 14, 27, "true", "anew"),
     "a path": (staging(b'"C:\\games\\new\\\\x\\"y"'), ALL, 14, 23, 'C:\\games\\new\\x"y', "backslashes"),
