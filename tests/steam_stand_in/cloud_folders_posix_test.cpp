@@ -1,7 +1,10 @@
-// What only a file system of Linux can hold.
+// Links and names that only Linux has, and a writer that is killed.
 
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <csignal>
 #include <string>
 
 #include "steam_stand_in/stand_in_test.h"
@@ -41,6 +44,33 @@ TEST_F(StandInCloudFolder, IsNotLeftOverLinks) {
   fs::create_directory_symlink(fs::absolute("outside"), "stand_in/7/cloud/sub");
   EXPECT_FALSE(storage->FileWrite("sub/a", "y", 1));
   EXPECT_EQ(test::ReadFile("outside/a"), "x");
+}
+
+TEST_F(StandInCloudFolder, HasWholeFilesAfterAKill) {
+  WriteSettings(R"({"accountId": 7})");
+  const std::string contents[] = {std::string(3'000'000, 'a'), std::string(2'000'000, 'b')};
+  const auto isWhole = [&](const std::string& name) {
+    const std::string content = test::ReadFile("stand_in/7/" + name);
+    return content == contents[0] || content == contents[1];
+  };
+  const pid_t writer = fork();
+  if (writer == 0) {
+    SteamAPI_Init();
+    for (int i = 0;; ++i) {
+      const std::string& content = contents[i % 2];
+      SteamRemoteStorage()->FileWrite("a", content.data(), static_cast<int>(content.size()));
+    }
+  }
+  for (int i = 0; !fs::exists("stand_in/7/cloud/a") && i < 60'000; ++i) usleep(1000);
+  // The writer is inside a write: nothing else is staged.
+  const auto isStaged = [] { return !fs::is_empty("stand_in/7/staging"); };
+  for (int i = 0; !isStaged() && i < 1'000'000; ++i) {
+  }
+  kill(writer, SIGKILL);
+  waitpid(writer, nullptr, 0);
+  EXPECT_TRUE(isWhole("remote/a") && isWhole("cloud/a"));
+  ASSERT_TRUE(SteamAPI_Init());
+  EXPECT_FALSE(isStaged());
 }
 
 TEST_F(StandInCloudFolder, ListsCloudFilesOnly) {

@@ -5,16 +5,24 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 
 #include "platform/steam_api.h"
-#include "steam_stand_in/processes.h"
 #include "steam_stand_in/stand_in.h"
 #include "support/data_file.h"
 #include "support/scratch_directory.h"
 
 namespace launcher::test {
+
+inline void SetEnvironment(const char* name, const char* value) {
+#if defined(_WIN32)
+  _putenv_s(name, value);
+#else
+  setenv(name, value, 1);
+#endif
+}
 
 class StandInTest : public ScratchTest {
  protected:
