@@ -33,8 +33,8 @@ def doctor(*arguments, library=LIBRARY, cwd=WORK, **more):
                           check=False, cwd=cwd, **more)
 
 
+# The exit status, and the findings by id.
 def findings(*arguments, **more):
-    """The exit status, and the findings by id."""
     done = doctor(*arguments, "--json", **more)
     report = json.loads(done.stdout)
     assert report["status"] == ["ok", "warning", "broken"][done.returncode], done
@@ -133,6 +133,11 @@ def inverted(content, at):
     return content[:at] + bytes(byte ^ 0xFF for byte in content[at:at + 16]) + content[at + 16:]
 
 
+def shared_library(source, file):
+    compiler = "i686-w64-mingw32-gcc" if RUN else "cc"
+    subprocess.run([compiler, "-shared", "-fPIC", "-xc", "-", "-o", str(file)], input=source, check=True)
+
+
 def libraries():
     """File, exit status, finding, a word of it. Catches: a wrong library that passes, or is loaded."""
     whole = LIBRARY.read_bytes()
@@ -142,15 +147,12 @@ def libraries():
         return cases + [(header(), 1, "version", "only the checksum"), (inverted(header(), 200), 2, "image", "damaged"),
                         (header(0x8664), 2, "image", "32-bit"), (header(flags=0x102), 2, "image", "a program")]
     crash = b"void __stdcall ExitProcess(int); int __stdcall DllMain(void* a, int b, void* c) { ExitProcess(7); }"
-    file = WORK / "crash.dll"
-    subprocess.run(["i686-w64-mingw32-gcc", "-shared", "-xc", "-", "-o", str(file)], input=crash, check=True)
-    at = int.from_bytes(whole[60:64], "little") + 4
-    version = b"\xBD\x04\xEF\xFE\0\0\1\0"
-    older = whole.replace(version + b"\0\0\1\0", version + b"\x09\0\0\0")
-    return cases + [(file.read_bytes(), 2, "load", "crashed"), (older, 2, "image", "damaged"),
+    shared_library(crash, WORK / "crash.dll")
+    older = whole.replace(b"\xBD\x04\xEF\xFE\0\0\1\0\0\0\1\0", b"\xBD\x04\xEF\xFE\0\0\1\0\x09\0\0\0")
+    return cases + [((WORK / "crash.dll").read_bytes(), 2, "load", "crashed"), (older, 2, "image", "damaged"),
                     (with_checksum(older), 1, "version", "version 0.9.0"),
                     (with_checksum(inverted(whole, 90000)), 2, "image", "damaged"),
-                    (whole[:at] + b"\x64\x86" + whole[at + 2:], 2, "image", "32-bit")]
+                    (whole.replace(b"PE\0\0\x4C\x01", b"PE\0\0\x64\x86"), 2, "image", "32-bit")]
 
 
 class Case(unittest.TestCase):
@@ -175,9 +177,8 @@ class Case(unittest.TestCase):
         return done.stdout.decode(), settings(self.config.read_text(encoding="utf-8"))
 
 
+# What Wine shows too.
 class Both(Case):
-    """What Wine shows too."""
-
     def test_all_is_well_and_nothing_is_changed(self):
         self.write(DEFAULTS)
         status, found = findings(cwd=self.folder)
@@ -209,8 +210,8 @@ class Settings(Case):
                 self.assertEqual((status, *map(found[kind].get, ("line", "column"))), (2, line, column), found)
                 self.assertNotIn("settings-verdict", found)
                 self.assertIn("[json.exception.", found["settings"]["json_error"])
-                self.assertEqual(doctor("config", "repair", "--dry-run", cwd=self.folder).returncode, 0)
-                self.assertEqual(self.files(), {"config.json": content})
+                done = doctor("config", "repair", "--dry-run", cwd=self.folder)
+                self.assertEqual((done.returncode, self.files()), (0, {"config.json": content}))
                 text, after = self.repaired(content)
                 self.assertIn(change, text)
                 version = {VERSION: "Ver_\xE4"} if "second" in name else {}
@@ -222,8 +223,8 @@ class Settings(Case):
             self.write(content)
             found = findings("config", "check", cwd=self.folder)
             self.assertEqual((found[0], list(found[1])[1:]), (status, [kind] if kind else []), name)
-            self.assertEqual(doctor("config", "repair", cwd=self.folder).returncode, 0)
-            self.assertEqual(self.files(), {"config.json": content})
+            self.assertEqual((doctor("config", "repair", cwd=self.folder).returncode, self.files()),
+                             (0, {"config.json": content}))
 
     def test_the_line_and_the_words(self):
         # Catches: a caret that counts bytes, a secret in the line, words for programmers.
@@ -236,12 +237,23 @@ class Settings(Case):
 
     def test_a_repair_keeps_what_it_does_not_know(self):
         self.write(staging(b'7, "big": 123456789012345678901234567890, "1.0": [1.0, {"\xC3\xA4": null}]'))
+        self.config.chmod(0o600)
         self.repaired(self.config.read_bytes())
         self.assertIn('"7", "big": 123456789012345678901234567890, "1.0": [1.0, {"ä": null}]',
                       self.config.read_text(encoding="utf-8"))
         self.config.write_bytes(b"{{")
         doctor("config", "repair", cwd=self.folder)
         self.assertEqual(self.files()["config.json.broken-2"], b"{{")
+        self.assertEqual({path.stat().st_mode & 0o777 for path in self.folder.iterdir()}, {0o600})
+
+    def test_an_edit_during_a_repair_stays(self):
+        shared_library(b"#include <errno.h>\n#include <stdlib.h>\n#include <string.h>\nint renameat2(int a, char* from, int b, char* to) { "
+                       b'if (strstr(to, "broken")) system("echo >>config.json"); errno = EINVAL; return -1; }',
+                       WORK / "hook.so")
+        self.write(b"{")
+        done = doctor("config", "repair", cwd=self.folder, env=dict(
+            os.environ, LD_PRELOAD=str(WORK / "hook.so"), ASAN_OPTIONS="verify_asan_link_order=0"))
+        self.assertEqual((done.returncode, self.files()), (2, {"config.json": b"{\n"}), done)
 
     def test_library_and_doctor_agree(self):
         draw = random.Random(7)
@@ -284,8 +296,8 @@ class Checks(Case):
                 self.assertRegex(text, rf"(?m)^{export['name']} {value}\b.*: {re.escape(entry['means'])}")
             if export["results"]:
                 number = str(value) if export["returns"] == "uint64_t" else hex(value % 2**32)
-                text = doctor("explain", export["name"], number).stdout.decode()
-                self.assertIn(f"{export['name']} {value}: {entry['means']}", text)
+                self.assertIn(f"{export['name']} {value}: {entry['means']}",
+                              doctor("explain", export["name"], number).stdout.decode())
 
     def test_steam(self):
         for members, kind in STEAM:
@@ -297,8 +309,7 @@ class Checks(Case):
         for source, kind, status in ((None, "steam-library", "warning"), (b"int x;", "steam-library", "broken"),
                                      (crash, "load", "broken")):
             if source:
-                subprocess.run(["cc", "-shared", "-fPIC", "-xc", "-", "-o", str(self.folder / "libsteam_api.so")],
-                               input=source, check=True)
+                shared_library(source, self.folder / "libsteam_api.so")
             found = findings(library=self.folder / LIBRARY.name)[1]
             self.assertEqual((found[kind]["status"], found["calls"]["status"]), (status, "ok"), found)
 
