@@ -28,7 +28,7 @@ FILES = {"data": KNOWN["size-44"][0], "packed": KNOWN["size-44"][1], "there": b"
          "other-payload": KNOWN["other-key"][0], "key": KNOWN["other-key"][2], "long": b"k" * 56 + b"\n",
          "line": KNOWN["other-key"][2] + b"\n", "list": b"tree/a/same\r\n\ndata",
          "tree/a/same": KNOWN["size-44"][0], "tree/b/same": KNOWN["signed"][0]}
-LINKS = "mkdir none; ln -s there link; ln -s nowhere dangling; ln -s ../there tree/link; ln -s . tree/loop; "
+LINKS = "mkdir none; ln -s there link; ln -s nowhere dangling; ln -s ../there tree/link; ln -s . tree/loop; mkfifo tree/pipe; "
 
 
 class Case(unittest.TestCase):
