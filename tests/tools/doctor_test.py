@@ -247,9 +247,9 @@ class Settings(Case):
         self.assertEqual({path.stat().st_mode & 0o777 for path in self.folder.iterdir()}, {0o600})
 
     def test_an_edit_during_a_repair_stays(self):
-        shared_library(b"#include <errno.h>\n#include <stdlib.h>\n#include <string.h>\nint renameat2(int a, char* from, int b, char* to) { "
-                       b'if (strstr(to, "broken")) system("echo >>config.json"); errno = EINVAL; return -1; }',
-                       WORK / "hook.so")
+        shared_library(b"#include <errno.h>\n#include <stdlib.h>\nint renameat2(int a, char* from, int b, char* to) { "
+                       b'if (__builtin_strstr(to, "broken")) system("echo >>config.json"); '
+                       b"errno = EINVAL; return -1; }", WORK / "hook.so")
         self.write(b"{")
         done = doctor("config", "repair", cwd=self.folder, env=dict(
             os.environ, LD_PRELOAD=str(WORK / "hook.so"), ASAN_OPTIONS="verify_asan_link_order=0"))
