@@ -71,7 +71,7 @@ BROKEN = {
     "no comma": (staging(b'"x"').replace(b'"x",', b'"x"'), ALL, 15, 9, "x", "_version keeps"),
     "no quotes": (staging(b"http://x/y?z"), ALL, 14, 23, "true", "anew"),
     "no second quote": (staging(b'"x').replace(b"1_63_0", b"\xC3\xA4"), ALL, 14, 26, "true", "it was not readable"),
-    "a quote inside": (staging(b'"a "b" c"'), ALL, 14, 27, "true", "anew"),
+    "a quote inside": (staging(b'"\xC3\xA4 "b" c"'), ALL, 14, 27, "true", "anew"),
     "a path": (staging(b'"C:\\games\\new\\\\x\\"y"'), ALL, 14, 23, 'C:\\games\\new\\x"y', "backslashes"),
     "a user's path": (staging(b'"C:\\users"'), ALL, 14, 23, "C:\\users", "backslashes"),
     "comments": (b"/* a\n */" + staging(b'"//x" /**/').replace(ONE[:4], b"// ]\n" + ONE[:4]), ALL, 1, 1, "//x",
@@ -212,7 +212,7 @@ class Settings(Case):
                 done = doctor("config", "repair", "--dry-run", cwd=self.folder)
                 self.assertEqual((done.returncode, self.files()), (0, {"config.json": content}))
                 text, after = self.repaired(content)
-                self.assertIn(change, text)
+                self.assertEqual((change in text, self.config.read_bytes() in done.stdout), (True, True), text)
                 version = {VERSION: "Ver_\xE4"} if "second" in name else {}
                 self.assertEqual({key: after[key] for key in settings(DEFAULTS)},
                                  settings(DEFAULTS) | {IS_STAGING: value} | version)
@@ -230,8 +230,7 @@ class Settings(Case):
         self.write(edit(b'"Orvane": {', b'"Orvane": {"token": "hidden", "\xC3\xA4" oops '))
         text = doctor("config", "check", cwd=self.folder).stdout.decode()
         line, caret = re.findall(r"(?m)^ +\| (.*)$", text)
-        self.assertEqual((line[caret.index("^"):].strip(), "hidden" in text, "json" in text), ("oops", False, True), text)
-        self.assertNotIn("exception", text)
+        self.assertEqual((line[caret.index("^"):].strip(), "hidden" in text, "exception" in text), ("oops", False, False))
         self.assertIn("exception", doctor("config", "check", "--verbose", cwd=self.folder).stdout.decode())
 
     def test_a_repair_keeps_what_it_does_not_know(self):
@@ -245,17 +244,16 @@ class Settings(Case):
         self.assertEqual(self.files()["config.json.broken-2"], b"{{")
         self.assertEqual({path.stat().st_mode & 0o777 for path in self.folder.iterdir()}, {0o600})
 
-    def test_an_edit_during_a_repair_stays(self):
-        # The edit, of the same size, is made when the broken file gets its second name.
-        shared_library(b"""#include <errno.h>
-            #include <stdlib.h>
-            #include <string.h>
-            int renameat2(int a, char* from, int b, char* to) {
-              if (strstr(to, "broken")) system("echo [ >config.json"); errno = EINVAL; return -1; }""", WORK / "hook.so")
-        self.write(b"{\n")
-        done = doctor("config", "repair", cwd=self.folder, env=dict(
-            os.environ, LD_PRELOAD=str(WORK / "hook.so"), ASAN_OPTIONS="verify_asan_link_order=0"))
-        self.assertEqual((done.returncode, self.files()), (2, {"config.json": b"[\n"}), done)
+    def test_a_file_that_changes_meanwhile(self):
+        # Catches: an edit that is overwritten; a repaired file that the library did not test, here with bad defaults.
+        for word, content in ((b"broken", b"{\n"), (b"config", b"{")):
+            shared_library(b"#include <errno.h>\n#include <stdlib.h>\nint renameat2(int a, char* b, int c, char* to) {"
+                           b'if (__builtin_strstr(to, "%s")) system("echo >>config.json"); '
+                           b"errno = EINVAL; return -1; }" % word, WORK / "hook.so")
+            self.write(b"{")
+            done = doctor("config", "repair", cwd=self.folder, env=dict(
+                os.environ, LD_PRELOAD=str(WORK / "hook.so"), ASAN_OPTIONS="verify_asan_link_order=0"))
+            self.assertEqual((done.returncode, self.files()), (2, {"config.json": content}), done)
 
     def test_library_and_doctor_agree(self):
         draw = random.Random(7)
