@@ -1,3 +1,6 @@
+// QX_Encode, QX_Decode and QX_SignSignature: for wrong limits, a wrong order of checks and lookups,
+// and markers that are missed, skipped wrongly or written past the capacity.
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -148,14 +151,17 @@ TEST_F(KeyedCodec, SignsWithinTheCapacity) {
   EXPECT_TRUE(small.IsUntouched());
 }
 
-TEST_F(KeyedCodec, SignsDataThatStandBehindTheMarkersPlace) {
-  const std::string data = "data that move towards the front or not at all";
-  const auto dataSize = static_cast<std::uint32_t>(data.size());
-  for (const std::size_t dataOffset : {22u, 23u, 40u}) {
-    const GuardedBuffer area(dataOffset + data.size());
-    std::copy(data.begin(), data.end(), area.Data() + dataOffset);
-    EXPECT_EQ(QX_SignSignature(area.Data(), area.Size(), area.Data() + dataOffset, dataSize), 1);
-    EXPECT_EQ(std::string(area.Text(), 22 + data.size()), kMarker + data) << dataOffset;
+// The marker is written before the data move, so data in its place lose what it covers.
+TEST_F(KeyedCodec, SignsDataInItsOwnBuffer) {
+  const std::string text = "data that move towards the front, to the back, or not at all";
+  const auto size = static_cast<std::uint32_t>(text.size());
+  for (const std::size_t offset : {0u, 10u, 22u, 23u, 40u}) {
+    const GuardedBuffer area(std::max<std::size_t>(offset, 22) + text.size());
+    std::copy(text.begin(), text.end(), area.Data() + offset);
+    std::string data = text;
+    if (offset < 22) data.replace(0, 22 - offset, kMarker, offset, 22 - offset);
+    EXPECT_EQ(QX_SignSignature(area.Data(), area.Size(), area.Data() + offset, size), 1);
+    EXPECT_EQ(std::string(area.Text(), 22 + size), kMarker + data) << offset;
   }
 }
 

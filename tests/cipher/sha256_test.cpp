@@ -1,8 +1,28 @@
+// The digest by both services of the system: for a wrong one, and for one of another length.
+
 #include "cipher/sha256.h"
 
 #include <gtest/gtest.h>
 
 #include "support/bytes.h"
+
+#if !defined(_WIN32)
+namespace {
+DWORD missingBytes = 0;
+}
+
+// The linker replaces the native layer's function, so that it can report another length.
+extern "C" {
+BOOL __real__Z17CryptGetHashParammjPhPjj(HCRYPTHASH hash, DWORD parameter, BYTE* data, DWORD* size,
+                                         DWORD flags);
+BOOL __wrap__Z17CryptGetHashParammjPhPjj(HCRYPTHASH hash, DWORD parameter, BYTE* data, DWORD* size,
+                                         DWORD flags) {
+  const BOOL result = __real__Z17CryptGetHashParammjPhPjj(hash, parameter, data, size, flags);
+  *size -= missingBytes;
+  return result;
+}
+}
+#endif
 
 namespace launcher {
 namespace {
@@ -38,6 +58,17 @@ TEST(Sha256, GivesThePublishedDigests) {
     EXPECT_EQ(DigestBy<CryptoApiSha256>(bytes), test::BytesFromHex(digits));
   }
 }
+
+#if !defined(_WIN32)
+TEST(Sha256, HasTheLengthThatTheSystemReports) {
+  std::uint8_t digest[kDigestSize];
+  CryptoApiSha256 service;
+  ASSERT_TRUE(service.Create() && service.Update(digest, 0));
+  missingBytes = 1;
+  EXPECT_FALSE(service.Finish(digest));
+  missingBytes = 0;
+}
+#endif
 
 }  // namespace
 }  // namespace launcher

@@ -1,4 +1,5 @@
-// Single failures of the platform whose consequences the walk through all of them does not tell.
+// Single failures of the system, for what the failure walk does not see: which result a call has,
+// the order in which things are acquired and released, and the settings file after a failure.
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -12,11 +13,13 @@
 #include <vector>
 
 #include "frame/every_export.h"
+#include "launch/launch_child.h"
 #include "launcher_dll.h"
 #include "platform/posix/faults.h"
 #include "support/captured_output.h"
 #include "support/data_file.h"
 #include "support/scratch_directory.h"
+#include "support/system.h"
 
 namespace launcher {
 namespace {
@@ -181,12 +184,15 @@ TEST_F(FailurePaths, NeverCostTheSettingsFile) {
   EXPECT_EQ(test::ScratchDirectory::FileCount(), 1u);
 }
 
-// A client that ends with the code of a running one cannot be made natively, so the exit code is
-// not to be had here: the process object must be asked.
+// Natively no client can end with the exit code of a running one. So the query of the code fails
+// here, and the process object itself must be asked.
 TEST_F(FailurePaths, WithoutAnExitCodeTheProcessItselfIsAsked) {
+  const test::LaunchHeader header = {0, 300, 0};
   posix::FailCall("GetExitCodeProcess", 1, true);
-  EXPECT_EQ(Call("QX_CreateProcess"), QX_SUCCEEDED);
+  EXPECT_EQ(QX_CreateProcess(test::ProgramBeside("launch_child").c_str(), &header, sizeof header),
+            QX_SUCCEEDED);
   EXPECT_TRUE(posix::StopFailing());
+  EXPECT_TRUE(std::filesystem::exists(test::kDataFile)) << "the client has ended";
 }
 
 }  // namespace

@@ -1,13 +1,12 @@
-// Whatever an export calls fails in turn, once alone and once with all that comes after it, until
-// the call comes through. The result is then a documented one, the outputs are as documented,
-// nothing stays open, and no exception gets out.
+// For each export, every call of the system and every allocation fails in turn, alone and with all
+// that come after it, until the export succeeds. The result must be a documented one, the outputs
+// must be as documented, nothing may stay open, and no exception may leave the export.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
+#include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <set>
 #include <string>
 #include <vector>
@@ -26,10 +25,10 @@ namespace {
 using test::ExportCall;
 using test::FaultKind;
 
-// What all do that read the settings.
+// What every export that reads the settings does.
 const std::string kPlainLookup = "QX_LoadStringToMemory";
 const std::string kStart = "QX_CreateProcess";
-// What make a digest.
+// The exports that compute a digest.
 const std::set<std::string> kDigests = {"file_cipher_encode", "file_cipher_decode"};
 
 class FailureWalk : public test::ScratchTest {
@@ -80,11 +79,11 @@ class FailureWalk : public test::ScratchTest {
     return result == walked.success || std::count(others.begin(), others.end(), result) != 0;
   }
 
-  // Fails the first use, then the second, and so on. Answers how many there are.
+  // Fails the first use, then the second, and so on. Returns the number of uses.
   static int Walk(const ExportCall& walked, const FaultKind& kind, bool andAllAfter,
                   bool hasSettings) {
     const test::Caller caller(0);
-    // What asks for memory so often is the settings' parser.
+    // The parser of the settings asks for memory very often.
     const int step = kind.failsMemory && !test::kTriesEverything ? 9 : 1;
     for (int n = 1; n < 3000; n += n < 10 ? 1 : step) {
       SCOPED_TRACE(walked.name + std::string(", ") + kind.name + ", failure " + std::to_string(n) +
@@ -109,19 +108,6 @@ class FailureWalk : public test::ScratchTest {
     return 0;
   }
 
-  // For the test that holds them against the list of exports.
-  static void WriteAllowedResults(const char* path) {
-    std::ofstream file(path);
-    for (const ExportCall& call : test::EveryExport()) {
-      file << call.name << ' ' << call.success << '\n';
-      for (const auto& others : {call.failures, call.outOfMemory}) {
-        for (const std::int64_t result : others) {
-          if (result != test::kOtherOutput) file << call.name << ' ' << result << '\n';
-        }
-      }
-    }
-  }
-
   // A file is not written, and moved to its place, where there is one.
   static int WalkWithAndWithoutSettings(const ExportCall& walked, const FaultKind& kind,
                                         bool andAllAfter) {
@@ -141,11 +127,46 @@ TEST_F(FailureWalk, TakesEveryExport) {
   std::set<std::string> walked;
   for (const ExportCall& call : test::EveryExport()) walked.insert(call.name);
   EXPECT_EQ(walked, exports);
-  if (const char* const path = std::getenv("RECORDED_RESULTS")) WriteAllowedResults(path);
+  // For exports_json_test.py.
+  for (const ExportCall& call : test::EveryExport()) {
+    std::printf("allowed: %s %lld\n", call.name, static_cast<long long>(call.success));
+    for (const auto& others : {call.failures, call.outOfMemory}) {
+      for (const std::int64_t result : others) {
+        if (result == test::kOtherOutput) continue;
+        std::printf("allowed: %s %lld\n", call.name, static_cast<long long>(result));
+      }
+    }
+  }
+}
+
+// At the first exception of a thread the runtime itself needs memory, and ends the process if it
+// gets none.
+TEST_F(FailureWalk, NeedsNoMemoryInANewThread) {
+  for (const char* const settings : {"", "{}", "not JSON"}) {
+    if (*settings != '\0') test::WriteFile("config.json", settings);
+    test::StandardErrorOf([] {
+      test::StandardOutputOf([] {
+        test::RunInThreads(1, [](int /*number*/) {
+          char untouched = 0;
+          char* text = &untouched;
+          for (const FaultKind& kind : test::FaultKinds()) {
+            if (!kind.failsMemory) continue;
+            kind.start(1, true);
+            const ResultCode loaded = QX_LoadStringToMemory(1001, &text);
+            const std::int32_t isStaging = QX_IsStaging();
+            kind.stop();
+            EXPECT_EQ(loaded, QX_OUT_OF_MEMORY);
+            EXPECT_EQ(text, &untouched);
+            EXPECT_EQ(isStaging, 0);
+          }
+        });
+      });
+    });
+  }
 }
 
 TEST_F(FailureWalk, ComesThroughWhateverFails) {
-  // What the runtime takes for its first exception stays.
+  // The memory of the runtime's first exception is never released.
   test::WriteFile("config.json", "no JSON");
   test::StandardErrorOf([] { EXPECT_EQ(QX_IsStaging(), 0); });
   test::Caller(0).Prepare();
@@ -153,7 +174,7 @@ TEST_F(FailureWalk, ComesThroughWhateverFails) {
   for (const FaultKind& kind : AllKinds()) {
     int uses = 0;
     for (const ExportCall& walked : test::EveryExport()) {
-      // It starts a client for each request that fails; its texts are looked up by others too.
+      // It starts a client for each allocation that fails; other exports look up texts too.
       if (kind.failsMemory && !test::kTriesEverything && walked.name == kStart) continue;
       if (kind.isOfDigests && kDigests.count(walked.name) == 0) continue;
       std::string printed;

@@ -129,7 +129,7 @@ TEST(ParseUrl, TakesHttpAndHttps) {
       {"http://127.8.8.8", "http://127.8.8.8", false, true},
       {"http://[::1]:80/", "http://[::1]:80/", false, true},
       {"http://[::2]/", "http://[::2]/", false, false},
-      {"http://128.0.0.1/", "http://128.0.0.1/", false, false},
+      {"http://1278.0.0.1/", "http://1278.0.0.1/", false, false},
       {"http://127.a.example/", "http://127.a.example/", false, false},
       {"http://localhost.example/", "http://localhost.example/", false, false},
   };

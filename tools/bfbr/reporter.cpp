@@ -57,9 +57,8 @@ std::string TextOf(const Outcome& outcome, Command command) {
          "  payload          " + payload + "\n" +                                //
          "  sha256           " + *outcome.sha256 + "\n" +                        //
          "  marker           " + (*outcome.hasMarker ? "yes" : "no") + "\n" +    //
-         "  filler           " +
-         (*outcome.isFillerZero ? "zero" : "not zero, which readers do not mind") + "\n" +
-         "  repeated blocks  " + Grouped(*outcome.repeatedBlocks) + " of " +
+         "  filler           " + (*outcome.isFillerZero ? "zero" : "not zero, which does no harm") +
+         "\n" + "  repeated blocks  " + Grouped(*outcome.repeatedBlocks) + " of " +
          Grouped(*outcome.containerSize / 8) + "\n";
 }
 

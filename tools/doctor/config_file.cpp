@@ -45,6 +45,7 @@ std::string ValueText(const std::string& text, const Pair& pair) {
 std::string InWords(const std::string& value) {
   constexpr std::size_t kShown = 60;
   const Json json = ParseQuietly(value);
+  if (json.is_discarded()) return "unreadable";
   if (json.is_null()) return "null, which is no value";
   if (json.is_boolean()) return "the truth value " + value;
   if (json.is_number()) return "the number " + value.substr(0, kShown);
@@ -182,18 +183,18 @@ void SetValue(std::string& text, const Setting& setting, const std::string& valu
   }
   const std::vector<Pair> sections = Find(pairs, 1, setting.section);
   std::size_t brace = text.find('{');
-  std::string member = Quoted(setting.key) + ": " + value;
-  if (sections.empty()) {
-    member = Quoted(setting.section) + ": {" + member + "}";
-  } else {
+  std::string member = "    " + Quoted(setting.section) + ": {}";
+  if (!sections.empty()) {
     const Pair& section = sections.back();
     brace = section.valueBegin;
     if (text[brace] != '{') text.replace(brace, section.valueEnd - brace, "{}");
+    member = "        " + Quoted(setting.key) + ": " + value;
   }
   const bool isEmpty = text[text.find_first_not_of(" \t\r\n", brace + 1)] == '}';
   const std::string lineEnd = text.find("\r\n") == std::string::npos ? "\n" : "\r\n";
-  text.insert(brace + 1,
-              lineEnd + (sections.empty() ? "    " : "        ") + member + (isEmpty ? "" : ","));
+  const std::string rest = lineEnd + (sections.empty() ? "" : "    ");
+  text.insert(brace + 1, lineEnd + member + (isEmpty ? rest : ","));
+  if (sections.empty()) SetValue(text, setting, value);
 }
 
 const std::string kAfterValue = ",;}]/\r\n";

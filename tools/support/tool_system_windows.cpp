@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <vector>
 
@@ -56,7 +57,11 @@ std::string SystemErrorText(SystemError error) {
   return text.empty() ? "system error " + std::to_string(error) : text;
 }
 
-SystemError LastFileError() { return static_cast<SystemError>(_doserrno); }
+// For the runtime library, a write of too few bytes is a full disk, without an error of the system.
+SystemError LastFileError() {
+  if (_doserrno != 0) return static_cast<SystemError>(_doserrno);
+  return errno == ENOSPC ? ERROR_DISK_FULL : ERROR_GEN_FAILURE;
+}
 
 bool MeansFullDisk(SystemError error) {
   return error == ERROR_DISK_FULL || error == ERROR_HANDLE_DISK_FULL ||
@@ -67,7 +72,7 @@ bool MeansNoReader(SystemError error) {
   return error == ERROR_NO_DATA || error == ERROR_BROKEN_PIPE || error == ERROR_PIPE_NOT_CONNECTED;
 }
 
-// A device's name leads to it from every directory.
+// A device has the same name in every directory.
 bool IsDevice(const std::string& path) {
   constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
   const HANDLE there = CreateFileA(path.c_str(), 0, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr);
