@@ -16,10 +16,10 @@ constexpr char kLineFile[] = "line.txt";
 constexpr char kDataFile[] = "data.bin";
 constexpr char kArgumentsFile[] = "arguments.txt";
 
-// Ahead of the data.
+// Precedes the data.
 struct LaunchHeader {
   std::uint32_t exitCode;
-  std::uint32_t delay;  // in milliseconds, ahead of the second look at the data
+  std::uint32_t delay;  // in milliseconds, before the second read of the data
   std::uint32_t dataSize;
 };
 
