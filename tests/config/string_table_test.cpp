@@ -1,5 +1,6 @@
 // For faults of the string table's exports: a text or a setting under another label, a room of one
-// byte too few, an output touched on failure, a line printed too early, too late or not.
+// byte too few, an output touched on failure, a line printed too early, too late or not,
+// a field of the system information at another place.
 
 #include <gtest/gtest.h>
 
@@ -109,6 +110,30 @@ TEST_F(StringTable, GivesCopiesThatGoBack) {
   EXPECT_EQ(text, nullptr);
   EXPECT_EQ(QX_UnloadStringFromMemory(&text), QX_SUCCEEDED) << "a second time";
   EXPECT_EQ(QX_UnloadStringFromMemory(nullptr), QX_BAD_ARGUMENT);
+}
+
+TEST_F(StringTable, FillsASystemInformationOf176Bytes) {
+  const auto record = [](std::string buildName, std::string vendorName) {
+    buildName.resize(32);
+    vendorName.resize(128);
+    return std::string("\0\0\0\0\2\0\0\0\5\0\0\0\0\0\0\0", 16) + buildName + vendorName;
+  };
+  QX_IsStaging();
+  for (const std::uint32_t size : {175u, 176u, 177u, 0xFFFFFFFFu}) {
+    const GuardedBuffer buffer(176);
+    auto* const data = reinterpret_cast<SystemInformation*>(buffer.Data());
+    EXPECT_EQ(StandardOutputOf([&] {
+                EXPECT_EQ(QX_GetSystemInformation(data, size), size < 176 ? QX_BAD_ARGUMENT : 0);
+                EXPECT_EQ(QX_GetSystemInformation(nullptr, size), QX_BAD_ARGUMENT);
+              }),
+              size < 176 ? "" : CallLine(10) + CallLine(0));
+    EXPECT_EQ(std::string(buffer.Text(), 176),
+              size < 176 ? std::string(176, '\xCD') : record("Release", "Tervane Inc."));
+  }
+  test::WriteFile("config.json", "{}");
+  SystemInformation data;
+  EXPECT_EQ(QX_GetSystemInformation(&data, sizeof data), QX_SUCCEEDED) << "no texts";
+  EXPECT_EQ(std::string(reinterpret_cast<char*>(&data), sizeof data), record("", ""));
 }
 
 }  // namespace

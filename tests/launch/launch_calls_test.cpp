@@ -1,5 +1,6 @@
-// For faults that need a system call to fail: a client that counts as ended while it runs, a block
-// or a handle that stays, an output written by a call that fails.
+// For faults of starting a client that it does not show itself: it counts as ended while it runs, a
+// block or a handle stays, an output is written by a call that fails, a line is cut or its
+// enciphered form has another size.
 
 #include <gtest/gtest.h>
 
@@ -9,6 +10,7 @@
 #include <vector>
 
 #include "launch/launch_child.h"
+#include "launch/launch_line.h"
 #include "launcher_dll.h"
 #include "platform/posix/faults.h"
 #include "support/data_file.h"
@@ -76,6 +78,40 @@ TEST(ArgumentCalls, LeaveTheBlockAloneIfOneFails) {
   }
   EXPECT_EQ(block, nullptr);
   EXPECT_EQ(posix::OpenObjectCount(), 0);
+}
+
+TEST(LaunchLine, EndsInSixteenDigits) {
+  const std::string longest(kMaxClientPathLength, 'p');
+  struct Case {
+    std::string path;
+    std::uint32_t processId;
+    std::uint32_t address;
+    std::string line;
+  };
+  const Case cases[] = {
+      {"C:\\a game\\c.exe", 0x1A2B, 0x00ABCDEF, "\"C:\\a game\\c.exe\" 00001a2b00abcdef"},
+      {"c", 0xFFFFFFFF, 0, "\"c\" ffffffff00000000"},
+      {longest, 0x12345678, 0x9ABCDEF0, '"' + longest + "\" 123456789abcdef0"},
+  };
+  for (const Case& tried : cases) {
+    char line[kLaunchLineCapacity];
+    FormatLaunchLine(line, tried.path.c_str(), tried.processId, tried.address);
+    EXPECT_EQ(line, tried.line);
+  }
+}
+
+TEST_F(LaunchCalls, EncipherTheSignedLineOrZeroBytes) {
+  for (const std::size_t length : {1u, 500u, 2026u, 2027u}) {
+    const std::string line(length, 'l');
+    std::string expected = length > 2026 ? "" : "/* QTRMWO_Kd3Z_HLvN */" + line;
+    expected.resize(2048);
+    std::uint8_t block[kEncipheredLineSize];
+    EXPECT_TRUE(EncipherLaunchLine(block, line.c_str()));
+    std::uint32_t size = 0;
+    std::uint32_t offset = 0;
+    EXPECT_EQ(QX_Decode(block, sizeof block, &size, &offset, 0), QX_SUCCEEDED);
+    EXPECT_EQ(std::string(block + offset, block + offset + size), expected);
+  }
 }
 
 }  // namespace
