@@ -103,8 +103,9 @@ std::string ExplainEverywhere(const std::string& result) {
     if (TextOf(entry, "returns") == "void" || (result[0] == '-' && IsUnsigned(entry))) continue;
     try {
       const std::int64_t value = ParseResult(entry, result);
-      if (const Json* const meaning = MeaningOf(entry, value))
+      if (const Json* const meaning = MeaningOf(entry, value)) {
         text += MeaningText(entry, NumberText(entry, value), *meaning);
+      }
     } catch (const std::invalid_argument&) {
       continue;  // the type is too small for it
     }
