@@ -10,13 +10,11 @@
 #include <string>
 
 #include "frame/every_export.h"
-#include "launch/launch_child.h"
 #include "launcher_dll.h"
 #include "platform/posix/faults.h"
 #include "support/captured_output.h"
 #include "support/data_file.h"
 #include "support/scratch_directory.h"
-#include "support/system.h"
 
 namespace launcher {
 namespace {
@@ -157,17 +155,6 @@ TEST_F(FailurePaths, NeverCostTheSettingsFile) {
   EXPECT_EQ(printed, test::CallLine(1001) + "Created default config: config.json\n");
   EXPECT_EQ(test::ReadFile("config.json"), settings);
   EXPECT_EQ(test::ScratchDirectory::FileCount(), 1u);
-}
-
-// Natively no client can end with the exit code of a running one. So the query of the code fails
-// here, and the process object itself must be asked.
-TEST_F(FailurePaths, WithoutAnExitCodeTheProcessItselfIsAsked) {
-  const test::LaunchHeader header = {0, 300, 0};
-  posix::FailCall("GetExitCodeProcess", 1, true);
-  EXPECT_EQ(QX_CreateProcess(test::ProgramBeside("launch_child").c_str(), &header, sizeof header),
-            QX_SUCCEEDED);
-  EXPECT_TRUE(posix::StopFailing());
-  EXPECT_TRUE(std::filesystem::exists(test::kDataFile)) << "the client has ended";
 }
 
 }  // namespace

@@ -19,9 +19,6 @@ extern const bool kTriesEverything;
 // True if the system has Direct3D 9, with a display.
 extern const bool kHasDirect3D;
 
-// The files of a wide directory.
-extern const int kManyFiles;
-
 // The path of a file beside this program, by its whole name, and of a program by its name without
 // extension.
 std::string PathBeside(const std::string& name);
@@ -60,9 +57,6 @@ void UnmapPages(std::uint8_t* pages, std::size_t size);
 // Keeps the provider of CryptoAPI loaded. Otherwise each digest loads it again, which takes Wine in
 // an emulator a second.
 void KeepDigestLoaded();
-
-// The handles of this process, as the system counts them. Wine counts none.
-int OpenHandleCount();
 
 }  // namespace launcher::test
 

@@ -5,7 +5,6 @@
 #include <cstdlib>
 #include <deque>
 #include <filesystem>
-#include <iterator>
 #include <new>
 #include <stdexcept>
 
@@ -17,7 +16,6 @@ namespace launcher::test {
 const char* const kLineEnd = "\n";
 const bool kTriesEverything = true;
 const bool kHasDirect3D = false;
-const int kManyFiles = 20000;
 
 std::string PathBeside(const std::string& name) {
   return (std::filesystem::read_symlink("/proc/self/exe").parent_path() / name).string();
@@ -83,10 +81,5 @@ std::uint8_t* MapWithGuardPage(std::size_t size) {
 void UnmapPages(std::uint8_t* pages, std::size_t size) { munmap(pages, size); }
 
 void KeepDigestLoaded() {}
-
-int OpenHandleCount() {
-  const std::filesystem::directory_iterator handles("/proc/self/fd");
-  return static_cast<int>(std::distance(begin(handles), end(handles)));
-}
 
 }  // namespace launcher::test

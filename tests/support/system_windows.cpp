@@ -42,7 +42,6 @@ DWORD WINAPI StartRun(void* argument) {
 const char* const kLineEnd = "\r\n";
 const bool kTriesEverything = false;
 const bool kHasDirect3D = true;
-const int kManyFiles = 300;  // a hundred thousand take an hour in an emulator
 
 std::string PathBeside(const std::string& name) {
   char program[MAX_PATH] = "";
@@ -116,11 +115,5 @@ std::uint8_t* MapWithGuardPage(std::size_t size) {
 void UnmapPages(std::uint8_t* pages, std::size_t /*size*/) { VirtualFree(pages, 0, MEM_RELEASE); }
 
 void KeepDigestLoaded() { LoadLibraryA("rsaenh.dll"); }
-
-int OpenHandleCount() {
-  DWORD count = 0;
-  GetProcessHandleCount(GetCurrentProcess(), &count);
-  return static_cast<int>(count);
-}
 
 }  // namespace launcher::test
