@@ -27,7 +27,7 @@ inline FaultKind PlannedFaults(const char* name, FailurePlan& plan) {
 // "calls", "calls without CNG", in which CNG makes no hash, and "memory".
 std::vector<FaultKind> FaultKinds();
 
-// The system's objects, and if they are counted the blocks of memory, that the library holds.
+// The system's objects and the blocks of memory that are open. The tests' own may count too.
 int OpenObjectCount();
 
 }  // namespace launcher::test

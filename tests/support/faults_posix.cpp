@@ -1,7 +1,8 @@
-// The linker redirects the calls of malloc, fsync, Sleep and the runtime's streams to these
-// functions (--wrap). Streams fail as the native layer's functions do.
+// The linker redirects the calls of malloc, calloc, free, fsync, Sleep and the runtime's streams to
+// these functions (--wrap). Streams fail as the native layer's functions do.
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
@@ -15,12 +16,15 @@ namespace posix = launcher::posix;
 namespace {
 
 launcher::test::FailurePlan memory;
+std::atomic<int> openBlocks{0};
 
 }  // namespace
 
 extern "C" {
 
 void* __real_malloc(std::size_t size);
+void* __real_calloc(std::size_t count, std::size_t size);
+void __real_free(void* block);
 std::FILE* __real_fopen(const char* path, const char* mode);
 int __real_fclose(std::FILE* file);
 int __real_fgetc(std::FILE* file);
@@ -28,7 +32,21 @@ std::size_t __real_fread(void* buffer, std::size_t size, std::size_t count, std:
 std::size_t __real_fwrite(const void* buffer, std::size_t size, std::size_t count, std::FILE* file);
 void __real__Z5Sleepj(DWORD milliseconds);
 
-void* __wrap_malloc(std::size_t size) { return memory.IsDue() ? nullptr : __real_malloc(size); }
+void* __wrap_malloc(std::size_t size) {
+  void* const block = memory.IsDue() ? nullptr : __real_malloc(size);
+  if (block != nullptr) ++openBlocks;
+  return block;
+}
+// What the compiler makes of malloc and memset.
+void* __wrap_calloc(std::size_t count, std::size_t size) {
+  void* const block = memory.IsDue() ? nullptr : __real_calloc(count, size);
+  if (block != nullptr) ++openBlocks;
+  return block;
+}
+void __wrap_free(void* block) {
+  if (block != nullptr) --openBlocks;
+  __real_free(block);
+}
 
 std::FILE* __wrap_fopen(const char* path, const char* mode) {
   std::FILE* const file = __real_fopen(path, mode);
@@ -60,8 +78,8 @@ void* operator new(std::size_t size) {
   if (block == nullptr) throw std::bad_alloc();
   return block;
 }
-void operator delete(void* block) noexcept { std::free(block); }
-void operator delete(void* block, std::size_t /*size*/) noexcept { std::free(block); }
+void operator delete(void* block) noexcept { __wrap_free(block); }
+void operator delete(void* block, std::size_t /*size*/) noexcept { __wrap_free(block); }
 
 namespace launcher::test {
 
@@ -76,6 +94,6 @@ std::vector<FaultKind> FaultKinds() {
           PlannedFaults("memory", memory)};
 }
 
-int OpenObjectCount() { return posix::OpenObjectCount(); }
+int OpenObjectCount() { return posix::OpenObjectCount() + openBlocks; }
 
 }  // namespace launcher::test
