@@ -128,7 +128,7 @@ const std::vector<ExportCall> kEveryExport = {
     {GetSystemInformation,
      "QX_GetSystemInformation",
      {0, "Release, Tervane Inc."},
-     {{0, ", "}, {0, "Release, "}, {0, ", Tervane Inc."}},
+     {{0, "Release, "}, {0, ", Tervane Inc."}},
      {{0, ", "}, {0, "Release, "}, {0, ", Tervane Inc."}}},
     CALL(QX_IsStaging, (), {1}, {{0}}, {{0}}),
 
