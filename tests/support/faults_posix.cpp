@@ -78,8 +78,14 @@ void* operator new(std::size_t size) {
   if (block == nullptr) throw std::bad_alloc();
   return block;
 }
+void* operator new[](std::size_t size) { return operator new(size); }
+void* operator new[](std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
+  return __wrap_malloc(size == 0 ? 1 : size);
+}
 void operator delete(void* block) noexcept { __wrap_free(block); }
 void operator delete(void* block, std::size_t /*size*/) noexcept { __wrap_free(block); }
+void operator delete[](void* block) noexcept { __wrap_free(block); }
+void operator delete[](void* block, std::size_t /*size*/) noexcept { __wrap_free(block); }
 
 namespace launcher::test {
 
