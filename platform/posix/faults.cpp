@@ -21,7 +21,6 @@ std::mutex planMutex;
 Plan plan;
 bool isRecording = false;
 std::vector<std::string> recordedCalls;
-std::set<std::string> failedCalls;
 
 std::atomic<int> objectCount{0};
 thread_local DWORD lastError = 0;
@@ -43,11 +42,6 @@ bool StopFailing() {
   plan.isActive = false;
   plan.alwaysFails = nullptr;
   return plan.hasFailed;
-}
-
-std::set<std::string> FailedCalls() {
-  const std::lock_guard<std::mutex> lock(planMutex);
-  return failedCalls;
 }
 
 void StartRecording() {
@@ -75,7 +69,6 @@ bool MustFail(const char* name) {
     return false;
   }
   plan.hasFailed = true;
-  failedCalls.insert(name);
   plan.isActive = plan.andAllAfter;
   lastError = kErrorGeneralFailure;
   return true;

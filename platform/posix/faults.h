@@ -5,7 +5,6 @@
 #define LAUNCHER_PLATFORM_POSIX_FAULTS_H_
 
 #include <new>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -33,9 +32,6 @@ void FailEveryCall(const char* name);
 
 // Ends both. Returns whether any call failed because of FailCall.
 bool StopFailing();
-
-// The functions that have failed because of FailCall so far.
-std::set<std::string> FailedCalls();
 
 // Writes down the names of the layer's functions as they are called, but for those that cannot
 // fail.

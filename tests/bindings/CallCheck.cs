@@ -66,6 +66,7 @@ internal static class CallCheck
         Expect("numbers", string.Join(" ", record.Numbers), "0 2 5 0");
         Expect("build name", LauncherDll.TextIn(record.BuildName), LauncherDll.LoadText(10));
         Expect("vendor name", LauncherDll.TextIn(record.VendorName), LauncherDll.LoadText(0));
+        Expect("full buffer", LauncherDll.TextIn(new byte[] { 65, 66 }), "AB");
         byte[] line = Encoding.ASCII.GetBytes("abc00001a2b\0");
         uint number;
         Expect("right number", NativeMethods.QX_RightDWORD(out number, line), 0);

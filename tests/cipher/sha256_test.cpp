@@ -1,33 +1,60 @@
-// For a digest by either of the system's services that is not SHA-256, or not of all its pieces.
+// For a digest that the system did not make, or not whole, and that counts as made; and for one of
+// the two services that makes another digest.
 
 #include "cipher/sha256.h"
 
 #include <gtest/gtest.h>
 
-#include "support/bytes.h"
+#include <cstring>
+
+#include "platform/posix/faults.h"
+
+namespace {
+
+DWORD reportedSize = 0;
+
+}  // namespace
+
+// The linker's --wrap redirects the library's calls of CryptGetHashParam to the first of these.
+extern "C" BOOL __real__Z17CryptGetHashParammjPhPjj(HCRYPTHASH, DWORD, BYTE*, DWORD*, DWORD);
+extern "C" BOOL __wrap__Z17CryptGetHashParammjPhPjj(HCRYPTHASH hash, DWORD parameter, BYTE* value,
+                                                    DWORD* size, DWORD flags) {
+  const BOOL result = __real__Z17CryptGetHashParammjPhPjj(hash, parameter, value, size, flags);
+  if (reportedSize != 0) *size = reportedSize;
+  return result;
+}
 
 namespace launcher {
 namespace {
 
-template <class Service>
-std::vector<std::uint8_t> DigestOfAbc() {
-  const test::Bytes message = {'a', 'b', 'c'};
-  Service service;
-  std::uint8_t digest[kDigestSize] = {};
-  EXPECT_TRUE(service.Create());
-  EXPECT_TRUE(service.Update(message.data(), 2));
-  EXPECT_TRUE(service.Update(message.data() + 2, 0));
-  EXPECT_TRUE(service.Update(message.data() + 2, 1));
-  EXPECT_TRUE(service.Finish(digest));
-  return {digest, digest + sizeof digest};
+TEST(Sha256, IsOfTheSizeThatTheSystemReports) {
+  const std::uint8_t data[5] = {1, 2, 3, 4, 5};
+  std::uint8_t digest[kDigestSize];
+  std::uint8_t otherDigest[kDigestSize];
+  EXPECT_TRUE(Sha256Digest(data, 5, digest));
+  posix::FailEveryCall("BCryptCreateHash");
+  for (const DWORD size : {31u, 33u, 32u}) {
+    reportedSize = size;
+    EXPECT_EQ(Sha256Digest(data, 5, otherDigest), size == 32) << size;
+  }
+  EXPECT_EQ(std::memcmp(digest, otherDigest, kDigestSize), 0) << "of the other service";
+  reportedSize = 0;
+  posix::StopFailing();
 }
 
-// An example of NIST's "Secure Hash Standard" (FIPS 180-4).
-TEST(Sha256, GivesThePublishedDigest) {
-  const test::Bytes expected =
-      test::BytesFromHex("ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
-  EXPECT_EQ(DigestOfAbc<CngSha256>(), expected);
-  EXPECT_EQ(DigestOfAbc<CryptoApiSha256>(), expected);
+TEST(Sha256, IsLostWithAPieceThatTheSystemRefuses) {
+  const std::uint8_t data[5] = {};
+  std::uint8_t digest[kDigestSize];
+  for (const char* const call : {"CryptAcquireContextA", "CryptCreateHash"}) {
+    Sha256 sha256;
+    posix::FailCall(call, 1);
+    posix::FailEveryCall("BCryptCreateHash");
+    EXPECT_FALSE(sha256.Update(data, 5)) << call;
+    EXPECT_FALSE(sha256.Update(data, 5)) << call;
+    EXPECT_FALSE(sha256.Finish(digest)) << call;
+  }
+  posix::StopFailing();
+  EXPECT_EQ(posix::OpenObjectCount(), 0);
 }
 
 }  // namespace

@@ -3,7 +3,8 @@
 
 Usage: exports_json_test.py exports.json HEADER FRAME_TESTS
 
-For a list that has a wrong signature, or lacks a result that an export can return. Exit status: 0 if
+Finds a wrong signature, a result that an export can return and the list lacks or explains twice, and
+a failure without advice. The build and image_test.py compare names and ordinals. Exit status: 0 if
 all is well, 1 if not, with a line for each fault.
 """
 
@@ -19,7 +20,7 @@ RANGES = {"ResultCode": (-2**31, 2**31 - 1), "CipherCode": (0, 2**31 - 1),
 
 
 def span(result):
-    """The first and the last number that an explanation is for."""
+    """The first and the last number that an entry explains."""
     return (result["result"],) * 2 if "result" in result else (result["from"], result["to"])
 
 
@@ -33,42 +34,21 @@ def declarations(header):
     return found
 
 
-def names_faults(exports):
-    if [export["ordinal"] for export in exports] != list(range(1, 61)):
-        yield "the ordinals are not 1 to 60"
-    decorated = [export["decorated"] for export in exports]
-    if decorated != sorted(set(decorated), key=str.encode):
-        yield "the decorated names are not in ascending order"
-    for export in exports:
-        if export["decorated"] != f"_{export['name']}@{4 * len(export['arguments'])}":
-            yield f"{export['decorated']} does not fit {export['name']} and its arguments"
-
-
 def text_faults(export):
-    keys = {"ordinal", "name", "decorated", "returns", "arguments", "checks", "effects", "results"}
-    if set(export) != keys:
-        yield f"its members differ from the list's: {set(export) ^ keys}"
-    texts = export["checks"] + export["effects"] + [r["means"] for r in export["results"]]
+    results = export["results"]
+    texts = export["checks"] + export["effects"] + [result["means"] for result in results]
     if not export["checks"] or not all(text.strip() for text in texts):
         yield "it has no checks, or an empty text"
-    if (export["returns"] == "void") != (export["results"] == []):
-        yield "it has results and is void, or the reverse"
-    taken = []
-    for result in export["results"]:
-        first, last = span(result)
-        low, high = RANGES[export["returns"]]
-        if not low <= first <= last <= high:
-            yield f"{first} to {last} is no result of its type"
-        if any(first <= end and start <= last for start, end, _ in taken):
-            yield f"{first} to {last} is explained twice"
-        if result["means"] in [means for _, _, means in taken]:
-            yield f"{first} to {last} means the same as another result"
-        taken.append((first, last, result["means"]))
-        if set(result) - {"result", "from", "to", "means", "do", "failure"} or \
-                result.get("failure", True) is not True:
-            yield f"{first} to {last} has members that nobody reads"
-        if "failure" in result and not result["do"].strip():
-            yield f"{first} to {last} is a failure without a next step"
+    if len({result["means"] for result in results}) < len(results):
+        yield "two results mean the same"
+    next_free = RANGES.get(export["returns"], (0, 0))[0]
+    for first, last in sorted(map(span, results)):
+        if not next_free <= first <= last <= RANGES[export["returns"]][1]:
+            yield f"{first} to {last} is no result of its type, or explained twice"
+        next_free = last + 1
+    for result in results:
+        if result.get("failure") and not result["do"].strip():
+            yield f"{span(result)[0]} is a failure without a next step"
 
 
 def header_faults(export, declared, constants):
@@ -97,7 +77,6 @@ def list_faults(document, header):
     declared = declarations(header)
     constants = {name: int(value) for name, value in
                  re.findall(r"^#define (QX_[A-Z_]+) \(?(-?\d+)\)?", header, re.M)}
-    yield from names_faults(exports)
     for name in sorted(set(declared) - {export["name"] for export in exports}):
         yield f"the list lacks {name}"
     if len(declared) != header.count("\nQX_API "):
@@ -109,7 +88,7 @@ def list_faults(document, header):
 
 def result_faults(exports, frame_tests):
     """The test prints the results that it allows for each export."""
-    printed = subprocess.run([frame_tests, "--gtest_filter=FailureWalk.TakesEveryExport"],
+    printed = subprocess.run([frame_tests, "--gtest_filter=FailureWalk.AllowsDocumentedResults"],
                              stdout=subprocess.PIPE, text=True, check=True).stdout
     for name, number in re.findall(r"^allowed: (\w+) (-?\d+)$", printed, re.M):
         spans = [span(result) for result in exports[name]["results"]]

@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Compares LauncherDll.dll with the list of exports, and tests how the binaries are hardened.
+"""Tests the binaries of the package as files. Finds an export with a wrong name or ordinal, an import
+that not every Windows has, hardening or a version that is missing, and symbols that do not match.
 
 Usage: image_test.py OBJDUMP OLDEST_WINDOWS exports.json VERSION LauncherDll.dll PROGRAM_OR_DLL...
 """
@@ -21,12 +22,6 @@ STACK_PROTECTOR = bytes.fromhex("b902000000cd29")
 LARGEST_SIZE = 700_000
 
 
-def listed_exports(path):
-    """The decorated names by ordinal."""
-    with open(path, encoding="utf-8") as file:
-        return {export["ordinal"]: export["decorated"] for export in json.load(file)["exports"]}
-
-
 def version_texts(dll):
     """The texts of the version resource by name."""
     texts = {}
@@ -46,34 +41,28 @@ def dump(objdump, path):
 def missing_hardening(objdump, oldest_windows, path):
     """What a program or DLL lacks."""
     text = dump(objdump, path)
-    flags = text[text.index("DllCharacteristics"):text.index("SizeOfStackReserve")]
-    missing = {flag for flag in NEEDED_FLAGS if flag not in flags}
-    if "HIGHLOW" not in text:
-        missing.add("relocations, without which its address is always the same")
-    subsystem = [re.search(rf"^{part}SubsystemVersion\s+(\d+)$", text, re.M)[1]
-                 for part in ("Major", "Minor")]
-    if ".".join(subsystem) != oldest_windows:
-        missing.add(f"subsystem version {oldest_windows}")
-    with open(path, "rb") as file:
-        if STACK_PROTECTOR not in file.read():
-            missing.add("stack protector")
+    needed = [*NEEDED_FLAGS, "HIGHLOW"]  # relocations, without which its address is fixed
+    for part, number in zip(("Major", "Minor"), oldest_windows.split(".")):
+        needed.append(f"{part}SubsystemVersion\t{number}\n")
+    missing = {sign for sign in needed if sign not in re.sub(r"(Version)\s+", "\\1\t", text)}
+    if STACK_PROTECTOR not in pathlib.Path(path).read_bytes():
+        missing.add("stack protector")
     return missing
 
 
 def main():
     objdump, oldest_windows, export_list, version, path, *others = sys.argv[1:]
     text = dump(objdump, path)
-    with open(path, "rb") as file:
-        dll = file.read()
-    with open(path + ".debug", "rb") as file:
-        debug = file.read()
+    dll = pathlib.Path(path).read_bytes()
+    debug = pathlib.Path(path + ".debug").read_bytes()
     faults = []
 
     def expect(what, found, wanted):
         if found != wanted:
             faults.append(f"{what}: found {found}, wanted {wanted}")
 
-    listed = listed_exports(export_list)
+    document = json.loads(pathlib.Path(export_list).read_text(encoding="utf-8"))
+    listed = {export["ordinal"]: export["decorated"] for export in document["exports"]}
     expect("the ordinals of the list", list(listed), list(range(1, 61)))
     expect("the order of the list", list(listed.values()),
            sorted(listed.values(), key=str.encode))

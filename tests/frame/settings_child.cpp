@@ -1,5 +1,5 @@
-// settings_child LOADS: loads the settings so often, and removes their file in between. Exit code
-// 0 if they were right each time.
+// settings_child LOADS: loads the settings that many times, and removes their file before each time
+// but the first. Exit code: 0 if they were always right.
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Installs the package and builds programs with it as its users would.
+# Finds a file that is missing from the package, and an import library or a project file that its
+# users cannot build with.
 #
 #   package_test.sh BUILD VERSION WORK [run]
 #

@@ -1,8 +1,10 @@
+// New files that get their name when they are complete. Finds a file of somebody else that is
+// replaced or written to, one that stays after a failure, and a line end of another system.
+
 #include "platform/new_file.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 
@@ -14,78 +16,60 @@ namespace launcher {
 namespace {
 
 using Existing = NewFile::Existing;
+using NewFileTest = test::ScratchTest;
 
-class NewFileTest : public test::ScratchTest {
- protected:
-  // Creates the file "place" with this text.
-  static SystemError Make(const std::string& text, Existing existing) {
-    NewFile file;
-    const SystemPath place = SystemPathOf("place");
-    SystemError error = file.CreateBeside(place);
-    if (error == 0) error = file.WriteText(text);
-    if (error == 0) error = file.Flush();
-    if (error == 0) error = file.MoveTo(place, existing);
-    return error;
-  }
-};
+const SystemPath kPlace = SystemPathOf("place");
 
-TEST_F(NewFileTest, HasTheSystemsLineEnds) {
+SystemError Make(const std::string& text, Existing existing) {
+  NewFile file;
+  SystemError error = file.CreateBeside(kPlace);
+  if (error == 0) error = file.WriteText(text);
+  if (error == 0) error = file.Flush();
+  return error == 0 ? file.MoveTo(kPlace, existing) : error;
+}
+
+TEST_F(NewFileTest, ReplacesOnlyFilesAndOnlyIfToldTo) {
   EXPECT_EQ(Make("one\ntwo\n", Existing::kStays), 0);
   EXPECT_EQ(test::ReadFile("place"), std::string("one") + test::kLineEnd + "two" + test::kLineEnd);
-  EXPECT_EQ(test::ScratchDirectory::FileCount(), 1u);
-}
-
-TEST_F(NewFileTest, ReplacesOnlyIfToldTo) {
-  test::WriteFile("place", "old");
-  EXPECT_NE(Make("new", Existing::kStays), 0);
-  EXPECT_EQ(test::ReadFile("place"), "old");
-  EXPECT_EQ(Make("new", Existing::kReplaced), 0);
-  EXPECT_EQ(test::ReadFile("place"), "new");
-  EXPECT_EQ(test::ScratchDirectory::FileCount(), 1u);
-}
-
-TEST_F(NewFileTest, LeavesNothingWithoutMoveTo) {
-  NewFile file;
-  EXPECT_NE(file.CreateBeside(SystemPathOf("no_such_directory/place")), 0);
-  ASSERT_EQ(file.CreateBeside(SystemPathOf("place")), 0);
-  EXPECT_EQ(test::ScratchDirectory::FileCount(), 1u);
-  file.Abandon();
-  EXPECT_EQ(test::ScratchDirectory::FileCount(), 0u);
-}
-
-TEST_F(NewFileTest, WritesThroughNothingThatHasTheTemporaryName) {
-  const SystemPath name = SystemPathOf("planted");
-  test::WriteFile("planted", "kept");
-  NewFile file;
-  EXPECT_NE(file.Create(name), 0);
-  EXPECT_EQ(test::ReadFile("planted"), "kept");
-}
-
-TEST_F(NewFileTest, DoesNotTakeTheNumberOfAnotherOpenFile) {
-  NewFile first;
-  NewFile second;
-  ASSERT_EQ(first.CreateBeside(SystemPathOf("place")), 0);
-  ASSERT_EQ(second.CreateBeside(SystemPathOf("place")), 0);
-  const auto number = [](const NewFile& file) {
-    const SystemPath digits = file.Temporary().substr(1, 6);
-    return std::stol(std::string(digits.begin(), digits.end()), nullptr, 16);
-  };
-  // The next number would be that of a second try.
-  EXPECT_GT(std::abs(number(first) - number(second)), 1);
-}
-
-// Files of killed processes, which may have had the same numbers.
-TEST_F(NewFileTest, TakesAnotherNameIfOneExists) {
-  std::vector<SystemPath> taken;
-  for (int i = 0; i < 100; ++i) {
-    NewFile file;
-    ASSERT_EQ(file.CreateBeside(SystemPathOf("place")), 0);
-    taken.push_back(file.Temporary());
-    EXPECT_LE(taken.back().size(), std::string("config.json").size());
-    file.Abandon();
-    std::filesystem::create_directory(taken.back().c_str());
+  EXPECT_TRUE(MeansThatItExists(Make("new", Existing::kStays)));
+  EXPECT_EQ(test::ReadFile("place").substr(0, 3), "one");
+  for (const Existing existing : {Existing::kReplaced, Existing::kReplacedWithOwnMode}) {
+    EXPECT_EQ(Make("new", existing), 0);
+    EXPECT_EQ(test::ReadFile("place"), "new");
   }
-  EXPECT_EQ(Make("new", Existing::kStays), 0);
+  std::filesystem::remove("place");
+  std::filesystem::create_directory("place");
+  for (const Existing existing : {Existing::kStays, Existing::kReplaced}) {
+    EXPECT_NE(Make("new", existing), 0);
+  }
+  EXPECT_EQ(test::ScratchDirectory::FileCount(), 1u);
+}
+
+TEST_F(NewFileTest, IsNewAndGoesWithoutMoveTo) {
+  test::WriteFile("place", "kept");
+  {
+    NewFile file;
+    EXPECT_TRUE(MeansThatItExists(file.Create(kPlace)));
+    EXPECT_NE(file.CreateBeside(SystemPathOf("no_such_directory/place")), 0);
+    ASSERT_EQ(file.CreateBeside(kPlace), 0);
+    ASSERT_EQ(file.CreateBeside(kPlace), 0) << "which removes the first one";
+    EXPECT_EQ(test::ScratchDirectory::FileCount(), 2u);
+  }
+  EXPECT_EQ(test::ScratchDirectory::FileCount(), 1u);
+  EXPECT_EQ(test::ReadFile("place"), "kept");
+}
+
+// Killed processes that had the same numbers leave such names.
+TEST_F(NewFileTest, TakesAnotherNameIfOneExists) {
+  for (int i = 0; i < 10; ++i) {
+    NewFile file;
+    ASSERT_EQ(file.CreateBeside(kPlace), 0);
+    const SystemPath taken = file.Temporary();
+    EXPECT_LE(taken.size(), sizeof "config.json" - 1);
+    file.Abandon();
+    std::filesystem::create_directory(taken.c_str());
+  }
+  EXPECT_EQ(test::ScratchDirectory::FileCount(), 10u);
 }
 
 }  // namespace

@@ -1,13 +1,16 @@
-// Finds a cloud write that does not flush, that moves a file before both are on the disk, or that
-// goes on after a failure; a link that leads out of the folder; a staged file of a running process
-// that is removed. On Linux, where a test can take the place of the system's calls.
+// Finds a cloud write that does not flush, that moves a file before both are on the disk, that goes
+// on after a failure or leaves half a file if it is killed; a link that leads out of the folder; a
+// staged file of a running process that is removed. On Linux, where a test can take the place of
+// the system's calls.
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <string>
 #include <vector>
 
@@ -87,6 +90,34 @@ TEST_F(StandInCloudOnLinux, IsOnTheDiskBeforeItIsMoved) {
   ASSERT_TRUE(SteamAPI_Init());
   EXPECT_EQ(events, std::vector<std::string>{"flush"});
   EXPECT_EQ(test::ReadFile("stand_in/7/cloud/a"), "old");
+}
+
+TEST_F(StandInCloudOnLinux, IsWholeAfterAKill) {
+  SteamAPI_Shutdown();
+  for (unsigned round = 0; round < 5; ++round) {
+    const pid_t writer = fork();
+    if (writer == 0) {
+      SteamAPI_Init();
+      for (int i = 0; i < 10'000; ++i) {  // not for ever: this process may end first
+        const std::string content(300'000, static_cast<char>('a' + i % 26));
+        SteamRemoteStorage()->FileWrite("a", content.data(), 300'000);
+      }
+      _exit(1);
+    }
+    while (!fs::exists("stand_in/7/cloud/a")) usleep(1'000);
+    usleep(5'000 + 7'000 * round);
+    kill(writer, SIGKILL);
+    int status = 0;
+    waitpid(writer, &status, 0);
+    EXPECT_TRUE(WIFSIGNALED(status));
+    for (const char* const file : {"stand_in/7/remote/a", "stand_in/7/cloud/a"}) {
+      const std::string content = test::ReadFile(file);
+      EXPECT_TRUE(content == std::string(300'000, content[0])) << content.size();
+    }
+  }
+  ASSERT_TRUE(SteamAPI_Init());
+  EXPECT_TRUE(test::ReadFile("stand_in/7/remote/a") == test::ReadFile("stand_in/7/cloud/a"));
+  EXPECT_TRUE(fs::is_empty("stand_in/7/staging"));
 }
 
 TEST_F(StandInCloudOnLinux, IsNotLeftOverLinks) {

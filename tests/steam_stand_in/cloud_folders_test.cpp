@@ -7,8 +7,6 @@
 #include <vector>
 
 #include "steam_stand_in/stand_in_test.h"
-#include "support/run_program.h"
-#include "support/system.h"
 
 namespace launcher {
 namespace {
@@ -135,22 +133,16 @@ TEST_F(StandInCloud, ListsFilesAndFoldersInTheOrderOfNames) {
   EXPECT_STREQ(Storage().GetFileNameAndSize(0, nullptr), "0");
 }
 
+// Only the difference counts for a file that is replaced.
 TEST_F(StandInCloud, RespectsTheQuota) {
   struct Case {
     const char* name;
     std::size_t size;
     bool fits;
   };
-  const Case cases[] = {{"a", 11, false},
-                        {"a", 10, true},
-                        {"b", 1, false},
-                        {"b", 0, true},
-                        // Only the difference counts for a file that is replaced.
-                        {"a", 10, true},
-                        {"a", 11, false},
-                        {"a", 6, true},
-                        {"b", 5, false},
-                        {"b", 4, true}};
+  const Case cases[] = {{"a", 11, false}, {"a", 10, true}, {"b", 1, false},
+                        {"b", 0, true},   {"a", 10, true}, {"a", 11, false},
+                        {"a", 6, true},   {"b", 5, false}, {"b", 4, true}};
   for (const Case& each : cases) {
     EXPECT_EQ(Write(each.name, std::string(each.size, 'x')), each.fits) << each.size;
   }
@@ -235,24 +227,6 @@ TEST_F(StandInCloud, ReplacesFilesByWholeOnes) {
   EXPECT_FALSE(Write("b", "y"));
   EXPECT_FALSE(fs::exists(kCloud + "b"));
   EXPECT_TRUE(fs::is_empty(kStaging));
-}
-
-// A writer that ends at any moment leaves whole files.
-TEST_F(StandInCloud, IsWholeAfterAKilledWriter) {
-  Start(R"({"accountId": 7})");
-  SteamAPI_Shutdown();
-  const std::string writer = '"' + test::ProgramBeside("steam_stand_in_writer") + "\" ";
-  for (int round = 0; round < 5; ++round) {
-    ASSERT_EQ(test::RunProgram(writer + std::to_string(5 + 7 * round)), 9);
-    for (const std::string& folder : {kLocal, kCloud}) {
-      const std::string content = test::ReadFile(folder + "save");
-      EXPECT_TRUE(content == std::string(300'000, content[0])) << content.size();
-    }
-  }
-  ASSERT_TRUE(SteamAPI_Init());
-  EXPECT_EQ(Listed(), "save 300000, ");
-  EXPECT_TRUE(test::ReadFile(kLocal + "save") == test::ReadFile(kCloud + "save"));
-  EXPECT_TRUE(!fs::exists(kStaging) || fs::is_empty(kStaging));
 }
 
 }  // namespace

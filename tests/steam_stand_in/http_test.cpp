@@ -212,7 +212,7 @@ TEST_F(StandInHttp, FailsIfTheRequestOrTheSessionEndsMeanwhile) {
         wasSent = http != nullptr && http->SendHTTPRequest(slowRequest, nullptr);
         return;
       }
-      Sleep(100);  // usually enough for the other thread to begin
+      Sleep(20);  // usually enough for the other thread to begin
       if (endsSession) SteamAPI_Shutdown();
       hasEnded = endsSession ? SteamAPI_Init() : http->ReleaseHTTPRequest(slowRequest);
     });

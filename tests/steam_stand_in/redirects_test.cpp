@@ -111,7 +111,7 @@ TEST(Redirects, AreTenAtMostWithinOneTimeLimit) {
   limitsGiven.clear();
   EXPECT_FALSE(Fetch(request, {50'000, 10, 7}).has_value());
   EXPECT_LT(requests.size(), 11u);
-  EXPECT_LE(limitsGiven[0].connectMs, 10u);
+  for (const HttpLimits& limits : limitsGiven) EXPECT_LE(limits.connectMs, 10u);
   EXPECT_FALSE(Fetch(request, {1, 0, 7}).has_value());
 }
 

@@ -1,4 +1,4 @@
-// What was printed.
+// The output of the process.
 
 #ifndef LAUNCHER_TESTS_SUPPORT_CAPTURED_OUTPUT_H_
 #define LAUNCHER_TESTS_SUPPORT_CAPTURED_OUTPUT_H_
@@ -10,7 +10,7 @@
 
 namespace launcher::test {
 
-// Runs `body` and gives what it printed, line ends as "\n" on every platform.
+// Run `body` and return what it printed, with "\n" as line end on every platform.
 template <class Body>
 std::string StandardOutputOf(Body body) {
   testing::internal::CaptureStdout();

@@ -8,7 +8,7 @@
 
 namespace launcher::test {
 
-// A file byte for byte; empty where there is none.
+// The bytes of a file; none if it does not exist.
 std::string ReadFile(const std::string& path);
 void WriteFile(const std::string& path, const std::string& content);
 

@@ -3,8 +3,8 @@
 
     http_server.py COMMAND [ARGUMENT...]
 
-The command finds the ports in TEST_HTTP_PORT and TEST_HTTPS_PORT. The certificate for https is one
-that nobody trusts; without the openssl program that port is 0. Exit status: the command's.
+The command finds the ports in TEST_HTTP_PORT and TEST_HTTPS_PORT. Nobody trusts the certificate for
+https; without the openssl program that port is 0. Exit status: the command's.
 """
 
 import gzip
@@ -19,9 +19,21 @@ import time
 import urllib.parse
 
 TEXT = b"hello from the server"
-# Long enough that no client can take it for arrived, short enough for a test.
-SLOW_SECONDS = 1
-TRICKLE_SECONDS = 0.1
+CHUNKED = {"Transfer-Encoding": "chunked"}
+# The headers and the body. Without a size or chunks, the end of the connection ends the body.
+PAGES = {
+    "text": ({"Content-Length": 21, "X-Five": "  12345 "}, TEXT),
+    "slow": ({"Content-Length": 21}, TEXT),
+    "empty": ({"Content-Length": 0}, b""),
+    "no-content": ({}, b""),
+    "unannounced": ({}, TEXT),
+    "chunked": (CHUNKED, b"5\r\nhello\r\n10\r\n from the server\r\n0\r\n\r\n"),
+    "chunked-cut": (CHUNKED, b"5\r\nhello\r\n"),
+    "nul": ({"Content-Length": 4}, b"a\0b\0"),
+    "cut": ({"Content-Length": 22}, TEXT),
+    "claims-4-gib": ({"Content-Length": 0xFFFFFFFF}, TEXT),
+    "trickle": ({"Content-Length": 1000}, b""),
+}
 
 
 class Handler(http.server.BaseHTTPRequestHandler):
@@ -29,109 +41,48 @@ class Handler(http.server.BaseHTTPRequestHandler):
 
     def answer(self):
         self.close_connection = True
-        length = int(self.headers.get("Content-Length", 0))
-        self.request_body = self.rfile.read(length)
-        self.url = urllib.parse.urlsplit(self.path)
-        page, _, self.argument = self.url.path[1:].partition("/")
-        method = getattr(self, "page_" + page.replace("-", "_"), None)
-        if method is None:
-            self.send(b"no such page", status=404)
-        else:
-            method()
+        content = self.rfile.read(int(self.headers.get("Content-Length", 0)))
+        url = urllib.parse.urlsplit(self.path)
+        page, _, argument = url.path[1:].partition("/")
+        if page == "nothing":
+            return
+        if page == "nonsense":
+            self.wfile.write(b"this is not HTTP\r\n\r\n")
+            return
+        if page == "slow":
+            time.sleep(1)  # nobody can believe that the response has arrived
+        headers, body = PAGES.get(page) or self.made_page(page, argument, url.query, content)
+        status = {"no-content": 204, "status": argument, "redirect": argument}.get(page, 200)
+        self.send_response(int(status))
+        for name, value in {**headers, "Connection": "close"}.items():
+            self.send_header(name, value)
+        self.end_headers()
+        if self.command != "HEAD":
+            self.wfile.write(body)
+        if page == "trickle":
+            for _ in range(1000):
+                self.wfile.write(b"x")
+                time.sleep(0.1)
 
     do_GET = do_HEAD = do_POST = do_PUT = do_DELETE = do_OPTIONS = do_PATCH = answer
 
-    def head(self, headers, status=200):
-        self.send_response(status)
-        for name, value in headers.items():
-            self.send_header(name, value)
-        self.send_header("Connection", "close")
-        self.end_headers()
-
-    def send(self, body, status=200, **headers):
-        self.head({"Content-Length": len(body), **headers}, status)
-        if self.command != "HEAD":
-            self.wfile.write(body)
-
-    def send_chunks(self, *chunks):
-        self.head({"Transfer-Encoding": "chunked"})
-        for chunk in chunks:
-            self.wfile.write(b"%x\r\n%s\r\n" % (len(chunk), chunk))
-
-    def page_text(self):
-        self.send(TEXT, **{"X-Five": "  12345 "})
-
-    def page_empty(self):
-        self.send(b"")
-
-    def page_no_content(self):
-        self.head({}, 204)
-
-    def page_unannounced(self):
-        self.head({})
-        self.wfile.write(TEXT)
-
-    def page_chunked(self):
-        self.send_chunks(TEXT[:5], TEXT[5:], b"")
-
-    def page_chunked_cut(self):
-        self.send_chunks(TEXT[:5])
-
-    def page_gzip(self):
-        if "gzip" in self.headers.get("Accept-Encoding", ""):
-            self.send(gzip.compress(TEXT * 100), **{"Content-Encoding": "gzip"})
-        else:
-            self.send(TEXT * 100)
-
-    def page_nul(self):
-        self.send(b"a\0b\0")
-
-    def page_size(self):
-        self.send(b"x" * int(self.argument))
-
-    def page_cut(self):
-        self.head({"Content-Length": len(TEXT) + 1})
-        self.wfile.write(TEXT)
-
-    def page_claims_4_gib(self):
-        self.head({"Content-Length": 0xFFFFFFFF})
-        self.wfile.write(TEXT)
-
-    def page_nothing(self):
-        self.connection.close()
-
-    def page_nonsense(self):
-        self.wfile.write(b"this is not HTTP\r\n\r\n")
-
-    def page_slow(self):
-        time.sleep(SLOW_SECONDS)
-        self.send(TEXT)
-
-    def page_trickle(self):
-        self.head({"Content-Length": 1000})
-        for _ in range(1000):
-            self.wfile.write(b"x")
-            self.wfile.flush()
-            time.sleep(TRICKLE_SECONDS)
-
-    def page_echo(self):
-        told = f"{self.command} {self.headers.get('Content-Type', '-')} "
-        self.send(told.encode() + self.request_body)
-
-    def page_path(self):
-        self.send(self.path.encode())
-
-    def page_status(self):
-        self.send(b"status " + self.argument.encode(), status=int(self.argument))
-
-    # /redirects/N leads N times to the next, then to /text.
-    def page_redirects(self):
-        left = int(self.argument) - 1
-        self.send(b"not this", status=302, Location=f"/redirects/{left}" if left > 0 else "../text")
-
-    # /redirect/STATUS?TARGET
-    def page_redirect(self):
-        self.send(b"not this", status=int(self.argument), Location=self.url.query)
+    def made_page(self, page, argument, query, content):
+        body, headers = b"no such page", {}
+        if page == "size":
+            body = b"x" * int(argument)
+        elif page == "status":
+            body = b"status " + argument.encode()
+        elif page == "path":
+            body = self.path.encode()
+        elif page == "echo":
+            body = f"{self.command} {self.headers.get('Content-Type', '-')} ".encode() + content
+        elif page == "redirect":  # /redirect/STATUS?TARGET
+            body, headers = b"not this", {"Location": query}
+        elif page == "gzip":
+            body = TEXT * 100
+            if "gzip" in self.headers.get("Accept-Encoding", ""):
+                body, headers = gzip.compress(body), {"Content-Encoding": "gzip"}
+        return {"Content-Length": len(body), **headers}, body
 
     def log_message(self, *_):
         pass
@@ -140,7 +91,7 @@ class Handler(http.server.BaseHTTPRequestHandler):
 class Server(http.server.ThreadingHTTPServer):
     daemon_threads = True
 
-    # A client that has enough goes away, and that is what some tests want.
+    # Some tests end a connection early.
     def handle_error(self, request, client_address):
         pass
 
@@ -169,15 +120,10 @@ def serve_untrusted():
 
 
 def main():
-    ports = {"TEST_HTTP_PORT": serve(Server(("127.0.0.1", 0), Handler)),
-             "TEST_HTTPS_PORT": serve_untrusted()}
-    environment = dict(os.environ, **{name: str(port) for name, port in ports.items()})
+    environment = dict(os.environ, TEST_HTTP_PORT=str(serve(Server(("127.0.0.1", 0), Handler))),
+                       TEST_HTTPS_PORT=str(serve_untrusted()))
     # The server is a thread of this process, so it cannot outlive it.
-    try:
-        status = subprocess.run(sys.argv[1:], env=environment, check=False).returncode
-    except OSError as error:
-        print(f"http_server: {error}", file=sys.stderr)
-        status = 127
+    status = subprocess.run(sys.argv[1:], env=environment, check=False).returncode
     # A signal as a shell reports it. Does not wait for requests that the server still handles.
     os._exit(status if status >= 0 else 128 - status)
 

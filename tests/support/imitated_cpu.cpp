@@ -13,8 +13,8 @@ std::optional<launcher::CpuFeatures> imitated;
 #pragma clang diagnostic ignored "-Wreturn-type-c-linkage"
 #endif
 
-// The linker's --wrap leads calls of launcher::ThisCpu to the first of these, which calls the true
-// one by the second.
+// The linker's --wrap redirects calls of launcher::ThisCpu to the second of these; the first one is
+// the original.
 extern "C" launcher::CpuFeatures __real__ZN8launcher7ThisCpuEv();
 extern "C" launcher::CpuFeatures __wrap__ZN8launcher7ThisCpuEv() {
   return imitated ? *imitated : __real__ZN8launcher7ThisCpuEv();

@@ -7,8 +7,8 @@
 
 namespace launcher::test {
 
-// Runs a command line in the current directory to its end and answers the exit code, -1 where it
-// could not be started.
+// Runs a command line in the current directory to its end. Returns the exit code, or -1 if it could
+// not be started.
 int RunProgram(std::string commandLine);
 
 }  // namespace launcher::test

@@ -7,8 +7,9 @@
 
 namespace launcher::test {
 
-// Loads the library `name`, which lies beside the program, and answers its script, which `getter`
-// gives. To be called ahead of the library under test, which then finds the scripted one.
+// Loads the library `name` from the folder of the program and returns its script, which the
+// function `getter` returns. Call it before the library under test, which then finds the scripted
+// one.
 template <class Script>
 Script& LoadScript(const char* name, const char* getter) {
   return *reinterpret_cast<Script* (*)()>(LoadFunction(PathBeside(name), getter))();
