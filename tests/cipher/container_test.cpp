@@ -23,6 +23,8 @@ using test::Decoding;
 using test::GuardedBuffer;
 using test::KnownContainer;
 
+using Container = test::ScratchTest;
+
 const Bytes kKey = test::BytesOf("7E3A90C2D1F86B45");
 
 Decoding Decode(std::uint8_t* block, std::uint32_t blockSize, const Bytes& key,
@@ -34,7 +36,14 @@ Decoding Decode(std::uint8_t* block, std::uint32_t blockSize, const Bytes& key,
   return decoding;
 }
 
-TEST(Container, SizesAreRoundedUpToWholeBlocks) {
+Decoding DecodeKeyed(std::uint8_t* block, std::size_t blockSize, std::uint32_t checkMarker) {
+  Decoding decoding;
+  decoding.result = QX_Decode(block, static_cast<std::int32_t>(blockSize), &decoding.size,
+                              &decoding.offset, checkMarker);
+  return decoding;
+}
+
+TEST_F(Container, SizesAreRoundedUpToWholeBlocks) {
   struct Case {
     std::uint32_t payloadSize;
     std::uint32_t containerSize;
@@ -57,13 +66,21 @@ TEST(Container, SizesAreRoundedUpToWholeBlocks) {
   }
 }
 
-TEST(Container, IsByteForByteWhatOpensslMakes) {
+TEST_F(Container, IsByteForByteWhatOpensslMakes) {
   int count = 0;
   for (const KnownContainer& known : test::KnownContainers()) {
     SCOPED_TRACE(known.name);
     const GuardedBuffer block(known.container);
     EXPECT_EQ(Decode(block.Data(), block.Size(), known.key, known.prefix.c_str()), known.decoding);
     test::ExpectDecodedInPlace(block, known);
+    // One byte of checkMarker is read.
+    for (const std::uint32_t checkMarker : {0u, 1u, 0x100u, 0x180u}) {
+      const auto& expected = known.keyedDecoding[(checkMarker & 0xFF) != 0];
+      if (!expected) continue;
+      const GuardedBuffer keyedBlock(known.container);
+      EXPECT_EQ(DecodeKeyed(keyedBlock.Data(), keyedBlock.Size(), checkMarker), expected);
+      test::ExpectDecodedInPlace(keyedBlock, known);
+    }
 
     if (!known.isMadeByEncoding) continue;
     const GuardedBuffer payload(known.payload);
@@ -81,7 +98,7 @@ TEST(Container, IsByteForByteWhatOpensslMakes) {
   EXPECT_EQ(count, 17);
 }
 
-TEST(Container, IsNeitherReadNorMadeWithABadArgument) {
+TEST_F(Container, IsNeitherReadNorMadeWithABadArgument) {
   const Bytes container = test::KnownContainerNamed("size-4").container;
   const GuardedBuffer block(container);
   std::uint32_t size = 9;
@@ -110,7 +127,7 @@ TEST(Container, IsNeitherReadNorMadeWithABadArgument) {
 }
 
 // No filler follows the payload: whoever reads further leaves the buffer.
-TEST(Container, SkipsAPrefixThatThePayloadBeginsWith) {
+TEST_F(Container, SkipsAPrefixThatThePayloadBeginsWith) {
   const std::string text = "payload of 20 bytes.";
   Bytes container(60);
   ASSERT_EQ(file_cipher_encode(test::BytesOf(text).data(), 20, container.data()), 0);
@@ -127,7 +144,7 @@ TEST(Container, SkipsAPrefixThatThePayloadBeginsWith) {
 }
 
 // A payload of several stretches: before one is enciphered it must not cover what is yet to move.
-TEST(Container, MayOverlapItsPayload) {
+TEST_F(Container, MayOverlapItsPayload) {
   const Bytes payload = test::Pattern(200000);
   const std::uint32_t containerSize = file_cipher_get_encode_size(200000);
   for (const auto& [payloadAt, outputAt] :
@@ -151,32 +168,7 @@ TEST(Container, MayOverlapItsPayload) {
   }
 }
 
-using KeyedCodec = test::ScratchTest;
-
-Decoding DecodeKeyed(std::uint8_t* block, std::size_t blockSize, std::uint32_t checkMarker) {
-  Decoding decoding;
-  decoding.result = QX_Decode(block, static_cast<std::int32_t>(blockSize), &decoding.size,
-                              &decoding.offset, checkMarker);
-  return decoding;
-}
-
-TEST_F(KeyedCodec, DecodesInPlaceAndReadsOneByteOfCheckMarker) {
-  int decoded = 0;
-  for (const KnownContainer& known : test::KnownContainers()) {
-    for (const std::uint32_t checkMarker : {0u, 1u, 0x100u, 0x180u}) {
-      const auto& expected = known.keyedDecoding[(checkMarker & 0xFF) != 0];
-      if (!expected) continue;
-      SCOPED_TRACE(known.name + ", " + std::to_string(checkMarker));
-      const GuardedBuffer block(known.container);
-      EXPECT_EQ(DecodeKeyed(block.Data(), block.Size(), checkMarker), expected);
-      test::ExpectDecodedInPlace(block, known);
-      ++decoded;
-    }
-  }
-  EXPECT_GE(decoded, 80);
-}
-
-TEST_F(KeyedCodec, LooksTheTextsUpForEveryBlock) {
+TEST_F(Container, LooksTheTextsUpToBeDecoded) {
   QX_IsStaging();
   Bytes block(100, 'a');
   EXPECT_EQ(test::StandardOutputOf([&] { DecodeKeyed(block.data(), 100, 0); }),
@@ -189,7 +181,7 @@ TEST_F(KeyedCodec, LooksTheTextsUpForEveryBlock) {
             CallLine(11000));
 }
 
-TEST_F(KeyedCodec, RefusesBadArgumentsWithoutALookup) {
+TEST_F(Container, IsRefusedWithoutALookup) {
   const Bytes container = test::KnownContainerNamed("size-4").container;
   const GuardedBuffer block(container);
   std::uint32_t size = 5;
@@ -211,7 +203,7 @@ TEST_F(KeyedCodec, RefusesBadArgumentsWithoutALookup) {
   EXPECT_EQ(block.Content(), container);
 }
 
-TEST_F(KeyedCodec, ReadsBlocksBelowAMebibyte) {
+TEST_F(Container, IsDecodedBelowAMebibyte) {
   const Bytes payload = test::Pattern(0xFFFD4);
   Bytes largest(0xFFFFF);
   ASSERT_EQ(QX_Encode(largest.data(), payload.data(), 0xFFFD4), QX_SUCCEEDED);
@@ -220,7 +212,7 @@ TEST_F(KeyedCodec, ReadsBlocksBelowAMebibyte) {
   EXPECT_EQ(DecodeKeyed(largest.data(), 0xFFFFC, 0), (Decoding{0, 0xFFFD4, 40}));
 }
 
-TEST_F(KeyedCodec, SignsWithinTheCapacity) {
+TEST_F(Container, IsSignedWithinTheCapacity) {
   const std::string marker = "/* QTRMWO_Kd3Z_HLvN */";
   EXPECT_EQ(QX_GetSignatureSize(), 22u);
   const GuardedBuffer data(test::BytesOf("some data"));

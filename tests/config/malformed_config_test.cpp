@@ -97,6 +97,7 @@ TEST_F(MalformedConfig, IsReportedByTheFirstWrongSetting) {
       {orvane + "{}, \"Settings\": []}", WrongType("null")},
       {DefaultsWith("\"Settings\": {", "\"Settings\": 1, \"x\": {"), WrongContainer("number")},
       {DefaultsWith("\"Settings\"", "\"settings\""), WrongType("null")},
+      {DefaultsWith("\"Api_server\": ", "\"Api_server\": null, \"x\": "), WrongType("null")},
       // A member counts in its own section alone, and of equal sections the last.
       {DefaultsWith("\"Api_server\": ", "\"x\": {\"Api_server\": \"a\"}, \"y\": "),
        WrongType("null")},

@@ -114,8 +114,10 @@ TEST_F(FileRemoval, RemovesLinksAndDoesNotFollowThem) {
   EXPECT_EQ(QX_RemoveDirectory("tree\\link", 1), QX_SUCCEEDED);
   EXPECT_TRUE(fs::exists("tree/link"));
   EXPECT_TRUE(fs::is_empty("tree/target"));
+  Make("tree/target/held");
+  fs::permissions("tree/target/held", fs::perms(0222), fs::perm_options::remove);
   EXPECT_EQ(QX_RemoveDirectory("tree\\link", 0), removesLinks ? QX_SUCCEEDED : QX_FAILED);
-  EXPECT_TRUE(fs::exists("tree/target"));
+  EXPECT_TRUE(fs::exists("tree/target/held"));
   test::RemoveLink("tree/link");
 }
 

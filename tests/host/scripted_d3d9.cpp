@@ -7,7 +7,7 @@ namespace {
 
 Direct3DScript script;
 
-// Only what the library has a use for works.
+// Only what the library calls works.
 class ScriptedDirect3D final : public IDirect3D9 {
  public:
   ULONG WINAPI Release() override {
@@ -28,12 +28,12 @@ class ScriptedDirect3D final : public IDirect3D9 {
     if (!isAsked) {
       return D3DERR_NOTAVAILABLE;
     }
-    // Past the last one, so that a test sees whoever asks too far.
+    // Succeeds past the last one, so that a test sees a query too many.
     if (index >= script.modes.size()) {
       *found = {};
       return D3D_OK;
     }
-    // Written also by a query that fails: it must not count.
+    // A query that fails writes a mode too, which must not count.
     const Direct3DScript::Mode& mode = script.modes[index];
     *found = {mode.width, mode.height, mode.refreshRate, format};
     return mode.answers && !script.failures.IsDue() ? D3D_OK : D3DERR_NOTAVAILABLE;
