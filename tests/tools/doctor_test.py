@@ -321,7 +321,7 @@ class Checks(Case):
         text = doctor("bundle", str(report), "--yes", **more).stdout.decode()
         self.assertIn(report.read_text(encoding="utf-8"), text)
         self.assertEqual(re.findall(r"s[123]|kept|~/x|/ada", text), ["kept", "~/x"])
-        config.write_bytes(b'{"key": "s1" oops, token: s2,\n "x": "kept" // pass=s3\n')
+        config.write_bytes(b'{"key": "s1" oops, Secret: s2,\n "x": "kept" // pass=s3\n')
         self.assertIn(b"--force", doctor("bundle", str(report), "--yes", **more).stderr)
         doctor("bundle", str(report), "--yes", "--force", **more)
         self.assertEqual(re.findall(r"s[123]\b|kept", report.read_text(encoding="utf-8")), ["kept"])
