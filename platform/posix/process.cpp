@@ -104,18 +104,18 @@ class Pipe {
     ends_[end] = -1;
   }
 
-  // Answers whether a byte came before the other end closed.
-  bool ReadByte() const {
-    char byte = 0;
+  // Returns the byte, or -1 if the other end closed before it came.
+  int ReadByte() const {
+    unsigned char byte = 0;
     ssize_t count = 0;
     do {
       count = read(ends_[0], &byte, 1);
     } while (count < 0 && errno == EINTR);
-    return count == 1;
+    return count == 1 ? byte : -1;
   }
 
-  void WriteByte() const {
-    const char byte = 0;
+  void WriteByte(int value) const {
+    const auto byte = static_cast<unsigned char>(value);
     while (write(ends_[1], &byte, 1) < 0 && errno == EINTR) {
     }
   }
@@ -129,15 +129,16 @@ class Pipe {
 // threads. Waits for a byte from its parent, which first has to let it read its memory.
 [[noreturn]] void BecomeProgram(const char* path, char* const* arguments, Pipe& go, Pipe& failed) {
   go.CloseEnd(1);
-  if (go.ReadByte()) {
+  if (go.ReadByte() == 0) {
     close_range(3, ~0U, CLOSE_RANGE_CLOEXEC);
     execv(path, arguments);
   }
-  failed.WriteByte();
+  failed.WriteByte(errno);
   _exit(127);
 }
 
-// The child's process id, or a reason in GetLastError and 0. `arguments` end in null.
+// Returns the child's process id, or 0 with the reason in errno and GetLastError. `arguments` end
+// in null.
 pid_t StartChild(const char* path, char* const* arguments) {
   Pipe go;
   Pipe failed;
@@ -148,10 +149,12 @@ pid_t StartChild(const char* path, char* const* arguments) {
 
   // Some kernels let only a declared process read another's memory, a child of its own too.
   prctl(PR_SET_PTRACER, static_cast<unsigned long>(pid));
-  go.WriteByte();
+  go.WriteByte(0);
   failed.CloseEnd(1);
-  if (failed.ReadByte()) {
+  const int childError = failed.ReadByte();
+  if (childError >= 0) {
     WaitForEnd(pid, nullptr, 0);
+    errno = childError;
     return Fail(kErrorFileNotFound);
   }
   return pid;

@@ -1,9 +1,11 @@
 // What launch_child, the client of the launch tests, leaves in the current directory.
 //
-//   launch_child PPPPPPPPAAAAAAAA      as QX_CreateProcess starts it: writes its command line down,
-//                                      then the data at that address; ends as the data ask it to
-//   launch_child CAPACITY ARGUMENT...  writes down what QX_CommandLineToArgvA answers: the result
-//                                      and the count, then each text on a line of its own
+//   launch_child PPPPPPPPAAAAAAAA      as QX_CreateProcess starts it: writes its command line to a
+//                                      file, then the data at that address, which begin with a
+//                                      LaunchHeader or are a container of the C++ wrapper
+//   launch_child CAPACITY ARGUMENT...  writes what QX_CommandLineToArgvA returns: the result and
+//   the
+//                                      count, then each text on its own line
 
 #ifndef LAUNCHER_TESTS_LAUNCH_LAUNCH_CHILD_H_
 #define LAUNCHER_TESTS_LAUNCH_LAUNCH_CHILD_H_
@@ -16,10 +18,10 @@ constexpr char kLineFile[] = "line.txt";
 constexpr char kDataFile[] = "data.bin";
 constexpr char kArgumentsFile[] = "arguments.txt";
 
-// Ahead of the data.
+// Before the data.
 struct LaunchHeader {
   std::uint32_t exitCode;
-  std::uint32_t delay;  // in milliseconds, ahead of the second look at the data
+  std::uint32_t delay;  // in milliseconds, before the second read of the data
   std::uint32_t dataSize;
 };
 
