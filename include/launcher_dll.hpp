@@ -481,8 +481,8 @@ inline Bytes Sign(ConstByteSpan data) {
 
 // ---- Starting the client ---------------------------------------------------------------------
 
-// The largest container that QX_Decode, and so ReadClientData, accepts.
-constexpr std::uint32_t kLargestContainer = 0xFFFFF;
+// In bytes: QX_Decode, and so ReadClientData, accepts the container of so many.
+constexpr std::size_t kLargestClientData = 1048510;
 
 enum class DataForm {
   kContainer,  // for ReadClientData: the container's size in 4 bytes, then the container
@@ -491,15 +491,16 @@ enum class DataForm {
 
 // QX_CreateProcess: starts the client, keeps the data for it, and waits until it has ended.
 // DataForm::kContainer signs and enciphers the data; without data there is no container either.
-// Throws Error if the client does not start, std::length_error for data of more than 1,048,510
-// bytes.
+// Throws Error if the client does not start, std::length_error for more than kLargestClientData.
 inline void RunClient(const std::string& clientPath, ConstByteSpan data = {},
                       DataForm form = DataForm::kContainer) {
   Bytes block;
   if (form == DataForm::kContainer && !data.empty()) {
+    if (data.size() > kLargestClientData) {
+      throw std::length_error("launcher_dll: more data than ReadClientData accepts");
+    }
     const Bytes container = Encode(Sign(data));
     const auto size = static_cast<std::uint32_t>(container.size());
-    if (size > kLargestContainer) throw std::length_error("launcher_dll: too much client data");
     block.resize(sizeof size);
     std::memcpy(block.data(), &size, sizeof size);
     block.insert(block.end(), container.begin(), container.end());
@@ -583,15 +584,16 @@ inline void ReadLauncher(std::uint32_t processId, std::uint32_t address, void* b
 
 // In the client: the data that the launcher gave to RunClient, empty if it gave none. `line` is the
 // command line or its last argument, main's arguments[1]; null counts as an empty line.
-// Looks texts up as QX_Decode does. Throws Error if the line is too short, the launcher's memory
-// cannot be read, or what is there is not what RunClient makes: no data of the line, the size
-// included, is used unchecked.
+// Looks up the texts that QX_Decode needs. Throws Error if the line is too short, the launcher's
+// memory cannot be read, or it does not contain what RunClient makes.
 inline Bytes ReadClientData(const char* line) {
   const LaunchLine launch = ReadLaunchLine(line == nullptr ? "" : line);
   if (launch.dataAddress == 0) return {};
   std::uint32_t size = 0;
   detail::ReadLauncher(launch.processId, launch.dataAddress, &size, sizeof size);
-  if (size > kLargestContainer) throw Error("ReadClientData", QX_SIZE_REFUSED);
+  if (size > ContainerSize(QX_GetSignatureSize() + kLargestClientData)) {
+    throw Error("ReadClientData", QX_SIZE_REFUSED);
+  }
   Bytes container(size);
   detail::ReadLauncher(launch.processId, launch.dataAddress + std::uint32_t{sizeof size},
                        container.data(), size);

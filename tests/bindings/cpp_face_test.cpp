@@ -182,10 +182,10 @@ TEST_F(CppFace, ReportsTheSystemsErrorCode) {
 }
 
 TEST_F(CppFace, HandsDataToAClientThatReadsThem) {
-  const Bytes data = test::Pattern(1048510);  // the most that fit
+  const Bytes data = test::Pattern(face::kLargestClientData);
   face::RunClient(test::ProgramBeside("launch_child"), data);
   EXPECT_TRUE(test::BytesOf(test::ReadFile(test::kDataFile)) == data);
-  EXPECT_THROW(face::RunClient("client", Bytes(1048511)), std::length_error);
+  EXPECT_THROW(face::RunClient("client", Bytes(data.size() + 1)), std::length_error);
   EXPECT_EQ(face::ReadClientData("client 0000000100000000"), Bytes());
 }
 
