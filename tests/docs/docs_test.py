@@ -51,7 +51,7 @@ class Documents(unittest.TestCase):
                 name, _, anchor = target.partition("#")
                 file = document.parent / name if name else document
                 with self.subTest(f"{document.name}: {target}"):
-                    # In the package, the stand-in's page lies elsewhere.
+                    # In the package, the stand-in's page is in another folder.
                     if (document.name, target) != ("package.md", "steam-stand-in/README.md"):
                         self.assertTrue(file.exists())
                         if anchor:
@@ -86,7 +86,7 @@ class Documents(unittest.TestCase):
     def test_bfbr_prints_what_the_first_page_shows(self):
         shown = re.search(r"^```text\n(\$ .*?)^```", (ROOT / "README.md").read_text(encoding="utf-8"), re.S | re.M)[1]
         commands = re.findall(r"^\$ (.*)$", shown, re.M)
-        # Each line is shown, as by a shell, before it is run; "cat" stands for the terminal.
+        # Prints each line before it runs, as a shell does; "cat" replaces the terminal.
         script = "".join(f"printf '$ %s\\n' {shlex.quote(line)}\n{{ {line}; }} | cat\n" for line in commands)
         environment = dict(os.environ, PATH=f"{ROOT}/build/native/bin:{os.environ['PATH']}")
         with tempfile.TemporaryDirectory() as folder:
