@@ -3,8 +3,6 @@
 #   LAUNCHER_EXPORTS_DEF   for linking the DLL: decorated names at their ordinals
 #   LAUNCHER_EXPORTS_MAP   for linking the native library: plain names, everything else hidden
 #   LAUNCHER_EMPTY_EXPORTS for the Microsoft import library: an empty function for each export
-#   generated/export_table.inc  for the tests: EXPORT(ordinal, name, argument bytes)
-#   generated/export_calls.inc  likewise: CALL(return type, name, (parameters), (arguments))
 #
 # From src/config/settings.inc:
 #
@@ -19,8 +17,6 @@ set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${export_list}")
 
 set(def "LIBRARY \"LauncherDll.dll\"\nEXPORTS\n")
 set(map "{\n  global:\n")
-set(table "")
-set(calls "")
 set(empty_functions "")
 file(READ "${export_list}" json)
 string(JSON count LENGTH "${json}" exports)
@@ -34,12 +30,6 @@ foreach(index RANGE ${last})
   if(NOT decorated STREQUAL "_${name}@${size}")
     message(FATAL_ERROR "${export_list}: ${decorated} has ${argument_count} arguments")
   endif()
-  string(APPEND table "EXPORT(${ordinal}, ${name}, ${size})\n")
-  string(JSON returns GET "${json}" exports ${index} returns)
-  string(JSON parameters GET "${json}" exports ${index} arguments)
-  string(REGEX REPLACE "[][\"\n]|  +" "" parameters "${parameters}")
-  string(REGEX REPLACE "[^,]*[ *]([a-zA-Z]+)" " \\1" names "${parameters}")
-  string(APPEND calls "CALL(${returns}, ${name}, (${parameters}), (${names}))\n")
   # Left of the equals sign stands the name in the table, right of it the linker's name for the
   # function, which goes without the first underscore.
   string(APPEND def "  \"_${name}@${size}\" = \"${name}@${size}\" @${ordinal}\n")
@@ -55,7 +45,5 @@ string(APPEND map "  local: *;\n};\n")
 file(CONFIGURE OUTPUT "${LAUNCHER_EXPORTS_DEF}" CONTENT "${def}" @ONLY)
 file(CONFIGURE OUTPUT "${LAUNCHER_EXPORTS_MAP}" CONTENT "${map}" @ONLY)
 file(CONFIGURE OUTPUT "${LAUNCHER_EMPTY_EXPORTS}" CONTENT "${empty_functions}" @ONLY)
-file(CONFIGURE OUTPUT "${export_folder}/export_table.inc" CONTENT "${table}" @ONLY)
-file(CONFIGURE OUTPUT "${export_folder}/export_calls.inc" CONTENT "${calls}" @ONLY)
 
 configure_file("${PROJECT_SOURCE_DIR}/src/config/settings.inc" "${export_folder}/settings.inc" COPYONLY)

@@ -1,7 +1,7 @@
-# Libraries of others. THIRD_PARTY_NOTICES.md names them and their licences.
+# Libraries of others. third_party/components.json.in lists those in the package, with their licences.
 
-# Libraries that are headers alone lie in /usr/include, where a cross compiler must not look: it would
-# find the host's own headers too. A link in the build folder leads to each library and no further.
+# Header-only libraries are in /usr/include, which a cross compiler must not search: it would find the
+# host's headers too. A link in the build folder leads to each library alone.
 find_package(nlohmann_json 3.8.0 REQUIRED)
 find_path(JSON_INCLUDE_DIR nlohmann/json.hpp PATHS /usr/include NO_CMAKE_FIND_ROOT_PATH REQUIRED)
 find_path(CLI_INCLUDE_DIR CLI/CLI.hpp PATHS /usr/include NO_CMAKE_FIND_ROOT_PATH REQUIRED)

@@ -1,13 +1,15 @@
-// Both ways to decode a container, held against libcrypto's Blowfish and SHA-256.
+// Both ways to decode a container, and to encode it in place, compared with libcrypto's Blowfish
+// and SHA-256. For reads and writes beyond a buffer, and for containers that no table has.
 //
-// Random changes to a container give random bytes behind the cipher and come no further than the
-// digest. So a mutator of our own deciphers, changes what is inside, and enciphers again.
+// A random change of a container changes whole blocks, which the digest refuses. So our own mutator
+// deciphers the container, changes the content, and enciphers it again.
 
 // The plain functions of the cipher take words, as the container has them.
 #define OPENSSL_SUPPRESS_DEPRECATED
 #include <openssl/blowfish.h>
 #include <openssl/sha.h>
 
+#include <algorithm>
 #include <cstring>
 #include <optional>
 #include <random>
@@ -88,7 +90,7 @@ Bytes Transformed(Bytes block, const Bytes& key, Direction direction) {
 
 std::uint64_t SizeFor(std::uint64_t payloadSize) { return 4 + (payloadSize + 36 + 7) / 8 * 8; }
 
-// Writes length and digest of a payload ahead of it.
+// Writes the length and the digest of a payload into the header.
 void PutHeader(Bytes& plain, std::uint32_t payloadSize) {
   std::memcpy(plain.data(), "BFBR", 4);
   std::memcpy(&plain[4], &payloadSize, 4);
@@ -136,7 +138,7 @@ void CheckDecode(const Input& input, bool isTried, const Expected& expected) {
   Require(block.Content() == (isTried ? expected.plain : input.block), "what is deciphered");
   if (!isTried || !expected.payloadSize) {
     Require(result == QX_CIPHER_FAILED, "what is not intact fails");
-    Require(size == kUnwritten && offset == kUnwritten, "nothing told of what is not intact");
+    Require(size == kUnwritten && offset == kUnwritten, "outputs untouched if it is not intact");
     return;
   }
   const bool fits = !asksPrefix || StartsWith(expected.plain, *expected.payloadSize, prefix);
@@ -168,24 +170,24 @@ void CheckKeyedDecode(const Input& input, bool isTried, const Expected& expected
   Require(size == *expected.payloadSize - skipped && offset == kPayload + skipped, "the delivery");
 }
 
-// An intact container is what encoding its payload gives, but for the filler.
+// Encodes the payload of an intact container in an area where it overlaps its container. The result
+// is that container, except for the filler.
 void CheckEncode(const Input& input, const Expected& expected) {
   const std::uint32_t size = *expected.payloadSize;
   Bytes plain = expected.plain;
-  std::fill(plain.begin() + static_cast<std::ptrdiff_t>(kPayload + size), plain.end(),
-            std::uint8_t{0});
-  const GuardedBuffer payload(Bytes(plain.begin() + kPayload,
-                                    plain.begin() + static_cast<std::ptrdiff_t>(kPayload + size)));
-  const GuardedBuffer output(input.block.size());
-  const bool isDone = size != 0;
+  std::fill(plain.begin() + kPayload + size, plain.end(), std::uint8_t{0});
+  const GuardedBuffer area(input.block.size() + input.flags);
+  std::uint8_t* const payload = area.Data() + kPayload + input.flags;
+  std::copy_n(plain.begin() + kPayload, size, payload);
   Require(file_cipher_get_encode_size(size) == input.block.size(), "the size of a container");
-  Require((file_cipher_encode(payload.Data(), size, output.Data()) == 0) == isDone, "encoding");
-  Require(isDone ? output.Content() == Transformed(plain, input.Key(), Direction::kEncipher)
-                 : output.IsUntouched(),
+  Require((file_cipher_encode(payload, size, area.Data()) == 0) == (size != 0), "encoding");
+  Bytes content = area.Content();
+  content.resize(input.block.size());
+  Require(size == 0 || content == Transformed(plain, input.Key(), Direction::kEncipher),
           "encode(decode(x)) == x");
 }
 
-// A change behind the cipher, most times one that leaves the container intact.
+// Changes the deciphered content, mostly so that the container stays intact.
 void Change(Input& input, std::minstd_rand& random, std::size_t maxSize) {
   const auto oneIn = [&](unsigned count) { return random() / 7 % count == 0; };
   Bytes plain = Transformed(input.block, input.Key(), Direction::kDecipher);

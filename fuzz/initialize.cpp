@@ -1,6 +1,6 @@
-// How each fuzzer begins: without standard output, since many an export prints there, and in a
-// folder of its own below that for temporary files. It goes when the program ends, but not when it
-// crashes. Names of files given to a fuzzer have to be absolute.
+// The start of each fuzzer: without standard output, because exports print there, and in a
+// directory of its own, which is removed at the end but not after a crash. So names of files that
+// are given to a fuzzer must be absolute.
 
 #include <cstdio>
 #include <filesystem>

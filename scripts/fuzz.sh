@@ -7,16 +7,16 @@
 #
 #   SECONDS  how long each runs
 #   N        how many inputs each runs, the slow ones a part of them
-#   NAME     container, encoding, ...: only these fuzzers
+#   NAME     container, settings or removal: only these fuzzers
 #
-# Each begins with its seeds and with what earlier runs found worth keeping, which lies in
+# Each starts with its seeds and with the inputs that earlier runs kept in
 # build/native-fuzz/fuzzing/NAME/corpus. An input that breaks something stays in .../NAME/found;
 # give it to build/native-fuzz/bin/NAME_fuzzer, by its whole path, to see it again. Exit status: 0
 # if nothing was found, 1 if something was, 2 for wrong arguments.
 set -euo pipefail
 
 # By how much --runs is divided for the fuzzers that take long for an input.
-declare -A divisors=([removal]=10 [encoding]=4 [container]=2 [settings]=2)
+declare -A divisors=([removal]=10 [container]=2 [settings]=2)
 
 usage() {
   printf 'fuzz: %s; try --help\n' "$1" >&2

@@ -76,6 +76,8 @@ int ConvertToUtf8(const wchar_t* text, char* destination, int capacity) {
 }  // namespace
 }  // namespace launcher::posix
 
+BOOL IsDBCSLeadByte(BYTE /*byte*/) { return FALSE; }
+
 char* GetCommandLineA() { return launcher::posix::narrowLine.data(); }
 
 wchar_t* GetCommandLineW() { return launcher::posix::wideLine.data(); }

@@ -164,7 +164,8 @@ std::int64_t _time64(std::int64_t* now);
 
 inline constexpr UINT CP_ACP = 0;
 
-inline BOOL IsDBCSLeadByte(BYTE) { return FALSE; }
+// False for every byte.
+BOOL IsDBCSLeadByte(BYTE byte);
 
 char* GetCommandLineA();
 wchar_t* GetCommandLineW();

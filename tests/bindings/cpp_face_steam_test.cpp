@@ -82,6 +82,7 @@ TEST_F(CppFaceSteam, GivesTextsOfAnyLength) {
     script_.calls.clear();
   }
   EXPECT_EQ(script_.calls, Calls{"Shutdown"});
+  EXPECT_EQ(steam::AuthTicket(), "") << "an empty ticket is one";
   script_.ticket = {0x00, 0xAB};
   EXPECT_EQ(steam::AuthTicket(), "00AB");
   script_.ticket = test::Pattern(1024);

@@ -1,4 +1,5 @@
-// Where <windows.h> came first: both declare LocalFree.
+// Finds arguments that are lost, and a header that does not compile after <windows.h>: both declare
+// LocalFree.
 #include <windows.h>
 //
 #include <gtest/gtest.h>

@@ -86,6 +86,11 @@ class PythonBinding(unittest.TestCase):
         with self.assertRaisesRegex(LauncherError, "^file_cipher_encode failed: the payload is empty$"):
             self.library.encode(b"")
 
+    def test_verifies_nothing_without_its_key(self):
+        failure = LauncherError("QX_LoadStringToMemory", -1)
+        with mock.patch.object(self.library, "built_in_key", side_effect=failure):
+            self.assertRaises(LauncherError, self.library.verify, b"data")
+
     # In processes of their own, whose output and folder can be looked at.
     def test_gets_the_key_without_a_trace(self):
         for call, status, printed, errors, files in (

@@ -1,27 +1,36 @@
+// For faults of the container's exports: a size that wraps, a check left out or too late, bytes
+// read or written outside a buffer, an output that is touched, a lookup of the string table out of
+// order, a marker skipped unasked.
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
 #include <string>
 
 #include "launcher_dll.h"
 #include "support/bytes.h"
+#include "support/captured_output.h"
+#include "support/data_file.h"
 #include "support/known_containers.h"
+#include "support/scratch_directory.h"
 
 namespace launcher {
 namespace {
 
 using test::Bytes;
+using test::CallLine;
 using test::Decoding;
 using test::GuardedBuffer;
 using test::KnownContainer;
 
-Decoding Decode(std::uint8_t* block, std::size_t blockSize, const Bytes& key,
-                const char* prefix = nullptr) {
+const Bytes kKey = test::BytesOf("7E3A90C2D1F86B45");
+
+Decoding Decode(std::uint8_t* block, std::uint32_t blockSize, const Bytes& key,
+                const char* prefix) {
   Decoding decoding;
-  decoding.result = file_cipher_decode(block, static_cast<std::uint32_t>(blockSize), key.data(),
-                                       static_cast<std::int32_t>(key.size()), &decoding.size,
-                                       &decoding.offset, prefix);
+  decoding.result =
+      file_cipher_decode(block, blockSize, key.data(), static_cast<std::int32_t>(key.size()),
+                         &decoding.size, &decoding.offset, prefix);
   return decoding;
 }
 
@@ -33,12 +42,12 @@ TEST(Container, SizesAreRoundedUpToWholeBlocks) {
   };
   const Case cases[] = {
       {0, 44, 44},
-      {1, 44, 44},
       {4, 44, 44},
       {5, 52, 52},
       {2048, 2092, 2092},
       {0x7FFFFFFF, 0x8000002C, 0x8000002C},
       {0x80000000, 0, 0x8000002C},
+      {0xFFFFFFD4, 0, 0xFFFFFFFC},
       {0xFFFFFFD5, 0, 4},
       {0xFFFFFFFF, 0, 44},
   };
@@ -51,104 +60,200 @@ TEST(Container, SizesAreRoundedUpToWholeBlocks) {
 TEST(Container, IsByteForByteWhatOpensslMakes) {
   int count = 0;
   for (const KnownContainer& known : test::KnownContainers()) {
-    if (!known.isMadeByEncoding) continue;
     SCOPED_TRACE(known.name);
+    const GuardedBuffer block(known.container);
+    EXPECT_EQ(Decode(block.Data(), block.Size(), known.key, known.prefix.c_str()), known.decoding);
+    test::ExpectDecodedInPlace(block, known);
+
+    if (!known.isMadeByEncoding) continue;
     const GuardedBuffer payload(known.payload);
     const GuardedBuffer output(known.container.size());
+    const GuardedBuffer keyedOutput(known.container.size());
     EXPECT_EQ(file_cipher_encode(payload.Data(), payload.Size(), output.Data()), 0);
+    EXPECT_EQ(
+        QX_Encode(keyedOutput.Data(), payload.Data(), static_cast<std::int32_t>(payload.Size())),
+        QX_SUCCEEDED);
     EXPECT_EQ(output.Content(), known.container);
+    EXPECT_EQ(keyedOutput.Content(), known.container);
     EXPECT_EQ(payload.Content(), known.payload);
     ++count;
   }
   EXPECT_EQ(count, 17);
 }
 
-TEST(Container, IsDecodedInPlace) {
-  for (const KnownContainer& known : test::KnownContainers()) {
-    SCOPED_TRACE(known.name);
-    const GuardedBuffer block(known.container);
-    EXPECT_EQ(Decode(block.Data(), block.Size(), known.key, known.prefix.c_str()), known.decoding);
-    test::ExpectDecodedInPlace(block, known);
+TEST(Container, IsNeitherReadNorMadeWithABadArgument) {
+  const Bytes container = test::KnownContainerNamed("size-4").container;
+  const GuardedBuffer block(container);
+  std::uint32_t size = 9;
+  std::uint32_t offset = 9;
+  const auto refuse = [&](std::uint8_t* data, const std::uint8_t* key, std::int32_t keyLength,
+                          std::uint32_t* sizeFound, std::uint32_t* offsetFound) {
+    EXPECT_EQ(file_cipher_decode(data, 44, key, keyLength, sizeFound, offsetFound, nullptr),
+              QX_CIPHER_FAILED);
+  };
+  refuse(nullptr, kKey.data(), 16, &size, &offset);
+  refuse(block.Data(), nullptr, 16, &size, &offset);
+  refuse(block.Data(), kKey.data(), 16, nullptr, &offset);
+  refuse(block.Data(), kKey.data(), 16, &size, nullptr);
+  for (const std::int32_t keyLength : {-0x7FFFFFFF, -4, 57, 256 + 16, 0x7FFFFFFF}) {
+    refuse(block.Data(), kKey.data(), keyLength, &size, &offset);
   }
-}
+  EXPECT_EQ(size + offset, 18u);
 
-TEST(Container, IsRefusedUnchangedForAKeyOfNoLength) {
-  const KnownContainer known = test::KnownContainerNamed("size-4");
-  const Bytes key(64, 'k');
-  for (const std::int32_t length : {-0x7FFFFFFF - 1, -4, 0, 0x7FFFFFFF}) {
-    const GuardedBuffer block(known.container);
-    std::uint32_t size = 9;
-    std::uint32_t offset = 9;
-    EXPECT_EQ(
-        file_cipher_decode(block.Data(), block.Size(), key.data(), length, &size, &offset, nullptr),
-        QX_CIPHER_FAILED);
-    EXPECT_EQ(size + offset, 18u);
-    EXPECT_EQ(block.Content(), known.container) << "a key of " << length;
+  EXPECT_EQ(file_cipher_encode(nullptr, 4, block.Data()), QX_CIPHER_FAILED);
+  EXPECT_EQ(file_cipher_encode(kKey.data(), 4, nullptr), QX_CIPHER_FAILED);
+  for (const std::uint32_t badSize : {0u, 0x80000000u, 0xFFFFFFFFu}) {
+    EXPECT_EQ(file_cipher_encode(kKey.data(), badSize, block.Data()), QX_CIPHER_FAILED);
+    EXPECT_EQ(QX_Encode(block.Data(), kKey.data(), static_cast<std::int32_t>(badSize)), QX_FAILED);
   }
+  EXPECT_EQ(block.Content(), container);
 }
 
-TEST(Container, TakesNoNull) {
-  const KnownContainer known = test::KnownContainerNamed("size-4");
-  const GuardedBuffer block(known.container);
-  std::uint8_t* const data = block.Data();
-  const std::uint8_t* const key = known.key.data();
-  std::uint32_t number = 0;
-  EXPECT_EQ(file_cipher_decode(nullptr, 44, key, 16, &number, &number, nullptr), 7);
-  EXPECT_EQ(file_cipher_decode(data, 44, nullptr, 16, &number, &number, nullptr), 7);
-  EXPECT_EQ(file_cipher_decode(data, 44, key, 16, nullptr, &number, nullptr), 7);
-  EXPECT_EQ(file_cipher_decode(data, 44, key, 16, &number, nullptr, nullptr), 7);
-  EXPECT_EQ(block.Content(), known.container);
-
-  EXPECT_EQ(file_cipher_encode(nullptr, 4, data), 7);
-  EXPECT_EQ(file_cipher_encode(data, 4, nullptr), 7);
-  EXPECT_EQ(file_cipher_encode(data, 0, data), 7);
-  EXPECT_EQ(file_cipher_encode(data, 0x80000000, data), 7);
-  EXPECT_EQ(file_cipher_encode(data, 0xFFFFFFFF, data), 7);
-  EXPECT_EQ(block.Content(), known.container);
-}
-
-TEST(Container, IsBrokenByAnyBitBehindTheMagic) {
-  const KnownContainer known = test::KnownContainerNamed("size-44");  // no filler
-  ASSERT_EQ(known.container.size(), 84u);
-  for (std::size_t i = 4; i < known.container.size(); ++i) {
-    Bytes block = known.container;
-    block[i] ^= 0x10;
-    EXPECT_EQ(Decode(block.data(), block.size(), known.key), (Decoding{QX_CIPHER_FAILED}))
-        << "byte " << i;
-  }
-}
-
+// No filler follows the payload: whoever reads further leaves the buffer.
 TEST(Container, SkipsAPrefixThatThePayloadBeginsWith) {
-  const KnownContainer known = test::KnownContainerNamed("marker-cut");
-  const std::string payload(known.payload.begin(), known.payload.end());
-  std::string other = payload;
-  other.back() ^= 1;
-  struct Case {
-    std::string prefix;
-    CipherCode result;
-    std::uint32_t length;  // of what is skipped
-  };
-  const Case cases[] = {
-      {"", 0, 0},      {payload.substr(0, 3), 0, 3}, {payload, 0, 21},
-      {other, 7, 0},   {payload + "x", 7, 0},        {"*", 7, 0},
-      {"/* Q-", 7, 0},
-  };
-  for (const Case& tried : cases) {
-    SCOPED_TRACE(tried.prefix);
-    Bytes block = known.container;
-    EXPECT_EQ(Decode(block.data(), block.size(), known.key, tried.prefix.c_str()),
-              (Decoding{tried.result, 21 - tried.length, 40 + tried.length}));
+  const std::string text = "payload of 20 bytes.";
+  Bytes container(60);
+  ASSERT_EQ(file_cipher_encode(test::BytesOf(text).data(), 20, container.data()), 0);
+  // How much of each is skipped.
+  const std::pair<std::string, std::uint32_t> cases[] = {
+      {"", 0}, {"pay", 3}, {text, 20}, {"payload of 20 bytes!", 0}, {text + "x", 0}, {"qay", 0}};
+  for (const auto& [prefix, skipped] : cases) {
+    const GuardedBuffer block(container);
+    const CipherCode result = skipped == prefix.size() ? QX_CIPHER_SUCCEEDED : QX_CIPHER_FAILED;
+    EXPECT_EQ(Decode(block.Data(), 60, kKey, prefix.c_str()),
+              (Decoding{result, 20 - skipped, 40 + skipped}))
+        << prefix;
   }
 }
 
-TEST(Container, MayTakeThePlaceOfItsPayload) {
-  const KnownContainer known = test::KnownContainerNamed("size-2048");
-  // At 40 the payload stands where it has to be; at 2048 the container ends in it.
-  for (const std::size_t payloadOffset : {40u, 41u, 77u, 2048u}) {
-    const GuardedBuffer area(std::max<std::size_t>(2092, payloadOffset + 2048));
-    std::copy(known.payload.begin(), known.payload.end(), area.Data() + payloadOffset);
-    EXPECT_EQ(file_cipher_encode(area.Data() + payloadOffset, 2048, area.Data()), 0);
-    EXPECT_EQ(Bytes(area.Data(), area.Data() + 2092), known.container) << payloadOffset;
+// A payload of several stretches: before one is enciphered it must not cover what is yet to move.
+TEST(Container, MayOverlapItsPayload) {
+  const Bytes payload = test::Pattern(200000);
+  const std::uint32_t containerSize = file_cipher_get_encode_size(200000);
+  for (const auto& [payloadAt, outputAt] :
+       {std::pair{40u, 0u}, {41u, 0u}, {2048u, 0u}, {8u, 0u}, {0u, 100000u}}) {
+    SCOPED_TRACE(payloadAt);
+    Bytes area(outputAt + containerSize + payloadAt);
+    std::copy(payload.begin(), payload.end(), &area[payloadAt]);
+    std::uint8_t* const output = &area[outputAt];
+    EXPECT_EQ(file_cipher_encode(&area[payloadAt], 200000, output), QX_CIPHER_SUCCEEDED);
+
+    const bool isIntact = payloadAt >= 40;
+    EXPECT_EQ(Decode(output, containerSize, kKey, nullptr).result,
+              isIntact ? QX_CIPHER_SUCCEEDED : QX_CIPHER_FAILED);
+    // The header overwrites what it covers of the payload before the payload moves.
+    Bytes expected = payload;
+    for (std::uint32_t i = 0; i < 40 && !isIntact; ++i) {
+      const std::uint32_t covered = outputAt + i - payloadAt;
+      if (covered < 200000) expected[covered] = output[i];
+    }
+    EXPECT_TRUE(std::equal(expected.begin(), expected.end(), output + 40));
+  }
+}
+
+using KeyedCodec = test::ScratchTest;
+
+Decoding DecodeKeyed(std::uint8_t* block, std::size_t blockSize, std::uint32_t checkMarker) {
+  Decoding decoding;
+  decoding.result = QX_Decode(block, static_cast<std::int32_t>(blockSize), &decoding.size,
+                              &decoding.offset, checkMarker);
+  return decoding;
+}
+
+TEST_F(KeyedCodec, DecodesInPlaceAndReadsOneByteOfCheckMarker) {
+  int decoded = 0;
+  for (const KnownContainer& known : test::KnownContainers()) {
+    for (const std::uint32_t checkMarker : {0u, 1u, 0x100u, 0x180u}) {
+      const auto& expected = known.keyedDecoding[(checkMarker & 0xFF) != 0];
+      if (!expected) continue;
+      SCOPED_TRACE(known.name + ", " + std::to_string(checkMarker));
+      const GuardedBuffer block(known.container);
+      EXPECT_EQ(DecodeKeyed(block.Data(), block.Size(), checkMarker), expected);
+      test::ExpectDecodedInPlace(block, known);
+      ++decoded;
+    }
+  }
+  EXPECT_GE(decoded, 80);
+}
+
+TEST_F(KeyedCodec, LooksTheTextsUpForEveryBlock) {
+  QX_IsStaging();
+  Bytes block(100, 'a');
+  EXPECT_EQ(test::StandardOutputOf([&] { DecodeKeyed(block.data(), 100, 0); }),
+            CallLine(11000) + CallLine(11000));
+  EXPECT_EQ(test::StandardOutputOf([&] { DecodeKeyed(block.data(), 100, 1); }),
+            CallLine(11000) + CallLine(11001) + CallLine(11000));
+  test::WriteFile("config.json", "{}");
+  EXPECT_EQ(test::StandardOutputOf(
+                [&] { EXPECT_EQ(DecodeKeyed(block.data(), 100, 1), Decoding{QX_FAILED}); }),
+            CallLine(11000));
+}
+
+TEST_F(KeyedCodec, RefusesBadArgumentsWithoutALookup) {
+  const Bytes container = test::KnownContainerNamed("size-4").container;
+  const GuardedBuffer block(container);
+  std::uint32_t size = 5;
+  std::uint32_t offset = 5;
+  const auto refuse = [&](std::uint8_t* data, std::int32_t blockSize, std::uint32_t* sizeFound,
+                          std::uint32_t* offsetFound, ResultCode result) {
+    EXPECT_EQ(QX_Decode(data, blockSize, sizeFound, offsetFound, 1), result) << blockSize;
+  };
+  const std::string printed = test::StandardOutputOf([&] {
+    refuse(nullptr, 44, &size, &offset, QX_FAILED);
+    refuse(block.Data(), 44, nullptr, &offset, QX_FAILED);
+    refuse(block.Data(), 0, &size, nullptr, QX_FAILED);  // checked before the size
+    for (const std::int32_t blockSize : {-44, 0, 0x100000, 0x7FFFFFFF}) {
+      refuse(block.Data(), blockSize, &size, &offset, QX_SIZE_REFUSED);
+    }
+  });
+  EXPECT_EQ(printed, "");
+  EXPECT_EQ(size + offset, 10u);
+  EXPECT_EQ(block.Content(), container);
+}
+
+TEST_F(KeyedCodec, ReadsBlocksBelowAMebibyte) {
+  const Bytes payload = test::Pattern(0xFFFD4);
+  Bytes largest(0xFFFFF);
+  ASSERT_EQ(QX_Encode(largest.data(), payload.data(), 0xFFFD4), QX_SUCCEEDED);
+  EXPECT_EQ(DecodeKeyed(largest.data(), 0xFFFFF, 0), (Decoding{0, 0, 0}))
+      << "no size of a container";
+  EXPECT_EQ(DecodeKeyed(largest.data(), 0xFFFFC, 0), (Decoding{0, 0xFFFD4, 40}));
+}
+
+TEST_F(KeyedCodec, SignsWithinTheCapacity) {
+  const std::string marker = "/* QTRMWO_Kd3Z_HLvN */";
+  EXPECT_EQ(QX_GetSignatureSize(), 22u);
+  const GuardedBuffer data(test::BytesOf("some data"));
+  for (const auto& [capacity, dataSize] : {std::pair{22u, 0u}, {31u, 9u}, {40u, 9u}}) {
+    const GuardedBuffer buffer(22 + dataSize);
+    EXPECT_EQ(QX_SignSignature(buffer.Data(), capacity, data.Data(), dataSize), 1) << capacity;
+    EXPECT_EQ(buffer.Content(), test::BytesOf((marker + "some data").substr(0, buffer.Size())));
+  }
+  const GuardedBuffer buffer(30);
+  // The last sums with 22 go beyond 32 bits.
+  for (const auto& [capacity, dataSize] : {std::pair{0u, 0u},
+                                           {21u, 0u},
+                                           {21u, 0xFFFFFFFFu},
+                                           {30u, 9u},
+                                           {30u, 0xFFFFFFEAu},
+                                           {30u, 0xFFFFFFFFu},
+                                           {0xFFFFFFFFu, 0xFFFFFFEAu}}) {
+    EXPECT_EQ(QX_SignSignature(buffer.Data(), capacity, data.Data(), dataSize), 0)
+        << capacity << ", " << dataSize;
+  }
+  EXPECT_EQ(QX_SignSignature(buffer.Data(), 30, nullptr, 0), 0);
+  EXPECT_EQ(QX_SignSignature(nullptr, 100, data.Data(), 1), 0);
+  EXPECT_TRUE(buffer.IsUntouched());
+
+  // Data that overlap the destination: in their place, and after it.
+  const std::string text = "data that move towards the front or not at all";
+  for (const std::size_t dataAt : {22u, 23u, 40u}) {
+    Bytes area(dataAt + text.size());
+    std::copy(text.begin(), text.end(), &area[dataAt]);
+    EXPECT_EQ(QX_SignSignature(area.data(), static_cast<std::uint32_t>(area.size()), &area[dataAt],
+                               static_cast<std::uint32_t>(text.size())),
+              1);
+    EXPECT_EQ(std::string(area.begin(), area.begin() + 22 + 46), marker + text) << dataAt;
   }
 }
 

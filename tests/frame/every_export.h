@@ -1,9 +1,11 @@
-// A call of each export with good arguments, for tests that put all of them through the same.
+// A call of each export that can fail, with good arguments, and what can come of it.
 
 #ifndef LAUNCHER_TESTS_FRAME_EVERY_EXPORT_H_
 #define LAUNCHER_TESTS_FRAME_EVERY_EXPORT_H_
 
 #include <cstdint>
+#include <ostream>
+#include <string>
 #include <vector>
 
 #include "host/scripted_d3d9.h"
@@ -11,12 +13,12 @@
 
 namespace launcher::test {
 
-// One of many callers in a directory: the files that it has to itself, by names that are made
-// ahead, since a call may find no memory.
+// The files of one of many callers in a directory. The names exist before a call, which may find no
+// memory.
 struct Caller {
   explicit Caller(int number);
 
-  // Puts the files there that the calls need and that are missing.
+  // Creates the missing ones.
   void Prepare() const;
 
   char file[24];
@@ -24,24 +26,26 @@ struct Caller {
   char userFile[24];
 };
 
-// In place of a result whose outputs are others than those of a success.
-inline constexpr std::int64_t kOtherOutput = 100;
+// A result, and what the outputs hold, as text.
+struct Outcome {
+  std::int64_t result;
+  char output[80] = "untouched";
+};
+bool operator==(const Outcome& one, const Outcome& other);
+std::ostream& operator<<(std::ostream& out, const Outcome& outcome);
 
 struct ExportCall {
-  const char* name;
-  // Answers the export's result, and checks what it left in its outputs. Takes no memory itself.
-  std::int64_t (*call)(const Caller& caller);
-  std::int64_t success;
-  std::vector<std::int64_t> failures;     // what else it may answer when what it calls fails
-  std::vector<std::int64_t> outOfMemory;  // and when memory runs out
-  bool usesFiles = false;                 // those of its caller
-  bool isShared = true;                   // may run in several threads at once
+  Outcome (*call)(const Caller& caller);  // takes no memory itself
+  std::string name;
+  Outcome success;
+  std::vector<Outcome> failures;     // the other outcomes if a function fails
+  std::vector<Outcome> outOfMemory;  // and if memory runs out
 };
 
 const std::vector<ExportCall>& EveryExport();
 
-// Loads the scripted Steam and Direct3D, which then answer every call, and note none. Steam is
-// linked to.
+// Load the scripted Steam and Direct3D, which return successes and note no calls. Steam is
+// initialised.
 SteamScript& UseScriptedSteam();
 Direct3DScript& UseScriptedDirect3D();
 

@@ -1,3 +1,5 @@
+// For a constant that changes, and for a number that is drawn anew or by another seed.
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>

@@ -39,40 +39,25 @@ class ScriptedDirect3D final : public IDirect3D9 {
     return mode.answers && !script.failures.IsDue() ? D3D_OK : D3DERR_NOTAVAILABLE;
   }
 
-  HRESULT WINAPI QueryInterface(REFIID, void**) override { return D3DERR_NOTAVAILABLE; }
   ULONG WINAPI AddRef() override { return 0; }
-  HRESULT WINAPI RegisterSoftwareDevice(void*) override { return D3DERR_NOTAVAILABLE; }
   UINT WINAPI GetAdapterCount() override { return 0; }
-  HRESULT WINAPI GetAdapterIdentifier(UINT, DWORD, D3DADAPTER_IDENTIFIER9*) override {
-    return D3DERR_NOTAVAILABLE;
-  }
-  HRESULT WINAPI GetAdapterDisplayMode(UINT, D3DDISPLAYMODE*) override {
-    return D3DERR_NOTAVAILABLE;
-  }
-  HRESULT WINAPI CheckDeviceType(UINT, D3DDEVTYPE, D3DFORMAT, D3DFORMAT, BOOL) override {
-    return D3DERR_NOTAVAILABLE;
-  }
-  HRESULT WINAPI CheckDeviceFormat(UINT, D3DDEVTYPE, D3DFORMAT, DWORD, D3DRESOURCETYPE,
-                                   D3DFORMAT) override {
-    return D3DERR_NOTAVAILABLE;
-  }
-  HRESULT WINAPI CheckDeviceMultiSampleType(UINT, D3DDEVTYPE, D3DFORMAT, BOOL, D3DMULTISAMPLE_TYPE,
-                                            DWORD*) override {
-    return D3DERR_NOTAVAILABLE;
-  }
-  HRESULT WINAPI CheckDepthStencilMatch(UINT, D3DDEVTYPE, D3DFORMAT, D3DFORMAT,
-                                        D3DFORMAT) override {
-    return D3DERR_NOTAVAILABLE;
-  }
-  HRESULT WINAPI CheckDeviceFormatConversion(UINT, D3DDEVTYPE, D3DFORMAT, D3DFORMAT) override {
-    return D3DERR_NOTAVAILABLE;
-  }
-  HRESULT WINAPI GetDeviceCaps(UINT, D3DDEVTYPE, D3DCAPS9*) override { return D3DERR_NOTAVAILABLE; }
   HMONITOR WINAPI GetAdapterMonitor(UINT) override { return nullptr; }
-  HRESULT WINAPI CreateDevice(UINT, D3DDEVTYPE, HWND, DWORD, D3DPRESENT_PARAMETERS*,
-                              IDirect3DDevice9**) override {
-    return D3DERR_NOTAVAILABLE;
-  }
+
+// A method that the library does not call.
+#define UNUSED(name, ...) \
+  HRESULT WINAPI name(__VA_ARGS__) override { return D3DERR_NOTAVAILABLE; }
+  UNUSED(QueryInterface, REFIID, void**)
+  UNUSED(RegisterSoftwareDevice, void*)
+  UNUSED(GetAdapterIdentifier, UINT, DWORD, D3DADAPTER_IDENTIFIER9*)
+  UNUSED(GetAdapterDisplayMode, UINT, D3DDISPLAYMODE*)
+  UNUSED(CheckDeviceType, UINT, D3DDEVTYPE, D3DFORMAT, D3DFORMAT, BOOL)
+  UNUSED(CheckDeviceFormat, UINT, D3DDEVTYPE, D3DFORMAT, DWORD, D3DRESOURCETYPE, D3DFORMAT)
+  UNUSED(CheckDeviceMultiSampleType, UINT, D3DDEVTYPE, D3DFORMAT, BOOL, D3DMULTISAMPLE_TYPE, DWORD*)
+  UNUSED(CheckDepthStencilMatch, UINT, D3DDEVTYPE, D3DFORMAT, D3DFORMAT, D3DFORMAT)
+  UNUSED(CheckDeviceFormatConversion, UINT, D3DDEVTYPE, D3DFORMAT, D3DFORMAT)
+  UNUSED(GetDeviceCaps, UINT, D3DDEVTYPE, D3DCAPS9*)
+  UNUSED(CreateDevice, UINT, D3DDEVTYPE, HWND, DWORD, D3DPRESENT_PARAMETERS*, IDirect3DDevice9**)
+#undef UNUSED
 };
 
 ScriptedDirect3D direct3D;

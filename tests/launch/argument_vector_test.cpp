@@ -1,11 +1,11 @@
-// QX_CommandLineToArgvA answers for the process that calls it, so launch_child calls it.
+// For faults of QX_CommandLineToArgvA: arguments split or packed wrongly, a limit in bytes in place
+// of characters, or of one too few. It reads the line of its process, so launch_child calls it.
 
 #include <gtest/gtest.h>
 
 #include <string>
 
 #include "launch/launch_child.h"
-#include "launcher_dll.h"
 #include "support/data_file.h"
 #include "support/run_program.h"
 #include "support/scratch_directory.h"
@@ -14,37 +14,29 @@
 namespace launcher {
 namespace {
 
-class ArgumentVector : public test::ScratchTest {
- protected:
-  const std::string child_ = test::ProgramBeside("launch_child");
+using ArgumentVector = test::ScratchTest;
 
-  // What the child makes of its arguments, of which `capacity` is the first.
-  std::string Answer(std::uint32_t capacity, const std::string& arguments) const {
-    test::RunProgram('"' + child_ + "\" " + std::to_string(capacity) + arguments);
-    return test::ReadFile(test::kArgumentsFile);
+TEST_F(ArgumentVector, IsPackedIfTheCallerAllowsItsLengthInCharacters) {
+  const std::string child = test::ProgramBeside("launch_child");
+  // The path, a capacity of four digits and this, each with a terminator, make 1000.
+  const std::string longest(1000 - (child.size() + 1 + 5 + 1), 'p');
+  struct Case {
+    std::string arguments;  // the first is the capacity
+    std::string expected;   // result, count and texts; the first text is the child's path
+  };
+  const Case cases[] = {
+      {"9999", "0 2\n" + child + "\n9999\n"},
+      {"9999 a J\xC3\xB6rg", "0 4\n" + child + "\n9999\na\nJ\xC3\xB6rg\n"},
+      {"9999  \"one two\" \"\" \"say \\\"x\\\"\" c\\\\d",
+       "0 6\n" + child + "\n9999\none two\n\nsay \"x\"\nc\\\\d\n"},
+      {"1000 " + longest, "0 3\n" + child + "\n1000\n" + longest + "\n"},
+      {"1000 " + longest + "p", "-2 3\n"},
+      {"0", "-2 2\n"},
+  };
+  for (const Case& tried : cases) {
+    test::RunProgram('"' + child + "\" " + tried.arguments);
+    EXPECT_EQ(test::ReadFile(test::kArgumentsFile), tried.expected);
   }
-};
-
-TEST_F(ArgumentVector, IsSplitByTheSystemsRules) {
-  const std::string start = child_ + "\n9999\n";
-  EXPECT_EQ(Answer(9999, ""), "0 2\n" + start);
-  EXPECT_EQ(Answer(9999, " a b"), "0 4\n" + start + "a\nb\n");
-  EXPECT_EQ(Answer(9999, "  \"one two\" \"\" \"say \\\"x\\\"\" c\\\\d"),
-            "0 6\n" + start + "one two\n\nsay \"x\"\nc\\\\d\n");
-  EXPECT_EQ(Answer(9999, " J\xC3\xB6rg"), "0 3\n" + start + "J\xC3\xB6rg\n") << "more than ASCII";
-}
-
-TEST_F(ArgumentVector, IsLimitedByItsLengthInCharacters) {
-  // The path, the capacity's four digits and an argument of three, each with a terminator.
-  const auto total = static_cast<std::uint32_t>(child_.size() + 1 + 5 + 4);
-  ASSERT_LT(total, 1000u);
-  const std::string digits = std::to_string(1000 + total);  // four digits too
-  EXPECT_EQ(Answer(1000 + total, " abc"), "0 3\n" + child_ + "\n" + digits + "\nabc\n");
-
-  // With padding that brings the length to the capacity, and then one further.
-  const std::string padding(1000 - total, 'p');
-  EXPECT_EQ(Answer(1000, " abc" + padding).substr(0, 4), "0 3\n");
-  EXPECT_EQ(Answer(1000, " abc" + padding + "p"), "-2 3\n");
 }
 
 }  // namespace

@@ -32,6 +32,7 @@ int TakeLaunchData() {
   const KernelHandle parent(OpenProcess(PROCESS_VM_READ, FALSE, processId));
   LaunchHeader header = {};
   if (!parent || !ReadFromProcess(parent.Get(), address, &header, sizeof header)) return kFailed;
+  // The C++ wrapper's data begin with their size and a container's magic.
   if (std::memcmp(&header.delay, "BFBR", 4) == 0) {
     const launcher_dll::Bytes data = launcher_dll::ReadClientData(GetCommandLineA());
     WriteFile(kDataFile, std::string(data.begin(), data.end()));

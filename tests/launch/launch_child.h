@@ -4,7 +4,6 @@
 //                                      file, then the data at that address, which begin with a
 //                                      LaunchHeader or are a container of the C++ wrapper
 //   launch_child CAPACITY ARGUMENT...  writes what QX_CommandLineToArgvA returns: the result and
-//   the
 //                                      count, then each text on its own line
 
 #ifndef LAUNCHER_TESTS_LAUNCH_LAUNCH_CHILD_H_
@@ -18,7 +17,7 @@ constexpr char kLineFile[] = "line.txt";
 constexpr char kDataFile[] = "data.bin";
 constexpr char kArgumentsFile[] = "arguments.txt";
 
-// Before the data.
+// Precedes the data.
 struct LaunchHeader {
   std::uint32_t exitCode;
   std::uint32_t delay;  // in milliseconds, before the second read of the data

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Installs the package and builds programs with it as its users would.
+# Finds a file that is missing from the package, and an import library or a project file that its
+# users cannot build with.
 #
 #   package_test.sh BUILD VERSION WORK [run]
 #
@@ -10,7 +11,7 @@ set -euo pipefail
 build=$(realpath "$1") version=$2 work=$(realpath -m "$3")
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 root=$(cd "$here/../.." && pwd)
-programs=(by_mingw/consumer by_lld_link/consumer by_hand/consumer)
+programs=(by_mingw/consumer by_lld_link/consumer as_typed/bin/first)
 
 if [ "${4:-}" = run ]; then
   for program in "${programs[@]}"; do
@@ -21,7 +22,7 @@ if [ "${4:-}" = run ]; then
 fi
 
 rm -rf "$work"
-mkdir -p "$work"/{by_hand,archives}
+mkdir -p "$work/archives"
 cd "$work"
 trap '[ "$?" -eq 0 ] || cat log' EXIT
 package="$work/package"
@@ -36,15 +37,17 @@ build_by_cmake() {
 }
 build_by_cmake by_mingw "$root/cmake/mingw-w64-i686.cmake"
 build_by_cmake by_lld_link "$here/microsoft_style.cmake"
-i686-w64-mingw32-gcc "-I$package/include" "$here/consumer/main.c" \
-  "$package/lib/libLauncherDll.dll.a" -o by_hand/consumer.exe
-
-for program in "${programs[@]}"; do cp "$package/bin/LauncherDll.dll" "$(dirname "$program")"; done
+for program in "${programs[@]::2}"; do cp "$package/bin/LauncherDll.dll" "$(dirname "$program")"; done
+# By the commands of the package's page, as they are.
+cp -r "$package" as_typed
+# shellcheck disable=SC2016  # The backquotes are those of Markdown.
+(cd as_typed && bash -ec "$(sed -n '/^```sh$/,/^```$/{/^```/d;p}' README.md)")
 
 # The archives hold what was installed, and the symbols apart.
-(cd archives && cpack --config "$build/CPackConfig.cmake" -B "$PWD" >../log)
-python3 - "$package" "archives/LauncherDll-$version-windows-x86" <<'PYTHON'
-import pathlib, sys, zipfile
+(cd archives && cpack --config "$build/CPackConfig.cmake" -B "$PWD" >../log &&
+  sha256sum --quiet --check ./*.sha256)
+python3 - "$package" "archives/LauncherDll-$version-windows-x86" "$version" <<'PYTHON'
+import json, pathlib, sys, zipfile
 
 package, archive = pathlib.Path(sys.argv[1]), sys.argv[2]
 
@@ -61,6 +64,10 @@ wanted = {"bin/LauncherDll.dll", "bin/bfbr.exe", "bin/doctor.exe", "docs/bfbr.md
           "include/launcher_dll.h", "include/launcher_dll.hpp", "lib/libLauncherDll.dll.a",
           "lib/LauncherDll.lib", "steam-stand-in/steam_api.dll",
           "bindings/python/launcher_dll/_exports.py", "bindings/csharp/NativeMethods.cs",
-          "README.md", "CHANGELOG.md", "THIRD_PARTY_NOTICES.md"}
+          "README.md", "CHANGELOG.md", "LICENSE", "THIRD_PARTY_NOTICES.md", "SECURITY.md",
+          "LauncherDll.spdx.json", "docs/guide.md", "docs/container-format.md",
+          "examples/launcher/main.cpp"}
 assert wanted <= set(library), sorted(wanted - set(library))
+packages = json.loads(library["LauncherDll.spdx.json"])["packages"]
+assert packages[0]["versionInfo"] == sys.argv[3] and len(packages) > 4, packages
 PYTHON

@@ -1,3 +1,6 @@
+// Finds an export of the cloud that passes other arguments to Steam, takes one result for another,
+// or asks Steam before it has checked its arguments.
+
 #include <cstdint>
 #include <functional>
 

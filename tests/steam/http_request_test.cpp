@@ -1,3 +1,6 @@
+// Finds a request that is not released, a body that is sent or read with another size, and a
+// failure of Steam that counts as success.
+
 #include "steam/scripted_test.h"
 #include "support/captured_output.h"
 

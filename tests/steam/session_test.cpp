@@ -1,3 +1,6 @@
+// Finds a wrong result for a missing Steam, a text or a ticket that is cut or overruns its buffer,
+// and checks in another order. The exports of the session, the user's identity and the languages.
+
 // Session, identity and languages.
 
 #include <functional>
@@ -30,20 +33,16 @@ TEST_F(Session, IsUpWithSteamAndItsApps) {
   EXPECT_EQ(QX_SteamAPI_Init(), 0);
   EXPECT_EQ(QX_SteamAPI_GetAvailableGameLanguages(text, sizeof text), QX_SUCCEEDED)
       << "what was stored stays";
+  QX_SteamAPI_Shutdown();
+  EXPECT_EQ(script_.calls, Calls{"Shutdown"});
+  EXPECT_EQ(QX_SteamAPI_GetAvailableGameLanguages(text, sizeof text), QX_SUCCEEDED)
+      << "also when Steam has shut down";
 
   script_.answer = true;
   script_.hasApps = false;
   EXPECT_EQ(QX_SteamAPI_Init(), 0);
   EXPECT_EQ(QX_SteamAPI_GetAvailableGameLanguages(text, sizeof text), QX_NO_STEAM)
       << "null is stored too";
-}
-
-TEST_F(Session, EndsWithoutForgettingItsApps) {
-  QX_SteamAPI_Init();
-  QX_SteamAPI_Shutdown();
-  EXPECT_EQ(script_.calls, Calls{"Shutdown"});
-  char text[8];
-  EXPECT_EQ(QX_SteamAPI_GetAvailableGameLanguages(text, sizeof text), QX_SUCCEEDED);
 }
 
 TEST_F(Session, PassesOnWhatSteamAnswers) {
@@ -69,6 +68,10 @@ TEST_F(Session, KnowsNobodyWithoutSteam) {
   EXPECT_EQ(QX_SteamAPI_GetCurrentGameLanguage(buffer.Text(), 8), QX_NO_STEAM);
   EXPECT_EQ(QX_SteamAPI_GetAvailableGameLanguages(buffer.Text(), 8), QX_NO_STEAM);
   EXPECT_TRUE(buffer.IsUntouched());
+  // A bad argument comes first, also with nobody there.
+  EXPECT_EQ(QX_SteamAPI_GetPersonaName(nullptr, 8), QX_BAD_ARGUMENT);
+  EXPECT_EQ(QX_SteamAPI_GetCurrentGameLanguage(nullptr, 8), QX_BAD_ARGUMENT);
+  EXPECT_EQ(QX_SteamAPI_GetAvailableGameLanguages(buffer.Text(), 0), QX_BAD_ARGUMENT);
 }
 
 // The three exports that copy a text differ in what they make of one that does not fit.
@@ -110,12 +113,6 @@ TEST_F(Session, CopiesTexts) {
     script_.*tried.text = nullptr;
     EXPECT_EQ(tried.call(fitting.Text(), 7), tried.null);
   }
-}
-
-TEST_F(Session, TestsArgumentsAheadOfSteam) {
-  ForgetApps();
-  EXPECT_EQ(QX_SteamAPI_GetCurrentGameLanguage(nullptr, 8), QX_BAD_ARGUMENT);
-  EXPECT_EQ(QX_SteamAPI_GetAvailableGameLanguages(nullptr, 8), QX_BAD_ARGUMENT);
 }
 
 TEST_F(Session, WritesATicketAsText) {

@@ -1,3 +1,6 @@
+// Finds a user's file that is read or written in part, an error of the system taken for another,
+// and a path that does not fit or that Steam did not give.
+
 #include <filesystem>
 
 #include "steam/scripted_test.h"

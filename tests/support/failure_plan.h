@@ -1,4 +1,4 @@
-// Which of many calls is to fail.
+// Which of many calls fails.
 
 #ifndef LAUNCHER_TESTS_SUPPORT_FAILURE_PLAN_H_
 #define LAUNCHER_TESTS_SUPPORT_FAILURE_PLAN_H_
@@ -14,26 +14,24 @@ class FailurePlan {
     hasFailed_ = false;
   }
 
-  // Ends that. Answers whether any call was made to fail.
+  // Ends that. Returns true if any call failed.
   bool Stop() {
     callsLeft_ = 0;
     return hasFailed_;
   }
 
-  // For what is called: whether this call is to fail. Changes nothing unless one is.
+  // For the functions that fail: true if this call must. Changes nothing without a plan, so that
+  // threads may share one.
   bool IsDue() {
     if (callsLeft_ == 0) return false;
-    if (callsLeft_ > 1) {
-      --callsLeft_;
-      return false;
-    }
+    if (callsLeft_ > 1) return --callsLeft_ == 0;
     hasFailed_ = true;
     if (!andAllAfter_) callsLeft_ = 0;
     return true;
   }
 
  private:
-  int callsLeft_ = 0;  // 0: none is to fail
+  int callsLeft_ = 0;  // 0: none fails
   bool andAllAfter_ = false;
   bool hasFailed_ = false;
 };

@@ -1,30 +1,33 @@
-// What the library calls, made to fail one by one: functions of the system and the runtime, and
-// requests for memory.
+// Makes what the library calls fail, one call after the other: functions of the system and of the
+// runtime, and requests for memory.
 
 #ifndef LAUNCHER_TESTS_SUPPORT_FAULTS_H_
 #define LAUNCHER_TESTS_SUPPORT_FAULTS_H_
 
-#include <set>
+#include <functional>
 #include <string>
 #include <vector>
 
+#include "support/failure_plan.h"
+
 namespace launcher::test {
 
+// Calls of one kind; start and stop are those of a FailurePlan.
 struct FaultKind {
-  const char* name;
-  bool failsMemory;  // else calls
-  bool isOfDigests;  // only of use for exports that make a digest
-  // As FailurePlan's Start and Stop.
-  void (*start)(int n, bool andAllAfter);
-  bool (*stop)();
+  std::string name;
+  std::function<void(int n, bool andAllAfter)> start;
+  std::function<bool()> stop;
 };
 
-const std::vector<FaultKind>& FaultKinds();
+inline FaultKind PlannedFaults(const char* name, FailurePlan& plan) {
+  return {name, [&plan](int n, bool andAllAfter) { plan.Start(n, andAllAfter); },
+          [&plan] { return plan.Stop(); }};
+}
 
-// The system's functions that have failed on purpose so far.
-std::set<std::string> FailedCalls();
+// "calls", "calls without CNG", in which CNG makes no hash, and "memory".
+std::vector<FaultKind> FaultKinds();
 
-// What the library holds open of the system's objects and, where that is counted, of memory.
+// The system's objects, and if they are counted the blocks of memory, that the library holds.
 int OpenObjectCount();
 
 }  // namespace launcher::test

@@ -1,12 +1,11 @@
-// The DLL's import table leads here. A function that gives something back does so also when it
-// fails.
+// The DLL's import table leads to these functions.
 
 #include <share.h>
 #include <sys/stat.h>
 #include <windows.h>
 
 #include "support/faults.h"
-// They need windows.h ahead.
+// They need windows.h first.
 #include <bcrypt.h>
 #include <shellapi.h>
 #include <wincrypt.h>
@@ -16,7 +15,6 @@
 #include <cstdlib>
 #include <memory>
 
-#include "support/failure_plan.h"
 #include "support/import_patch_windows.h"
 
 namespace launcher::test {
@@ -25,62 +23,46 @@ namespace {
 FailurePlan calls;
 FailurePlan memory;
 std::atomic<int> openObjects{0};
-std::set<std::string> failedCalls;
 bool hasCng = true;
 
-// Stands for one import, whose name makes Tag.
-template <class Tag, class Result>
-struct Import {
-  static inline const char* name = "";
-  static inline Result failure = {};
-  static inline int opened = 0;  // how many objects a call opens; -1 where it closes one
+// Calls a function that opens so many objects, or closes one (-1), which it does even if it fails.
+template <class Result, class Function>
+Result CallOrFail(FailurePlan& plan, Result failure, int opened, Function function) {
+  const bool fails = plan.IsDue();
+  if (fails) SetLastError(ERROR_GEN_FAILURE);
+  if (fails && opened >= 0) return failure;
+  const Result result = function();
+  if (opened < 0 || result != failure) openObjects += opened;
+  return fails ? failure : result;
+}
 
-  template <class Function, class... Arguments>
-  static Result Call(Function* function, Arguments... arguments) {
-    const bool fails = calls.IsDue();
-    if (fails) failedCalls.insert(name);
-    if (fails) SetLastError(ERROR_GEN_FAILURE);
-    if (fails && opened >= 0) return failure;
-    const Result result = function(arguments...);
-    if (opened < 0 || result != failure) openObjects += opened;
-    return fails ? failure : result;
-  }
-};
-
-#define REPLACEMENT(convention)                                                                   \
-  template <class Tag, class Result, class... Arguments>                                          \
-  void* Replacement(const char* name, Result(convention* function)(Arguments...), Result failure, \
-                    int opened) {                                                                 \
-    using Own = Import<Tag, Result>;                                                              \
-    Own::name = name;                                                                             \
-    Own::failure = failure;                                                                       \
-    Own::opened = opened;                                                                         \
-    static const auto real = function;                                                            \
-    struct Local {                                                                                \
-      static Result convention Call(Arguments... arguments) {                                     \
-        return Own::Call(real, arguments...);                                                     \
-      }                                                                                           \
-    };                                                                                            \
-    return reinterpret_cast<void*>(Local::Call);                                                  \
+// A function of the same type for each Tag.
+#define REPLACEMENT(convention)                                                                    \
+  template <class Tag, class Result, class... Arguments>                                           \
+  void* Replacement(FailurePlan& plan, Result(convention* function)(Arguments...), Result failure, \
+                    int opened) {                                                                  \
+    static const struct {                                                                          \
+      FailurePlan& plan;                                                                           \
+      Result(convention* function)(Arguments...);                                                  \
+      Result failure;                                                                              \
+      int opened;                                                                                  \
+    } own = {plan, function, failure, opened};                                                     \
+    struct Local {                                                                                 \
+      static Result convention Call(Arguments... arguments) {                                      \
+        return CallOrFail(own.plan, own.failure, own.opened,                                       \
+                          [&] { return own.function(arguments...); });                             \
+      }                                                                                            \
+    };                                                                                             \
+    return reinterpret_cast<void*>(Local::Call);                                                   \
   }
 REPLACEMENT(WINAPI)
 REPLACEMENT(__cdecl)
 #undef REPLACEMENT
 
-void* Counted(void* block) {
-  if (block != nullptr) ++openObjects;
-  return block;
-}
-void* __cdecl Allocate(std::size_t size) {
-  return memory.IsDue() ? nullptr : Counted(std::malloc(size));
-}
-void* __cdecl AllocateCleared(std::size_t count, std::size_t size) {
-  return memory.IsDue() ? nullptr : Counted(std::calloc(count, size));
-}
 void* __cdecl Reallocate(void* block, std::size_t size) {
-  if (memory.IsDue()) return nullptr;
-  void* const moved = std::realloc(block, size);
-  return block == nullptr ? Counted(moved) : moved;
+  const int opened = block == nullptr ? 1 : 0;
+  void* const none = nullptr;
+  return CallOrFail(memory, none, opened, [=] { return std::realloc(block, size); });
 }
 void __cdecl Free(void* block) {
   if (block != nullptr) --openObjects;
@@ -106,7 +88,7 @@ NTSTATUS WINAPI CreateCngHash(BCRYPT_ALG_HANDLE algorithm, BCRYPT_HASH_HANDLE* h
   return BCryptCreateHash(algorithm, hash, object, objectSize, secret, secretSize, flags);
 }
 
-// All that can fail, for the rest of the process; but fgetc is called too often to fail each time.
+// All that can fail, for the rest of the process. But fgetc is called too often to fail each time.
 void PatchImports() {
   static std::vector<std::unique_ptr<ImportPatch>> patches;
   if (!patches.empty()) return;
@@ -115,16 +97,16 @@ void PatchImports() {
   };
   void* const noHandle = nullptr;
   std::FILE* const noFile = nullptr;
-#define PATCH(name, failure, opened) \
-  patch(#name, Replacement<struct Tag_##name>(#name, name, failure, opened))
+#define PATCH_AS(name, plan, function, failure, opened) \
+  patch(#name, Replacement<struct Tag_##name>(plan, function, failure, opened))
+#define PATCH(name, failure, opened) PATCH_AS(name, calls, name, failure, opened)
   PATCH(_fsopen, noFile, 1);
   PATCH(fclose, EOF, -1);
   PATCH(fread, std::size_t{0}, 0);
   PATCH(fwrite, std::size_t{0}, 0);
   PATCH(_stat64, -1, 0);
   PATCH(OpenProcess, noHandle, 1);
-  patch("CreateProcessA",
-        Replacement<struct Tag_CreateProcessA>("CreateProcessA", StartWithoutConsole, FALSE, 2));
+  PATCH_AS(CreateProcessA, calls, StartWithoutConsole, FALSE, 2);
   PATCH(CloseHandle, FALSE, -1);
   PATCH(GetExitCodeProcess, FALSE, 0);
   PATCH(WaitForSingleObject, WAIT_FAILED, 0);
@@ -149,8 +131,7 @@ void PatchImports() {
   PATCH(SetFileInformationByHandle, FALSE, 0);
   PATCH(MoveFileExW, FALSE, 0);
   PATCH(DeleteFileW, FALSE, 0);
-  patch("BCryptCreateHash", Replacement<struct Tag_BCryptCreateHash>(
-                                "BCryptCreateHash", CreateCngHash, kUnsuccessful, 1));
+  PATCH_AS(BCryptCreateHash, calls, CreateCngHash, kUnsuccessful, 1);
   PATCH(BCryptHashData, kUnsuccessful, 0);
   PATCH(BCryptFinishHash, kUnsuccessful, 0);
   PATCH(BCryptDestroyHash, kUnsuccessful, -1);
@@ -167,44 +148,29 @@ void PatchImports() {
   PATCH(LoadLibraryExA, static_cast<HMODULE>(nullptr), 0);
   PATCH(LoadLibraryExW, static_cast<HMODULE>(nullptr), 0);
   PATCH(GetProcAddress, static_cast<FARPROC>(nullptr), 0);
+  PATCH_AS(malloc, memory, std::malloc, noHandle, 1);
+  PATCH_AS(calloc, memory, std::calloc, noHandle, 1);
 #undef PATCH
-  patch("malloc", reinterpret_cast<void*>(Allocate));
-  patch("calloc", reinterpret_cast<void*>(AllocateCleared));
-  patch("free", reinterpret_cast<void*>(Free));
+#undef PATCH_AS
   patch("realloc", reinterpret_cast<void*>(Reallocate));
+  patch("free", reinterpret_cast<void*>(Free));
 }
 
 }  // namespace
 
-const std::vector<FaultKind>& FaultKinds() {
-  static const std::vector<FaultKind> kinds = {
-      {"imports", false, false,
-       [](int n, bool andAllAfter) {
-         PatchImports();
-         calls.Start(n, andAllAfter);
-       },
-       [] { return calls.Stop(); }},
-      {"imports without CNG", false, true,
-       [](int n, bool andAllAfter) {
-         PatchImports();
-         hasCng = false;
-         calls.Start(n, andAllAfter);
-       },
-       [] {
-         hasCng = true;
-         return calls.Stop();
-       }},
-      {"memory", true, false,
-       [](int n, bool andAllAfter) {
-         PatchImports();
-         memory.Start(n, andAllAfter);
-       },
-       [] { return memory.Stop(); }},
+std::vector<FaultKind> FaultKinds() {
+  PatchImports();
+  FaultKind withoutCng = PlannedFaults("calls without CNG", calls);
+  withoutCng.start = [](int n, bool andAllAfter) {
+    hasCng = false;
+    calls.Start(n, andAllAfter);
   };
-  return kinds;
+  withoutCng.stop = [] {
+    hasCng = true;
+    return calls.Stop();
+  };
+  return {PlannedFaults("calls", calls), withoutCng, PlannedFaults("memory", memory)};
 }
-
-std::set<std::string> FailedCalls() { return failedCalls; }
 
 int OpenObjectCount() { return openObjects; }
 

@@ -1,4 +1,4 @@
-// Memory that ends where it says it ends.
+// Memory directly before a page that cannot be accessed.
 
 #ifndef LAUNCHER_TESTS_SUPPORT_GUARDED_BUFFER_H_
 #define LAUNCHER_TESTS_SUPPORT_GUARDED_BUFFER_H_
@@ -10,8 +10,10 @@
 
 namespace launcher::test {
 
-// `size` bytes directly ahead of a page that must not be touched, filled with kFill. Whatever
-// writes behind them, or reads there, ends the test program.
+constexpr std::size_t kPageSize = 4096;
+
+// `size` bytes at the end of a page, filled with kFill. A read or write after them ends the test
+// program.
 class GuardedBuffer {
  public:
   static constexpr std::uint8_t kFill = 0xCD;
@@ -30,9 +32,9 @@ class GuardedBuffer {
 
  private:
   std::size_t size_;
-  std::size_t mappedSize_ = 0;
-  void* pages_ = nullptr;
-  std::uint8_t* data_ = nullptr;
+  std::size_t mappedSize_;
+  std::uint8_t* pages_;
+  std::uint8_t* data_;
 };
 
 }  // namespace launcher::test

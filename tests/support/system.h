@@ -1,9 +1,11 @@
-// What a test must know of the system it runs on.
+// What differs between the systems that the tests run on.
 
 #ifndef LAUNCHER_TESTS_SUPPORT_SYSTEM_H_
 #define LAUNCHER_TESTS_SUPPORT_SYSTEM_H_
 
 #include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <string>
 
 namespace launcher::test {
@@ -11,47 +13,55 @@ namespace launcher::test {
 // How a line ends in a text file.
 extern const char* const kLineEnd;
 
-// Has programs started from now on look into this folder for libraries ahead of where they would;
-// an empty one ends that. Nothing on Windows, where a program looks into its own folder first.
-void SetLibraryPath(const std::string& folder);
+// False if some thousand exceptions and processes take minutes, as they do in an emulator.
+extern const bool kTriesEverything;
 
-// The path of a program that lies beside this one, by its name without an ending.
+// True if the system has Direct3D 9, with a display.
+extern const bool kHasDirect3D;
+
+// The files of a wide directory.
+extern const int kManyFiles;
+
+// The path of a file beside this program, by its whole name, and of a program by its name without
+// extension.
+std::string PathBeside(const std::string& name);
 std::string ProgramBeside(const std::string& name);
 
-// A function of the library file `path`, which is loaded and stays so. Throws where there is none.
+// Programs started from now on search this folder for libraries first; an empty one ends that. On
+// Windows a program searches its own folder before it.
+void SetLibraryPath(const std::string& folder);
+
+// Returns a function of the library file `path`, which is loaded and stays so. Throws if there is
+// none.
 void* LoadFunction(const std::string& path, const char* name);
 
-// The path of a file that lies beside this program, by its whole name.
-std::string PathBeside(const std::string& name);
-
-// Makes a symbolic link, or removes one; nothing for a link that is not there. Throws where it
-// cannot.
+// Create a symbolic link, or remove one if there is one. Throw if that fails.
 void MakeLink(const std::string& target, const std::string& link);
 void RemoveLink(const std::string& link);
 
-// Whether the system's functions can remove a link to a directory. Those of Wine cannot.
+// True if the system's functions can remove a link to a directory. Those of Wine cannot.
 bool SystemRemovesLinks();
 
-// Runs `body` in a thread with `stackSize` bytes of stack, and waits.
-void RunInThread(std::size_t stackSize, void (*body)());
+// Runs `body` in `count` threads at the same time, each with its number from 0 on, and waits for
+// all. A stack size of 0 is the system's.
+void RunInThreads(int count, const std::function<void(int number)>& body,
+                  std::size_t stackSize = 0);
 
-// Runs `body` in `count` threads at once, each with its number from 0 on, and waits for all.
-void RunInThreads(int count, void (*body)(int number));
+// Runs `body` in one thread with this stack, and waits.
+inline void RunInThread(std::size_t stackSize, const std::function<void()>& body) {
+  RunInThreads(
+      1, [&](int /*number*/) { body(); }, stackSize);
+}
 
-// Whether some thousand exceptions and starts of processes take seconds.
-extern const bool kTriesEverything;
+// Returns new memory of whole pages, of which the last cannot be accessed. Throws if there is none.
+std::uint8_t* MapWithGuardPage(std::size_t size);
+void UnmapPages(std::uint8_t* pages, std::size_t size);
 
-// Whether the system has Direct3D 9, with a display to ask about.
-extern const bool kHasDirect3D;
-
-// A wide directory's worth.
-extern const int kManyFiles;
-
-// Keeps the provider of CryptoAPI loaded. Otherwise each digest loads it again: a second for Wine
-// in an emulator.
+// Keeps the provider of CryptoAPI loaded. Otherwise each digest loads it again, which takes Wine in
+// an emulator a second.
 void KeepDigestLoaded();
 
-// The handles that this process has open, as the system counts them.
+// The handles of this process, as the system counts them. Wine counts none.
 int OpenHandleCount();
 
 }  // namespace launcher::test

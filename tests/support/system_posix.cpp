@@ -1,19 +1,23 @@
 #include <dlfcn.h>
 #include <pthread.h>
+#include <sys/mman.h>
 
 #include <cstdlib>
+#include <deque>
 #include <filesystem>
+#include <iterator>
+#include <new>
 #include <stdexcept>
-#include <thread>
-#include <vector>
 
+#include "support/guarded_buffer.h"
 #include "support/system.h"
 
 namespace launcher::test {
 
-const bool kHasDirect3D = false;
-
 const char* const kLineEnd = "\n";
+const bool kTriesEverything = true;
+const bool kHasDirect3D = false;
+const int kManyFiles = 20000;
 
 std::string PathBeside(const std::string& name) {
   return (std::filesystem::read_symlink("/proc/self/exe").parent_path() / name).string();
@@ -44,40 +48,45 @@ void RemoveLink(const std::string& link) { std::filesystem::remove(link); }
 
 bool SystemRemovesLinks() { return true; }
 
-void RunInThread(std::size_t stackSize, void (*body)()) {
-  const auto run = [](void* argument) -> void* {
-    reinterpret_cast<void (*)()>(argument)();
+void RunInThreads(int count, const std::function<void(int number)>& body, std::size_t stackSize) {
+  struct Run {
+    const std::function<void(int)>& body;
+    int number;
+    pthread_t thread;
+  };
+  const auto start = [](void* argument) -> void* {
+    const Run& run = *static_cast<Run*>(argument);
+    run.body(run.number);
     return nullptr;
   };
   pthread_attr_t attributes = {};
   pthread_attr_init(&attributes);
-  pthread_attr_setstacksize(&attributes, stackSize);
-  pthread_t thread = {};
-  const bool hasStarted =
-      pthread_create(&thread, &attributes, run, reinterpret_cast<void*>(body)) == 0;
+  if (stackSize != 0) pthread_attr_setstacksize(&attributes, stackSize);
+  std::deque<Run> runs;
+  for (int i = 0; i < count; ++i) {
+    runs.push_back({body, i, {}});
+    if (pthread_create(&runs.back().thread, &attributes, start, &runs.back()) != 0) std::abort();
+  }
+  for (const Run& run : runs) pthread_join(run.thread, nullptr);
   pthread_attr_destroy(&attributes);
-  if (!hasStarted) throw std::runtime_error("no thread");
-  pthread_join(thread, nullptr);
 }
 
-void RunInThreads(int count, void (*body)(int number)) {
-  std::vector<std::thread> threads;
-  for (int i = 0; i < count; ++i) threads.emplace_back(body, i);
-  for (std::thread& thread : threads) thread.join();
+std::uint8_t* MapWithGuardPage(std::size_t size) {
+  void* const pages =
+      mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (pages == MAP_FAILED) throw std::bad_alloc();
+  auto* const bytes = static_cast<std::uint8_t*>(pages);
+  mprotect(bytes + size - kPageSize, kPageSize, PROT_NONE);
+  return bytes;
 }
 
-const bool kTriesEverything = true;
-
-const int kManyFiles = 20000;
+void UnmapPages(std::uint8_t* pages, std::size_t size) { munmap(pages, size); }
 
 void KeepDigestLoaded() {}
 
 int OpenHandleCount() {
-  int count = 0;
-  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
-    count += entry.path().empty() ? 0 : 1;
-  }
-  return count;
+  const std::filesystem::directory_iterator handles("/proc/self/fd");
+  return static_cast<int>(std::distance(begin(handles), end(handles)));
 }
 
 }  // namespace launcher::test

@@ -2,37 +2,19 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <deque>
 #include <filesystem>
+#include <new>
 #include <stdexcept>
-#include <vector>
 
+#include "support/guarded_buffer.h"
 #include "support/run_program.h"
 #include "support/system.h"
 
 namespace launcher::test {
 namespace {
 
-// Class 64 of NtQuerySystemInformation, which no header declares.
-constexpr int kSystemExtendedHandleInformation = 64;
-
-struct HandleEntry {
-  void* object;
-  ULONG_PTR processId;
-  ULONG_PTR handle;
-  ULONG access;
-  USHORT backTraceIndex;
-  USHORT typeIndex;
-  ULONG attributes;
-  ULONG reserved;
-};
-
-struct HandleTable {
-  ULONG_PTR count;
-  ULONG_PTR reserved;
-  HandleEntry entries[1];
-};
-
-// Such a program is no process to Wine, so only what it does tells when it is done.
+// Such a program is no process to Wine: `isDone` shows when it has ended.
 template <class IsDone>
 void RunBelowWine(const std::string& commandLine, IsDone isDone) {
   RunProgram("Z:\\bin\\" + commandLine);
@@ -40,30 +22,27 @@ void RunBelowWine(const std::string& commandLine, IsDone isDone) {
     if (isDone()) return;
     Sleep(10);
   }
-  throw std::runtime_error("in vain: " + commandLine);
+  throw std::runtime_error("without effect: " + commandLine);
 }
 
-struct NumberedRun {
-  void (*body)(int number);
+struct Run {
+  const std::function<void(int)>& body;
   int number;
+  HANDLE thread;
 };
 
-DWORD WINAPI RunNumbered(void* argument) {
-  const auto& run = *static_cast<NumberedRun*>(argument);
+DWORD WINAPI StartRun(void* argument) {
+  const Run& run = *static_cast<Run*>(argument);
   run.body(run.number);
-  return 0;
-}
-
-DWORD WINAPI RunThread(void* body) {
-  reinterpret_cast<void (*)()>(body)();
   return 0;
 }
 
 }  // namespace
 
-const bool kHasDirect3D = true;
-
 const char* const kLineEnd = "\r\n";
+const bool kTriesEverything = false;
+const bool kHasDirect3D = true;
+const int kManyFiles = 300;  // a hundred thousand take an hour in an emulator
 
 std::string PathBeside(const std::string& name) {
   char program[MAX_PATH] = "";
@@ -89,8 +68,7 @@ void* LoadFunction(const std::string& path, const char* name) {
   return reinterpret_cast<void*>(function);
 }
 
-// Wine makes and removes no links. There the system below it does, which is as good: what it makes
-// is a link to Wine too.
+// Wine cannot create and remove links. There the system below it does, and Wine sees a link.
 void MakeLink(const std::string& target, const std::string& link) {
   const bool isDirectory = std::filesystem::is_directory(std::filesystem::path(link).parent_path() /
                                                          std::filesystem::path(target));
@@ -112,52 +90,37 @@ bool SystemRemovesLinks() {
   return GetProcAddress(GetModuleHandleA("ntdll.dll"), "wine_get_version") == nullptr;
 }
 
-void RunInThread(std::size_t stackSize, void (*body)()) {
-  const HANDLE thread = CreateThread(nullptr, stackSize, RunThread, reinterpret_cast<void*>(body),
-                                     STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr);
-  if (thread == nullptr) throw std::runtime_error("no thread");
-  WaitForSingleObject(thread, INFINITE);
-  CloseHandle(thread);
-}
-
-void RunInThreads(int count, void (*body)(int number)) {
-  std::vector<NumberedRun> runs;
-  for (int i = 0; i < count; ++i) runs.push_back({body, i});
-  std::vector<HANDLE> threads;
-  for (NumberedRun& run : runs) {
-    threads.push_back(CreateThread(nullptr, 0, RunNumbered, &run, 0, nullptr));
+void RunInThreads(int count, const std::function<void(int number)>& body, std::size_t stackSize) {
+  std::deque<Run> runs;
+  for (int i = 0; i < count; ++i) {
+    Run& run = runs.emplace_back(Run{body, i, nullptr});
+    run.thread = CreateThread(nullptr, stackSize, StartRun, &run, STACK_SIZE_PARAM_IS_A_RESERVATION,
+                              nullptr);
+    if (run.thread == nullptr) std::abort();
   }
-  for (const HANDLE thread : threads) {
-    WaitForSingleObject(thread, INFINITE);
-    CloseHandle(thread);
+  for (const Run& run : runs) {
+    WaitForSingleObject(run.thread, INFINITE);
+    CloseHandle(run.thread);
   }
 }
 
-// Where Wine itself is emulated a start takes seconds, and an exception a tenth.
-const bool kTriesEverything = false;
+std::uint8_t* MapWithGuardPage(std::size_t size) {
+  void* const pages = VirtualAlloc(nullptr, size, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
+  if (pages == nullptr) throw std::bad_alloc();
+  auto* const bytes = static_cast<std::uint8_t*>(pages);
+  DWORD previous = 0;
+  VirtualProtect(bytes + size - kPageSize, kPageSize, PAGE_NOACCESS, &previous);
+  return bytes;
+}
 
-// A hundred thousand take an hour where Wine itself is emulated.
-const int kManyFiles = 300;
+void UnmapPages(std::uint8_t* pages, std::size_t /*size*/) { VirtualFree(pages, 0, MEM_RELEASE); }
 
-// GetProcessHandleCount would be the plain way; Wine answers it with 0.
 void KeepDigestLoaded() { LoadLibraryA("rsaenh.dll"); }
 
 int OpenHandleCount() {
-  // Under a type of its own, since the header's enumeration ends before the class asked for.
-  using Query = LONG(NTAPI*)(int, void*, ULONG, ULONG*);
-  const auto query = reinterpret_cast<Query>(reinterpret_cast<void*>(
-      GetProcAddress(GetModuleHandleA("ntdll.dll"), "NtQuerySystemInformation")));
-  std::vector<unsigned char> buffer(1 << 20);
-  if (query(kSystemExtendedHandleInformation, buffer.data(), static_cast<ULONG>(buffer.size()),
-            nullptr) != 0) {
-    return -1;
-  }
-  const auto* const table = reinterpret_cast<const HandleTable*>(buffer.data());
-  int count = 0;
-  for (ULONG_PTR i = 0; i < table->count; ++i) {
-    count += table->entries[i].processId == GetCurrentProcessId() ? 1 : 0;
-  }
-  return count;
+  DWORD count = 0;
+  GetProcessHandleCount(GetCurrentProcess(), &count);
+  return static_cast<int>(count);
 }
 
 }  // namespace launcher::test

@@ -57,7 +57,7 @@ std::string HexDigits(const std::uint8_t* bytes, std::size_t size) {
   if (!path.empty() && MeansThatItExists(error)) throw Failure{Reason::kExists, kExists, path};
   const char* const advice = !MeansFullDisk(error) ? "check that it may be written there"
                              : path.empty()        ? "make room; what was written is not whole"
-                                                   : "make room; nothing of it was left behind";
+                                                   : "make room; nothing of it was left";
   throw Failure{Reason::kWrite, "cannot be written: " + SystemErrorText(error) + ": " + advice,
                 path.empty() ? "standard output" : path, error};
 }
@@ -311,6 +311,8 @@ void FileWorker::Write(const Item& item) {
   if (!path.empty()) {
     std::error_code error;
     if (options_.isRecursive) fs::create_directories(InputPath(path).parent_path(), error);
+    // Other errors have a better text from Open.
+    if (error == std::errc::no_space_on_device) FailToWrite(path, LastFileError());
     if (const SystemError failed = output.Open(path); failed != 0) FailToWrite(path, failed);
     if (item.name != "-") output.TakeAfter(InputPath(item.name));
   }

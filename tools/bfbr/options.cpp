@@ -169,8 +169,9 @@ std::optional<int> ListItems(std::vector<std::string> names, Options* options) {
   if (names.empty()) names.emplace_back("-");
   const std::string& directory = options->outputDirectory;
   const bool needsDirectory = options->MakesFiles() && directory.empty();
-  const auto inputs = std::count(names.begin(), names.end(), "-");
-  if (inputs > 1 || (inputs == 1 && options->filesFrom == "-")) {
+  auto readers = std::count(names.begin(), names.end(), "-");
+  for (const std::string& other : {options->filesFrom, options->keyFile}) readers += other == "-";
+  if (readers > 1) {
     return RefuseUsage("standard input: cannot be read twice: name it once");
   }
   if (needsDirectory && (names.size() > 1 || options->isRecursive)) {

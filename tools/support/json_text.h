@@ -8,8 +8,8 @@
 
 namespace launcher {
 
-// What is not ASCII stays. Names of files are bytes, and what is no UTF-8 in them cannot stand in
-// JSON: it becomes U+FFFD.
+// Other characters than ASCII stay as they are. Names of files are bytes: those that are no UTF-8,
+// which JSON cannot hold, become U+FFFD.
 inline std::string JsonText(const nlohmann::json& value, int indent = -1) {
   return value.dump(indent, ' ', false, nlohmann::json::error_handler_t::replace);
 }

@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 
 constexpr int kStreams[] = {STDOUT_FILENO, STDERR_FILENO};
 
-// Leads the standard output and error streams nowhere while it exists.
+// Discards what goes to the standard output and error streams while it exists.
 class Silence {
  public:
   Silence() {

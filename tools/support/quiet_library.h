@@ -12,7 +12,7 @@
 
 namespace launcher {
 
-// Runs `call` with the standard output and error streams leading nowhere and with a private, empty
+// Runs `call` with the standard output and error streams discarded and with a private, empty
 // current directory, which is removed afterwards. Streams and directory belong to the whole
 // process, so no other thread may run meanwhile. On failure `call` has not run. It must not throw.
 SystemError RunQuietly(const std::function<void()>& call);

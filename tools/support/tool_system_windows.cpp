@@ -4,7 +4,6 @@
 #include <io.h>
 #include <windows.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <vector>
 
@@ -56,7 +55,10 @@ std::string SystemErrorText(SystemError error) {
   return text.empty() ? "system error " + std::to_string(error) : text;
 }
 
-SystemError LastFileError() { return static_cast<SystemError>(_doserrno); }
+// A stream that writes too few bytes fails without an error of the system: the disk is full.
+SystemError LastFileError() {
+  return static_cast<SystemError>(_doserrno != 0 ? _doserrno : ERROR_DISK_FULL);
+}
 
 bool MeansFullDisk(SystemError error) {
   return error == ERROR_DISK_FULL || error == ERROR_HANDLE_DISK_FULL ||
@@ -67,7 +69,7 @@ bool MeansNoReader(SystemError error) {
   return error == ERROR_NO_DATA || error == ERROR_BROKEN_PIPE || error == ERROR_PIPE_NOT_CONNECTED;
 }
 
-// A device's name leads to it from every directory.
+// A device has the same name in every directory.
 bool IsDevice(const std::string& path) {
   constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
   const HANDLE there = CreateFileA(path.c_str(), 0, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr);
@@ -115,9 +117,9 @@ void KeepClosedStreamsClosed() {}
 bool ShowsColour(Stream /*stream*/) { return false; }
 
 int ProcessorCount() {
-  SYSTEM_INFO information = {};
-  GetSystemInfo(&information);
-  return std::max(1, static_cast<int>(information.dwNumberOfProcessors));
+  SYSTEM_INFO system = {};
+  GetSystemInfo(&system);
+  return static_cast<int>(system.dwNumberOfProcessors);
 }
 
 void RunInThreads(int count, const std::function<void()>& work,
