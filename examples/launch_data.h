@@ -1,13 +1,13 @@
-// What the launcher and its client agree on. The library hands a block of bytes from one to the
-// other; what stands in it is their own affair.
+// What the launcher and its client agree on. The library passes a block of bytes from the launcher
+// to the client; they choose its content.
 
 #ifndef EXAMPLES_LAUNCH_DATA_H_
 #define EXAMPLES_LAUNCH_DATA_H_
 
 #include <cstdint>
 
-// The block that the launcher leaves: the container's size in bytes and directly behind it the
-// container. The launch line tells the block's address and not its size, so the block tells it.
+// The start of the block: the container's size in bytes. The container follows directly. The launch
+// line has the block's address but not its size, so the block begins with it.
 struct BlockHeader {
   std::uint32_t containerSize;
 };
@@ -15,7 +15,7 @@ struct BlockHeader {
 // The most that the client will read.
 constexpr std::uint32_t kMaxContainerSize = 0xFFFFF;
 
-// What the client leaves in the current directory: the data as it found them, and what it did.
+// The files that the client writes to the current directory: the data, and a log.
 constexpr char kReceivedPath[] = "received.bin";
 constexpr char kClientLogPath[] = "client.log";
 

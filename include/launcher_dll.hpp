@@ -1,20 +1,24 @@
-// The C++ face of LauncherDll: launcher_dll.h with owners, spans, strings and one way to fail.
+// The C++ wrapper of LauncherDll: launcher_dll.h with owners, spans, strings and exceptions.
 //
-// C++17, header only, namespace launcher_dll. Link as for launcher_dll.h, whose texts tell what
-// each function prints, reads and leaves behind.
+// C++17, header only, namespace launcher_dll. Link as for launcher_dll.h, which says what each
+// function prints, reads and leaves unwritten.
 //
-// - A call that could not do its work throws Error, with the export's name and its result, whatever
-//   that export calls a failure: below zero, 0, 1 or 7. A question is answered with a bool. A size
-//   that does not fit the export's argument throws std::length_error, and no call is made.
-// - Texts are 8-bit and count up to their first NUL. A buffer that is too small is the wrapper's
-//   affair: it asks again with a larger one.
-// - Exports that need no wrapper have none: QX_IsFailed and QX_IsSucceeded (see Error),
-//   QX_GetLengthOfRString (LoadText tells an empty text from none), QX_GetEncodeDataSize and
-//   QX_Encode (EncodeTo makes the same container within a larger range), and those of the header's
-//   last section, which do nothing but answer.
+// - A function throws Error if its export fails, whichever value that export returns for a failure.
+//   A question returns a bool. A size that does not fit throws std::length_error before any call.
+// - Texts are 8-bit and end at their first NUL. If a text does not fit a buffer, the wrapper calls
+//   the export again with a larger one.
+// - These exports have no wrapper: QX_IsFailed and QX_IsSucceeded (see Error),
+//   QX_GetLengthOfRString (LoadText distinguishes an empty text from a failure),
+//   QX_GetEncodeDataSize and QX_Encode (EncodeTo makes the same container, with a larger limit),
+//   and the last section of launcher_dll.h, whose functions return constants.
 
 #ifndef LAUNCHER_DLL_HPP_
 #define LAUNCHER_DLL_HPP_
+
+// Microsoft's compiler leaves __cplusplus at the value of C++98.
+#if __cplusplus < 201703L && (!defined(_MSVC_LANG) || _MSVC_LANG < 201703L)
+#error "launcher_dll.hpp needs C++17: compile with -std=c++17 or /std:c++17"
+#else
 
 #include <array>
 #include <cstddef>
@@ -26,6 +30,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -33,82 +38,100 @@
 #include "launcher_dll.h"
 
 #if defined(_WIN32)
-// As <windows.h> declares it, which this header does without: the arguments go back through it.
-extern "C" __declspec(dllimport) void* __stdcall LocalFree(void*);
+// Declared as in <windows.h>, which this header does not include.
+extern "C" {
+__declspec(dllimport) unsigned long __stdcall GetLastError();
+__declspec(dllimport) void __stdcall SetLastError(unsigned long);
+__declspec(dllimport) void* __stdcall LocalFree(void*);
+__declspec(dllimport) void* __stdcall OpenProcess(unsigned long, int, unsigned long);
+__declspec(dllimport) int __stdcall ReadProcessMemory(void*, const void*, void*, unsigned long,
+                                                      unsigned long*);
+__declspec(dllimport) int __stdcall CloseHandle(void*);
+}
+#else
+#include <sys/uio.h>
+
+#include <cerrno>
 #endif
 
 namespace launcher_dll {
 
 // ---- Failure ---------------------------------------------------------------------------------
 
-// An export could not do its work.
+// An export failed. what() is, for example, "file_cipher_encode failed: the payload is empty".
 class Error : public std::runtime_error {
  public:
-  // `exportName` is a literal; `reason` is for what the result does not tell.
-  Error(const char* exportName, std::int32_t result, const char* reason = "")
-      : std::runtime_error(Message(exportName, result, reason)),
+  // `exportName` is a literal. Without a `reason` the message explains the result. `systemCode` is
+  // GetLastError() on Windows, errno elsewhere, or 0.
+  Error(const char* exportName, std::int32_t result, const std::string& reason = {},
+        int systemCode = 0)
+      : std::runtime_error(Message(exportName, result, reason, systemCode)),
         exportName_(exportName),
-        result_(result) {}
+        result_(result),
+        systemCode_(systemCode) {}
 
+  // The export; "ReadClientData" if that function itself refused the data.
   const char* ExportName() const noexcept { return exportName_; }
+
+  // What the export returned.
   std::int32_t Result() const noexcept { return result_; }
 
+  // The system's error code: of RunClient, ReadClientData, RemoveFile, RemoveFolder and Arguments,
+  // if a call of the system failed; else 0.
+  int SystemCode() const noexcept { return systemCode_; }
+
  private:
-  static std::string Message(const char* exportName, std::int32_t result, std::string reason) {
+  static std::string Message(const char* exportName, std::int32_t result, std::string reason,
+                             int systemCode) {
+    if (systemCode != 0) {
+      if (!reason.empty()) reason += ": ";
+      reason += std::system_category().message(systemCode) + " (system error " +
+                std::to_string(systemCode) + ')';
+    }
     if (reason.empty()) reason = Meaning(result);
-    std::string message = std::string(exportName) + " answered " + std::to_string(result);
-    return reason.empty() ? message : message + ": " + reason;
+    return std::string(exportName) + " failed: " + reason;
   }
 
-  static const char* Meaning(std::int32_t result) {
-    switch (result) {
-      case QX_FAILED:
-        return "it failed";
-      case QX_BAD_ARGUMENT:
-        return "bad argument";
-      case QX_NO_STEAM:
-        return "no Steam";
-      case QX_NOT_FOUND:
-        return "not found";
-      case QX_OUT_OF_MEMORY:
-        return "out of memory";
-      case QX_OPEN_FAILED:
-        return "the file could not be opened";
-      case QX_WRITE_FAILED:
-        return "the file could not be written";
-      case QX_READ_FAILED:
-        return "the file could not be read, or is empty";
-      case QX_SIZE_REFUSED:
-        return "size refused";
-      default:
-        return "";
+  static std::string Meaning(std::int32_t result) {
+    constexpr std::pair<std::int32_t, const char*> kMeanings[] = {
+        {QX_BAD_ARGUMENT, "an argument is not valid, or a buffer is too small"},
+        {QX_NO_STEAM, "Steam is not available, or refused the request"},
+        {QX_NOT_FOUND, "not found"},
+        {QX_OUT_OF_MEMORY, "out of memory"},
+        {QX_OPEN_FAILED, "the file could not be opened"},
+        {QX_WRITE_FAILED, "the file could not be written"},
+        {QX_READ_FAILED, "the file could not be read, or is empty"},
+        {QX_SIZE_REFUSED, "the size is not 1 to 1,048,575 bytes"}};
+    for (const auto& [value, text] : kMeanings) {
+      if (value == result) return text;
     }
+    return "it returned " + std::to_string(result);
   }
 
   const char* exportName_;
   std::int32_t result_;
+  int systemCode_;
 };
 
 // ---- Spans -----------------------------------------------------------------------------------
 
-// Consecutive items that belong to somebody else.
+// Consecutive items that the span does not own.
 template <class Item>
 class Span {
  public:
   constexpr Span() noexcept = default;
   constexpr Span(Item* data, std::size_t size) noexcept : data_(data), size_(size) {}
 
-  // Of a vector, an array or another span, of `Item` or, for a span of const, of what can be read
-  // as such.
+  // From a vector, an array or another span.
   template <class Container,
             class = std::enable_if_t<
                 !std::is_same_v<std::remove_cv_t<Container>, Span> &&
-                std::is_convertible_v<decltype(std::declval<Container&>().data()), Item*>>>
+                std::is_convertible_v<decltype(std::declval<Container&>().data()), Item*> > >
   constexpr Span(Container& items) noexcept : data_(items.data()), size_(items.size()) {}
   template <class Container,
             class = std::enable_if_t<
-                std::is_convertible_v<decltype(std::declval<const Container&>().data()), Item*>>,
-            class = std::enable_if_t<std::is_const_v<Item> && !std::is_same_v<Container, Span>>>
+                std::is_convertible_v<decltype(std::declval<const Container&>().data()), Item*> >,
+            class = std::enable_if_t<std::is_const_v<Item> && !std::is_same_v<Container, Span> > >
   constexpr Span(const Container& items) noexcept : data_(items.data()), size_(items.size()) {}
 
   constexpr Item* data() const noexcept { return data_; }
@@ -118,7 +141,7 @@ class Span {
   constexpr Item* end() const noexcept { return data_ + size_; }
   constexpr Item& operator[](std::size_t index) const noexcept { return data_[index]; }
 
-  // The items from `offset` on, `size` of them. Both must lie within.
+  // `size` items from `offset` on. Not checked against the span's own size.
   constexpr Span Part(std::size_t offset, std::size_t size) const noexcept {
     return Span(data_ + offset, size);
   }
@@ -139,11 +162,32 @@ inline ConstByteSpan BytesOf(std::string_view text) noexcept {
 
 namespace detail {
 
-inline void Check(const char* exportName, std::int32_t result) {
-  if (result != QX_SUCCEEDED) throw Error(exportName, result);
+// `reason` explains QX_FAILED and QX_CIPHER_FAILED, which have no meaning of their own.
+inline void Check(const char* exportName, std::int32_t result, const char* reason = "") {
+  if (result == QX_SUCCEEDED) return;
+  const bool isUnexplained = result == QX_FAILED || result == QX_CIPHER_FAILED;
+  throw Error(exportName, result, isUnexplained ? reason : "");
 }
 
-// A size as the export takes it.
+#if defined(_WIN32)
+inline int SystemCode() noexcept { return static_cast<int>(GetLastError()); }
+inline void ClearSystemCode() noexcept { SetLastError(0); }
+#else
+inline int SystemCode() noexcept { return errno; }
+inline void ClearSystemCode() noexcept { errno = 0; }
+#endif
+
+// Checks an export that leaves a system error code if it fails. `reason` explains a failure without
+// such a code.
+template <class Call>
+void CheckSystem(const char* exportName, Call call, const char* reason = "") {
+  ClearSystemCode();
+  const std::int32_t result = call();
+  const int code = SystemCode();
+  if (result != QX_SUCCEEDED) throw Error(exportName, result, code == 0 ? reason : "", code);
+}
+
+// Converts a size to the type of the export's argument.
 template <class Number>
 Number SizeAs(std::size_t size) {
   if (size > static_cast<std::size_t>((std::numeric_limits<Number>::max)())) {
@@ -152,8 +196,8 @@ Number SizeAs(std::size_t size) {
   return static_cast<Number>(size);
 }
 
-// What a call left in a text's buffer.
-struct TextAnswer {
+// What an export returned and the text in its buffer.
+struct TextResult {
   std::int32_t result;
   bool isWritten;
   std::string text;
@@ -162,11 +206,11 @@ struct TextAnswer {
 constexpr std::size_t kFirstCapacity = 256;
 constexpr std::size_t kLargestCapacity = 0x10000;
 
-// Asks with larger and larger buffers as long as `isTooSmall(result, text)`, and gives the last
-// answer. A buffer that was not written is told by the terminator that it lacks.
+// Doubles the buffer until `isTooSmall(result, text)` is false. A buffer without a terminator
+// counts as not written.
 template <class Call, class IsTooSmall>
-TextAnswer AskForText(Call call, IsTooSmall isTooSmall, std::size_t capacity = kFirstCapacity,
-                      std::size_t largestCapacity = kLargestCapacity) {
+TextResult ReadText(Call call, IsTooSmall isTooSmall, std::size_t capacity = kFirstCapacity,
+                    std::size_t largestCapacity = kLargestCapacity) {
   for (;; capacity *= 2) {
     std::string buffer(capacity, '\xFF');
     const std::int32_t result = call(buffer.data(), static_cast<std::uint32_t>(capacity));
@@ -179,7 +223,7 @@ TextAnswer AskForText(Call call, IsTooSmall isTooSmall, std::size_t capacity = k
   }
 }
 
-// For exports that leave an empty text where one does not fit.
+// For exports that return success and an empty text if the text does not fit.
 inline bool IsEmptySuccess(std::int32_t result, const std::string& text) {
   return result == QX_SUCCEEDED && text.empty();
 }
@@ -188,10 +232,10 @@ inline bool IsEmptySuccess(std::int32_t result, const std::string& text) {
 
 // ---- Memory ----------------------------------------------------------------------------------
 
-// A block of the library's memory: QX_Allocate, and QX_Deallocate at the end.
+// Owns a block of the library's memory: QX_Allocate, QX_Deallocate.
 class Block {
  public:
-  // `size` zero bytes. Throws Error for a size of 0, and where memory ran out.
+  // `size` zero bytes. Throws Error if `size` is 0 or memory runs out.
   explicit Block(std::size_t size) : size_(size) {
     void* block = nullptr;
     detail::Check("QX_Allocate", QX_Allocate(&block, detail::SizeAs<std::uint32_t>(size)));
@@ -201,7 +245,7 @@ class Block {
   std::uint8_t* data() const noexcept { return data_.get(); }
   std::size_t size() const noexcept { return size_; }
 
-  // Gives the block away: whoever takes it calls QX_Deallocate.
+  // Gives up the block: the caller must call QX_Deallocate.
   std::uint8_t* Release() noexcept {
     size_ = 0;
     return data_.release();
@@ -217,14 +261,64 @@ class Block {
 
 // ---- Settings and texts ----------------------------------------------------------------------
 
-// A text of the string table in the library's memory: QX_LoadStringToMemory, and
-// QX_UnloadStringFromMemory at the end.
+// The labels of the string table. Each converts to StringLabel, and a number works in its place.
+// Settings come from config.json.
+struct Label {
+  enum : StringLabel {
+    kVendorName = 0,
+    kBuildName = 10,
+    kHttpMethod = 1000,
+    kApiServer = 1001,  // a setting, like the servers and URLs below
+    kContentType = 1011,
+    kIdentifierHeader = 1012,
+    kAuthorizationHeader = 1014,
+    kSaveDataCreateRequest = 1100,
+    kSaveDataRestartRequest = 1101,
+    kUserExistenceRequest = 1102,
+    kOrvaneServer = 1200,
+    kPurchaseServer = 1210,
+    kTelemetryServer = 1220,
+    kDownloadUrl = 1240,
+    // Messages, numbered where several are alike.
+    kProcedureNotFound = 2000,
+    kForbidden = 2001,
+    kFolderNotFound = 2002,
+    kFileNotFound1 = 2003,
+    kFileNotFound2 = 2004,
+    kFileNotRead1 = 2005,
+    kFileNotRead2 = 2006,
+    kFileInvalid1 = 2007,
+    kFileConditions = 2008,
+    kFileInvalid2 = 2009,
+    kFileNotRecognized = 2010,
+    kCanceled = 2011,
+    kOutOfMemory = 2012,
+    kInvalidJson = 2013,
+    kInvalidAddress = 2014,
+    kFileNotFound3 = 2015,
+    kFileNotFound4 = 2016,
+    kFileNotFound5 = 2017,
+    kEnd = 2018,
+    kOrvaneQaApiUrl = 5000,
+    kOrvaneCiApiUrl = 5001,
+    kGameUrl = 5100,
+    kSignInToSteam = 10023,
+    kAlreadyRunning = 10194,
+    kStartSteam = 10196,
+    kSystemNotSupported = 10239,
+    kCipherKey = 11000,
+    kSignatureMarker = 11001
+  };
+};
+
+// Owns a text of the string table: QX_LoadStringToMemory, QX_UnloadStringFromMemory.
 class Text {
  public:
-  // Throws Error for a label outside the table, settings that do not load, memory that ran out.
+  // Throws Error if the label is unknown, config.json does not load, or memory runs out.
   explicit Text(StringLabel label) {
     char* text = nullptr;
-    detail::Check("QX_LoadStringToMemory", QX_LoadStringToMemory(label, &text));
+    detail::Check("QX_LoadStringToMemory", QX_LoadStringToMemory(label, &text),
+                  "config.json does not load");
     text_.reset(text);
   }
 
@@ -238,16 +332,16 @@ class Text {
   std::unique_ptr<char, Unload> text_;
 };
 
-// A text of the string table, as a string of the caller's. Throws as Text does.
+// A text of the string table. Throws as Text does.
 inline std::string LoadText(StringLabel label) { return std::string(Text(label).View()); }
 
-// QX_IsStaging: true if "config.json" loads; if not, the reason is on the standard error stream.
+// QX_IsStaging: true if config.json loads; if not, prints the reason to the standard error stream.
 inline bool SettingsLoad() noexcept { return QX_IsStaging() != 0; }
 
-// What the library is.
+// The library's own description.
 struct LibraryInformation {
   std::array<std::uint32_t, 4> numbers;
-  std::string buildName;   // empty where its lookup failed
+  std::string buildName;   // empty if its lookup failed
   std::string vendorName;  // likewise
 };
 
@@ -268,10 +362,10 @@ inline LibraryInformation ReadLibraryInformation() {
 
 // ---- The container ---------------------------------------------------------------------------
 
-// Where an intact container's payload begins, marker included.
+// The payload's offset in a container, before a marker is skipped.
 constexpr std::uint32_t kPayloadOffset = 40;
 
-// The size of the container for a payload, in bytes. Throws Error for a payload of 2 GiB or more.
+// The size in bytes of the container for a payload. Throws Error for a payload of 2 GiB or more.
 inline std::uint32_t ContainerSize(std::size_t payloadSize) {
   const std::uint32_t size =
       file_cipher_get_encode_size(detail::SizeAs<std::uint32_t>(payloadSize));
@@ -279,18 +373,19 @@ inline std::uint32_t ContainerSize(std::size_t payloadSize) {
   return size;
 }
 
-// Makes a container with the built-in key at the front of `output`, and gives the part of `output`
-// that it fills. `payload` may lie in `output`, 40 bytes from its start or further.
-// Throws Error for an empty payload, an `output` that is too small, no digest to be had.
+// Makes a container with the built-in key at the start of `output` and returns the part that it
+// fills. `payload` may be in `output`, 40 bytes from its start or further.
+// Throws Error if `payload` is empty, `output` is too small, or the system computes no digest.
 inline ByteSpan EncodeTo(ByteSpan output, ConstByteSpan payload) {
   const std::uint32_t size = ContainerSize(payload.size());
-  // The export cannot test this.
-  if (output.size() < size) {
-    throw Error("file_cipher_encode", QX_CIPHER_FAILED, "the output is too small");
-  }
-  detail::Check("file_cipher_encode",
-                file_cipher_encode(payload.data(), static_cast<std::uint32_t>(payload.size()),
-                                   output.data()));
+  constexpr const char* kExport = "file_cipher_encode";
+  if (payload.empty()) throw Error(kExport, QX_CIPHER_FAILED, "the payload is empty");
+  // The export cannot check this.
+  if (output.size() < size) throw Error(kExport, QX_CIPHER_FAILED, "the output is too small");
+  detail::Check(
+      kExport,
+      file_cipher_encode(payload.data(), static_cast<std::uint32_t>(payload.size()), output.data()),
+      "the system computes no SHA-256 digest");
   return output.Part(0, size);
 }
 
@@ -301,44 +396,43 @@ inline Bytes Encode(ConstByteSpan payload) {
   return container;
 }
 
-// An intact container's payload.
+// The payload of an intact container.
 struct Decoded {
-  ByteSpan payload;      // within the block that was deciphered, without a marker that was skipped
-  std::uint32_t offset;  // the payload's distance from the block's start
-  bool hadMarker;        // whether a marker was asked for, found and skipped
+  ByteSpan payload;      // in the deciphered block, without a skipped marker
+  std::uint32_t offset;  // the payload's distance from the start of the block
+  bool hadMarker;        // true if a marker was found and skipped
 };
 
 enum class Marker { kKeep, kSkip };
 
-// Deciphers a container in place with the key of the string table (QX_Decode) and gives its
-// payload, or nothing for a block that is no intact container. Its bytes from offset 4 on are then
-// changed if it looked like one. With Marker::kSkip the signature marker is taken off where there
-// is one. Throws Error where a lookup fails, and for a block of 0, or more than 1,048,575 bytes.
+// Deciphers a container in place with the key of the string table (QX_Decode). Returns its payload,
+// or nothing if the block is no intact container; the block may be changed from offset 4 on then
+// too. Marker::kSkip skips the signature marker if the payload begins with it.
+// Throws Error if a lookup fails or the block does not have 1 to 1,048,575 bytes.
 inline std::optional<Decoded> DecodeInPlace(ByteSpan block, Marker marker = Marker::kKeep) {
   std::uint32_t size = 0;
   std::uint32_t offset = 0;
-  // The export tests for null first, and an empty span may be null: this gives it the same result
-  // as any other empty block.
+  // An empty span may be null, which the export reports as another failure than a size of 0.
   std::uint8_t nothing = 0;
-  detail::Check("QX_Decode", QX_Decode(block.empty() ? &nothing : block.data(),
-                                       detail::SizeAs<std::int32_t>(block.size()), &size, &offset,
-                                       marker == Marker::kSkip ? 1 : 0));
+  detail::Check(
+      "QX_Decode",
+      QX_Decode(block.empty() ? &nothing : block.data(), detail::SizeAs<std::int32_t>(block.size()),
+                &size, &offset, marker == Marker::kSkip ? 1 : 0),
+      "config.json does not load");
   if (offset == 0) return std::nullopt;
   return Decoded{block.Part(offset, size), offset, offset != kPayloadOffset};
 }
 
-// Deciphers a container in place with a key of the caller's, 4 to 56 bytes (file_cipher_decode),
-// and gives its payload, or nothing for a block that is no intact container under that key. It is
-// made like the one above: a block may not be intact, and a payload that does not begin with
-// `prefix` is given whole. Nothing is looked up, and a block may have any size. Throws Error for a
-// key of another length.
+// Deciphers a container in place with the caller's key of 4 to 56 bytes (file_cipher_decode),
+// without lookups and for blocks of any size. Returns and changes the same as the function above;
+// `prefix` is skipped if the payload begins with it. Throws Error for a key of another length.
 inline std::optional<Decoded> DecodeInPlace(ByteSpan block, ConstByteSpan key,
                                             const char* prefix = nullptr) {
   if (key.size() < 4 || key.size() > 56) {
     throw Error("file_cipher_decode", QX_CIPHER_FAILED, "a key has 4 to 56 bytes");
   }
   std::uint32_t size = 0;
-  std::uint32_t offset = 0;  // stays so unless the block is intact
+  std::uint32_t offset = 0;  // not written unless the block is intact
   file_cipher_decode(block.data(), detail::SizeAs<std::uint32_t>(block.size()), key.data(),
                      static_cast<std::int32_t>(key.size()), &size, &offset, prefix);
   if (offset == 0) return std::nullopt;
@@ -347,7 +441,7 @@ inline std::optional<Decoded> DecodeInPlace(ByteSpan block, ConstByteSpan key,
 
 namespace detail {
 
-// The payload in the vector that held the container.
+// Turns the container's vector into the payload's.
 inline Bytes PayloadOf(const char* exportName, std::int32_t result, Bytes container,
                        const std::optional<Decoded>& decoded) {
   if (!decoded) throw Error(exportName, result, "no intact container");
@@ -361,45 +455,68 @@ inline Bytes PayloadOf(const char* exportName, std::int32_t result, Bytes contai
 }  // namespace detail
 
 // The payload of a container, deciphered with the key of the string table. Throws as DecodeInPlace
-// does, and Error for a block that is no intact container.
+// does, and Error if the block is no intact container.
 inline Bytes Decode(Bytes container, Marker marker = Marker::kKeep) {
   const std::optional<Decoded> decoded = DecodeInPlace(container, marker);
   return detail::PayloadOf("QX_Decode", QX_SUCCEEDED, std::move(container), decoded);
 }
 
-// The payload of a container, deciphered with a key of the caller's. Throws as DecodeInPlace does,
-// and Error for a block that is no intact container under that key.
+// The same with the caller's key.
 inline Bytes Decode(Bytes container, ConstByteSpan key, const char* prefix = nullptr) {
   const std::optional<Decoded> decoded = DecodeInPlace(container, key, prefix);
   return detail::PayloadOf("file_cipher_decode", QX_CIPHER_FAILED, std::move(container), decoded);
 }
 
-// The data behind the signature marker, ready for Encode. Throws std::length_error alone.
+// The signature marker and then the data: a payload for Encode. Throws only std::length_error.
 inline Bytes Sign(ConstByteSpan data) {
   Bytes payload(QX_GetSignatureSize() + data.size());
-  const std::uint8_t nothing = 0;  // the export refuses null, which empty data may be
+  const std::uint8_t nothing = 0;  // an empty span may be null, which the export refuses
   if (QX_SignSignature(payload.data(), detail::SizeAs<std::uint32_t>(payload.size()),
                        data.empty() ? &nothing : data.data(),
                        static_cast<std::uint32_t>(data.size())) == 0) {
-    throw Error("QX_SignSignature", 0, "refused");
+    throw Error("QX_SignSignature", 0, "it refused the data");
   }
   return payload;
 }
 
 // ---- Starting the client ---------------------------------------------------------------------
 
-// QX_CreateProcess: starts the client, leaves the data for it, and waits until it has ended.
-// Throws Error where it could not be started.
-inline void RunClient(const std::string& clientPath, ConstByteSpan data = {}) {
-  detail::Check("QX_CreateProcess", QX_CreateProcess(clientPath.c_str(), data.data(),
-                                                     detail::SizeAs<std::uint32_t>(data.size())));
+// In bytes: QX_Decode, and so ReadClientData, accepts the container of so many.
+constexpr std::size_t kLargestClientData = 1048510;
+
+enum class DataForm {
+  kContainer,  // for ReadClientData: the container's size in 4 bytes, then the container
+  kRaw         // the bytes as they are: the client must know their size
+};
+
+// QX_CreateProcess: starts the client, keeps the data for it, and waits until it has ended.
+// DataForm::kContainer signs and enciphers the data; without data there is no container either.
+// Throws Error if the client does not start, std::length_error for more than kLargestClientData.
+inline void RunClient(const std::string& clientPath, ConstByteSpan data = {},
+                      DataForm form = DataForm::kContainer) {
+  Bytes block;
+  if (form == DataForm::kContainer && !data.empty()) {
+    if (data.size() > kLargestClientData) {
+      throw std::length_error("launcher_dll: more data than ReadClientData accepts");
+    }
+    const Bytes container = Encode(Sign(data));
+    const auto size = static_cast<std::uint32_t>(container.size());
+    block.resize(sizeof size);
+    std::memcpy(block.data(), &size, sizeof size);
+    block.insert(block.end(), container.begin(), container.end());
+    data = block;
+  }
+  const auto size = detail::SizeAs<std::uint32_t>(data.size());
+  detail::CheckSystem(
+      "QX_CreateProcess", [&] { return QX_CreateProcess(clientPath.c_str(), data.data(), size); },
+      "the client's path is too long");
 }
 
-// QX_RightDWORD: takes the number in the last 8 characters off the text.
+// QX_RightDWORD: removes the last 8 characters from the text and returns their number.
 // Throws Error for a shorter text.
 inline std::uint32_t TakeRightNumber(std::string& text) {
   std::uint32_t number = 0;
-  detail::Check("QX_RightDWORD", QX_RightDWORD(&number, text.data()));
+  detail::Check("QX_RightDWORD", QX_RightDWORD(&number, text.data()), "the text is too short");
   text.resize(std::strlen(text.c_str()));
   return number;
 }
@@ -410,25 +527,27 @@ inline Bytes RightBytes(const std::string& text, std::size_t count) {
   std::uint8_t nothing = 0;
   const auto size = detail::SizeAs<std::uint32_t>(count);
   detail::Check("QX_RightBinary",
-                QX_RightBinary(bytes.empty() ? &nothing : bytes.data(), size, text.c_str(), size));
+                QX_RightBinary(bytes.empty() ? &nothing : bytes.data(), size, text.c_str(), size),
+                "the text is too short");
   return bytes;
 }
 
 // QX_RightAddress: the address in the last 8 characters. Throws Error for a shorter text.
 inline std::uint32_t RightAddress(const std::string& text) {
   std::uint32_t address = 0;
-  detail::Check("QX_RightAddress", QX_RightAddress(&address, text.c_str()));
+  detail::Check("QX_RightAddress", QX_RightAddress(&address, text.c_str()),
+                "the text is too short");
   return address;
 }
 
-// What the client's command line tells.
+// The parts of the client's command line.
 struct LaunchLine {
-  std::string program;        // what stands ahead of the numbers, as it stands there
+  std::string program;        // everything before the numbers, unchanged
   std::uint32_t processId;    // of the process that called RunClient
-  std::uint32_t dataAddress;  // of the data in that process; 0 for none
+  std::uint32_t dataAddress;  // of the data in that process; 0 if there are none
 };
 
-// Reads a command line that RunClient made. Throws Error for one that is too short.
+// Reads a command line that RunClient made. Throws Error if it is too short.
 inline LaunchLine ReadLaunchLine(std::string line) {
   const std::uint32_t address = RightAddress(line);
   TakeRightNumber(line);
@@ -436,16 +555,66 @@ inline LaunchLine ReadLaunchLine(std::string line) {
   return {std::move(line), processId, address};
 }
 
+namespace detail {
+
+// Copies `size` bytes at `address` of the process that called RunClient, or throws Error.
+inline void ReadLauncher(std::uint32_t processId, std::uint32_t address, void* buffer,
+                         std::size_t size) {
+  void* const remote = reinterpret_cast<void*>(std::uintptr_t{address});
+#if defined(_WIN32)
+  struct Close {
+    void operator()(void* handle) const noexcept { CloseHandle(handle); }
+  };
+  constexpr unsigned long kReadMemory = 0x0010;  // PROCESS_VM_READ
+  const std::unique_ptr<void, Close> launcher(OpenProcess(kReadMemory, 0, processId));
+  const bool isRead = launcher && ReadProcessMemory(launcher.get(), remote, buffer,
+                                                    static_cast<unsigned long>(size), nullptr) != 0;
+#else
+  const iovec to = {buffer, size};
+  const iovec from = {remote, size};
+  const bool isRead = process_vm_readv(static_cast<int>(processId), &to, 1, &from, 1, 0) ==
+                      static_cast<std::ptrdiff_t>(size);
+#endif
+  if (!isRead) {
+    throw Error("ReadClientData", QX_FAILED, "the launcher's memory cannot be read", SystemCode());
+  }
+}
+
+}  // namespace detail
+
+// In the client: the data that the launcher gave to RunClient, empty if it gave none. `line` is the
+// command line or its last argument, main's arguments[1]; null counts as an empty line.
+// Looks up the texts that QX_Decode needs. Throws Error if the line is too short, the launcher's
+// memory cannot be read, or it does not contain what RunClient makes.
+inline Bytes ReadClientData(const char* line) {
+  const LaunchLine launch = ReadLaunchLine(line == nullptr ? "" : line);
+  if (launch.dataAddress == 0) return {};
+  std::uint32_t size = 0;
+  detail::ReadLauncher(launch.processId, launch.dataAddress, &size, sizeof size);
+  if (size > ContainerSize(QX_GetSignatureSize() + kLargestClientData)) {
+    throw Error("ReadClientData", QX_SIZE_REFUSED);
+  }
+  Bytes container(size);
+  detail::ReadLauncher(launch.processId, launch.dataAddress + std::uint32_t{sizeof size},
+                       container.data(), size);
+  const std::optional<Decoded> decoded = DecodeInPlace(container, Marker::kSkip);
+  if (decoded && !decoded->hadMarker) {
+    throw Error("ReadClientData", QX_FAILED, "the data are not signed");
+  }
+  return detail::PayloadOf("QX_Decode", QX_SUCCEEDED, std::move(container), decoded);
+}
+
 #if defined(_WIN32)
 // QX_CommandLineToArgvA: this process's arguments in the ANSI code page, the program first.
-// Throws Error where the system could not split or convert them, or memory ran out.
+// Throws Error if the system cannot split or convert them, or memory runs out.
 inline std::vector<std::string> Arguments() {
   struct Free {
     void operator()(char* block) const noexcept { LocalFree(block); }
   };
   char* block = nullptr;
   std::int32_t count = 0;
-  detail::Check("QX_CommandLineToArgvA", QX_CommandLineToArgvA(&block, 0xFFFFFFFF, &count));
+  detail::CheckSystem("QX_CommandLineToArgvA",
+                      [&] { return QX_CommandLineToArgvA(&block, 0xFFFFFFFF, &count); });
   const std::unique_ptr<char, Free> owner(block);
   std::vector<std::string> arguments;
   for (const char* argument = block; count > 0; --count) {
@@ -461,7 +630,7 @@ namespace steam {
 
 // ---- Session and identity
 
-// QX_SteamAPI_Init, and QX_SteamAPI_Shutdown at the end if that succeeded.
+// Owns the session with Steam: QX_SteamAPI_Init and, if that succeeds, QX_SteamAPI_Shutdown.
 class Session {
  public:
   Session() noexcept : isUp_(QX_SteamAPI_Init() != 0) {}
@@ -471,44 +640,44 @@ class Session {
     if (isUp_) QX_SteamAPI_Shutdown();
   }
 
-  // Whether Steam came up and knows the game.
+  // True if Steam started and knows the game.
   bool IsUp() const noexcept { return isUp_; }
 
  private:
   bool isUp_;
 };
 
-// Whether the Steam client runs.
+// True if the Steam client runs.
 inline bool IsRunning() noexcept { return QX_SteamAPI_IsSteamRunning() != 0; }
 
-// Whether Steam starts the game anew, so that the caller should end: the export's 0.
+// True if Steam restarts the game (the export returns 0): the caller should end.
 inline bool RestartsApp(std::uint32_t appId) noexcept {
   return QX_SteamAPI_RestartAppIfNecessary(appId) == QX_SUCCEEDED;
 }
 
-// Whether the user is logged on; false too without Steam.
+// True if the user is logged on; false without Steam.
 inline bool IsLoggedOn() noexcept { return QX_SteamAPI_IsLoggedOn() != 0; }
 
-// The account's identifier; none without Steam.
+// The account's identifier; nothing without Steam.
 inline std::optional<std::uint64_t> UserId() noexcept {
   const std::uint64_t id = QX_SteamAPI_GetSteamIDConvertToUint64();
   return id == 0 ? std::nullopt : std::optional<std::uint64_t>(id);
 }
 
-// The user's name. Throws Error without Steam, which the export answers with success and no name.
+// The user's name. Throws Error without Steam, for which the export returns success and no name.
 inline std::string PersonaName() {
-  detail::TextAnswer answer = detail::AskForText(
+  detail::TextResult read = detail::ReadText(
       QX_SteamAPI_GetPersonaName,
       [](std::int32_t result, const std::string&) { return result == QX_BAD_ARGUMENT; });
-  detail::Check("QX_SteamAPI_GetPersonaName", answer.result);
-  if (!answer.isWritten) throw Error("QX_SteamAPI_GetPersonaName", answer.result, "no Steam");
-  return std::move(answer.text);
+  detail::Check("QX_SteamAPI_GetPersonaName", read.result);
+  if (!read.isWritten) throw Error("QX_SteamAPI_GetPersonaName", read.result, "no Steam");
+  return std::move(read.text);
 }
 
-// A new ticket by which a server can tell the user, in upper-case hexadecimal digits.
-// Throws Error without Steam, and where Steam gives none.
+// A new ticket with which a server can identify the user, in upper-case hexadecimal digits.
+// Throws Error if Steam is missing or gives no ticket.
 inline std::string AuthTicket() {
-  // One call with room for the longest: each takes a ticket.
+  // One call with room for the longest ticket, since each call requests a new one.
   std::string ticket(2049, '\0');
   const std::int32_t length =
       QX_SteamAPI_GetSteamAuthTicket(ticket.data(), static_cast<std::uint32_t>(ticket.size()));
@@ -517,43 +686,44 @@ inline std::string AuthTicket() {
   return ticket;
 }
 
-// The list of the languages that the game has. Throws Error before a Session is up.
+// The list of the game's languages. Throws Error before a Session is up.
 inline std::string AvailableLanguages() {
-  detail::TextAnswer answer =
-      detail::AskForText(QX_SteamAPI_GetAvailableGameLanguages, detail::IsEmptySuccess);
-  detail::Check("QX_SteamAPI_GetAvailableGameLanguages", answer.result);
-  return std::move(answer.text);
+  detail::TextResult read =
+      detail::ReadText(QX_SteamAPI_GetAvailableGameLanguages, detail::IsEmptySuccess);
+  detail::Check("QX_SteamAPI_GetAvailableGameLanguages", read.result);
+  return std::move(read.text);
 }
 
-// The language that the game runs in; empty where Steam tells none, which the export calls not
-// found. Throws Error before a Session is up.
+// The game's current language; empty if Steam knows none, for which the export returns
+// QX_NOT_FOUND. Throws Error before a Session is up.
 inline std::string CurrentLanguage() {
-  detail::TextAnswer answer = detail::AskForText(
+  detail::TextResult read = detail::ReadText(
       QX_SteamAPI_GetCurrentGameLanguage,
       [](std::int32_t result, const std::string&) { return result == QX_OUT_OF_MEMORY; });
-  if (answer.result == QX_NOT_FOUND) return {};
-  detail::Check("QX_SteamAPI_GetCurrentGameLanguage", answer.result);
-  return std::move(answer.text);
+  if (read.result == QX_NOT_FOUND) return {};
+  detail::Check("QX_SteamAPI_GetCurrentGameLanguage", read.result);
+  return std::move(read.text);
 }
 
 // ---- The user's files on this machine
 
-// The path of the user's folder. Throws Error without Steam, and where it refuses.
+// The path of the user's folder. Throws Error if Steam is missing or refuses.
 inline std::string UserFolder() {
-  detail::TextAnswer answer = detail::AskForText(
+  detail::TextResult read = detail::ReadText(
       [](char* destination, std::uint32_t capacity) {
         return QX_SteamAPI_GetUserDataFolder(destination, static_cast<std::int32_t>(capacity));
       },
       [](std::int32_t result, const std::string&) { return result == 0; });
-  // Here 1 is success, and 0 none.
-  if (answer.result != 1 || !answer.isWritten) {
-    throw Error("QX_SteamAPI_GetUserDataFolder", answer.result);
+  // This export returns 1 for success and 0 if Steam refuses.
+  if (read.result != 1 || !read.isWritten) {
+    throw Error("QX_SteamAPI_GetUserDataFolder", read.result,
+                read.result < 0 ? "" : "Steam gives no folder");
   }
-  return std::move(answer.text);
+  return std::move(read.text);
 }
 
-// The path of a file in the user's folder, whether there is one or not. Throws Error without Steam,
-// where it gives no folder, and for a path of more than 259 characters.
+// The path of a file in the user's folder; the file need not exist. Throws Error if Steam is
+// missing or gives no folder, or the path has more than 259 characters.
 inline std::string UserFilePath(const std::string& fileName) {
   char path[260];
   detail::Check("QX_SteamAPI_CatUserFilePath",
@@ -561,13 +731,13 @@ inline std::string UserFilePath(const std::string& fileName) {
   return path;
 }
 
-// Whether there is a file, or a folder, of that name in the user's folder; false too without Steam.
+// True if the user's folder has a file or folder of that name; false without Steam.
 inline bool UserFileExists(const std::string& fileName) noexcept {
   return QX_SteamAPI_IsFileExist(fileName.c_str()) != 0;
 }
 
-// A whole file of the user's folder, of `largestSize` bytes at most. Throws Error for every result
-// of QX_SteamAPI_ReadFile but 0; an empty file is one that could not be read.
+// The content of a file in the user's folder, at most `largestSize` bytes. Throws Error for every
+// result of QX_SteamAPI_ReadFile except 0; an empty file counts as unreadable.
 inline Bytes ReadUserFile(const std::string& fileName, std::size_t largestSize = 0x4000000) {
   const auto read = [&fileName](Bytes& buffer) {
     return QX_SteamAPI_ReadFile(fileName.c_str(), buffer.data(),
@@ -580,8 +750,9 @@ inline Bytes ReadUserFile(const std::string& fileName, std::size_t largestSize =
     if (result == QX_BAD_ARGUMENT && capacity < largestSize) continue;
     detail::Check(kExport, result);
 
-    // The result does not tell the size: read again over other bytes, and the file ends where the
-    // two buffers begin to differ. The file may have changed meanwhile, which differs earlier.
+    // The export does not return the size. A second read into a buffer filled with other bytes
+    // finds it: the file ends at the first byte that differs. If the file changed between the
+    // reads, a byte differs earlier.
     Bytes second(first.size(), 0xFF);
     detail::Check(kExport, read(second));
     std::size_t size = 0;
@@ -596,8 +767,8 @@ inline Bytes ReadUserFile(const std::string& fileName, std::size_t largestSize =
   }
 }
 
-// Writes a file of the user's folder anew. Throws Error for every result of QX_SteamAPI_WriteFile
-// but 0; empty data are a bad argument.
+// Creates or replaces a file in the user's folder. Throws Error for every result of
+// QX_SteamAPI_WriteFile except 0, also for empty data.
 inline void WriteUserFile(const std::string& fileName, ConstByteSpan data) {
   detail::Check("QX_SteamAPI_WriteFile",
                 QX_SteamAPI_WriteFile(fileName.c_str(), data.data(),
@@ -606,29 +777,29 @@ inline void WriteUserFile(const std::string& fileName, ConstByteSpan data) {
 
 // ---- The user's files in the cloud
 
-// The exports differ in how they tell a refusal and a missing Steam: here what changes or reads
-// something throws Error for both, and what is asked answers false.
+// If Steam is missing or refuses, functions that read or change something throw Error and questions
+// return false, although the exports return different values.
 
-// Writes a file; empty data are a bad argument.
+// Writes a file. Throws Error for empty data too.
 inline void WriteCloudFile(const std::string& name, ConstByteSpan data) {
   detail::Check("QX_SteamAPI_RemoteStorageFileWrite",
                 QX_SteamAPI_RemoteStorageFileWrite(name.c_str(), data.data(),
                                                    detail::SizeAs<std::int32_t>(data.size())));
 }
 
-// Whether there is such a file; false too without Steam.
+// True if the file exists; false without Steam.
 inline bool CloudFileExists(const std::string& name) noexcept {
   return QX_SteamAPI_RemoteStorageFileExist(name.c_str()) != 0;
 }
 
-// A file's size in bytes; 0 where Steam knows no such file, and without Steam.
+// A file's size in bytes; 0 if Steam is missing or knows no such file.
 inline std::size_t CloudFileSize(const std::string& name) noexcept {
   const std::int32_t size = QX_SteamAPI_RemoteStorageGetFileSize(name.c_str());
   return size < 0 ? 0 : static_cast<std::size_t>(size);
 }
 
-// A whole file: as many bytes as Steam read of the size that it tells. Throws Error without Steam,
-// and for a file that is not there.
+// The content of a file, as far as Steam read it. Throws Error if Steam is missing or knows no such
+// file.
 inline Bytes ReadCloudFile(const std::string& name) {
   Bytes content(CloudFileSize(name));
   std::uint8_t nothing = 0;
@@ -645,13 +816,13 @@ inline Bytes ReadCloudFile(const std::string& name) {
   return content;
 }
 
-// Deletes a file, here and in the cloud.
+// Deletes a file on this machine and in the cloud.
 inline void DeleteCloudFile(const std::string& name) {
   detail::Check("QX_SteamAPI_RemoteStorageFileDelete",
                 QX_SteamAPI_RemoteStorageFileDelete(name.c_str()));
 }
 
-// Takes a file out of the cloud and keeps it on this machine.
+// Removes a file from the cloud and keeps it on this machine.
 inline void ForgetCloudFile(const std::string& name) {
   const std::int32_t result = QX_SteamAPI_RemoteStorageFileForget(name.c_str());
   if (result != 1) throw Error("QX_SteamAPI_RemoteStorageFileForget", result);
@@ -664,15 +835,15 @@ inline std::int32_t CloudFileCount() {
   return count;
 }
 
-// The name of the file with that index, from 0 on; empty where Steam knows none.
+// The name of the file with that index, counted from 0; empty if Steam knows none.
 inline std::string CloudFileName(std::int32_t index) {
-  detail::TextAnswer answer = detail::AskForText(
+  detail::TextResult read = detail::ReadText(
       [index](char* destination, std::uint32_t capacity) {
         return QX_SteamAPI_RemoteStorageGetFileName(index, destination, capacity);
       },
       detail::IsEmptySuccess);
-  detail::Check("QX_SteamAPI_RemoteStorageGetFileName", answer.result);
-  return std::move(answer.text);
+  detail::Check("QX_SteamAPI_RemoteStorageGetFileName", read.result);
+  return std::move(read.text);
 }
 
 // The names of all files.
@@ -684,17 +855,17 @@ inline std::vector<std::string> CloudFileNames() {
   return names;
 }
 
-// Whether the user has the cloud switched on; false too without Steam.
+// True if the user has enabled the cloud; false without Steam.
 inline bool IsCloudEnabledForAccount() noexcept {
   return QX_SteamAPI_RemoteStorageIsCloudEnabledForAccount() != 0;
 }
 
-// Whether the cloud is switched on for the game; false too without Steam.
+// True if the cloud is enabled for the game; false without Steam.
 inline bool IsCloudEnabledForApp() noexcept {
   return QX_SteamAPI_RemoteStorageIsCloudEnabledForApp() != 0;
 }
 
-// Switches the cloud on or off for the game.
+// Enables or disables the cloud for the game.
 inline void SetCloudEnabledForApp(bool isEnabled) {
   const std::int32_t result = QX_SteamAPI_RemoteStorageSetCloudEnabledForApp(isEnabled ? 1 : 0);
   if (result != 0) {
@@ -714,8 +885,8 @@ enum class HttpMethod : std::int32_t {
   kPatch = 7
 };
 
-// Sends a request and prints the response's body to the standard output. An HTTP error status is a
-// response like any other. Throws Error without Steam, and where Steam could not do it.
+// Sends a request and prints the response's body to the standard output, also for an HTTP error
+// status. Throws Error if Steam is missing or the request fails.
 inline void RequestHttp(const std::string& url, HttpMethod method = HttpMethod::kGet,
                         const std::string& contentType = {}, ConstByteSpan body = {}) {
   detail::Check("QX_SteamAPI_HTTPRequest",
@@ -728,24 +899,24 @@ inline void RequestHttp(const std::string& url, HttpMethod method = HttpMethod::
 
 // ---- The host --------------------------------------------------------------------------------
 
-// QX_EnumDisplayMode: an adapter's display modes as JSON text; empty without Direct3D 9, and for an
-// adapter without modes. Throws Error for a text of more than 16 MiB.
+// QX_EnumDisplayMode: an adapter's display modes as JSON text; empty if Direct3D 9 is missing or
+// the adapter has no modes. Throws Error for a text of more than 16 MiB.
 inline std::string DisplayModes(std::uint32_t adapter = 0) {
-  detail::TextAnswer answer = detail::AskForText(
+  detail::TextResult read = detail::ReadText(
       [adapter](char* buffer, std::uint32_t capacity) {
         return static_cast<std::int32_t>(QX_EnumDisplayMode(adapter, 0, buffer, capacity));
       },
-      // Where nothing is written there is nothing to tell; else the beginning of a text was.
+      // If the text does not fit, the export returns 0 and leaves the beginning of it.
       [](std::int32_t length, const std::string& text) { return length == 0 && !text.empty(); },
       0x1000, 0x1000000);
-  if (answer.result == 0 && answer.isWritten) {
-    throw Error("QX_EnumDisplayMode", answer.result, "the text does not fit");
+  if (read.result == 0 && read.isWritten) {
+    throw Error("QX_EnumDisplayMode", read.result, "the text does not fit");
   }
-  return std::move(answer.text);
+  return std::move(read.text);
 }
 
-// QX_CheckDisplayMode: whether the adapter has exactly this mode; false too without Direct3D 9, and
-// for sizes above 32,767, of which the export would read the low 16 bits.
+// QX_CheckDisplayMode: true if the adapter has exactly this mode; false without Direct3D 9, and for
+// sizes above 32,767, of which the export would read only the low 16 bits.
 inline bool HasDisplayMode(std::uint32_t width, std::uint32_t height, std::uint32_t refreshRate,
                            std::uint32_t adapter = 0) noexcept {
   return width <= 0x7FFF && height <= 0x7FFF &&
@@ -753,27 +924,30 @@ inline bool HasDisplayMode(std::uint32_t width, std::uint32_t height, std::uint3
                              static_cast<std::int32_t>(height), refreshRate) == QX_SUCCEEDED;
 }
 
-// QX_CheckCert: whether a server is one of the game's own, by the name in its certificate and the
-// name under which it was reached.
+// QX_CheckCert: true if a server is one of the game's own, by the name in its certificate and its
+// host name.
 inline bool IsOwnServer(const std::string& certificateName, const std::string& hostName) noexcept {
   return QX_CheckCert(certificateName.c_str(), hostName.c_str()) != 0;
 }
 
-// Removes a file; of a link, the link. Throws Error where the system refuses.
+// Removes a file; removes a link, not its target. Throws Error if the system refuses.
 inline void RemoveFile(const std::string& path) {
-  detail::Check("QX_RemoveFile", QX_RemoveFile(path.c_str()));
+  detail::CheckSystem("QX_RemoveFile", [&] { return QX_RemoveFile(path.c_str()); });
 }
 
-// QX_RemoveDirectory: removes a folder with all that is in it. Throws Error if it is still there
-// afterwards, or was not there.
+// QX_RemoveDirectory: removes a folder and its content. Throws Error if the folder did not exist or
+// still exists.
 inline void RemoveFolder(const std::string& path) {
-  detail::Check("QX_RemoveDirectory", QX_RemoveDirectory(path.c_str(), 0));
+  detail::CheckSystem(
+      "QX_RemoveDirectory", [&] { return QX_RemoveDirectory(path.c_str(), 0); },
+      "the path names no folder");
 }
 
-// QX_RemoveDirectory: removes what is in a folder and keeps the folder. What cannot be removed
-// stays, and nothing tells of it.
+// QX_RemoveDirectory: removes the content of a folder and keeps the folder. What cannot be removed
+// stays, without an error.
 inline void EmptyFolder(const std::string& path) noexcept { QX_RemoveDirectory(path.c_str(), 1); }
 
 }  // namespace launcher_dll
 
+#endif  // C++17
 #endif  // LAUNCHER_DLL_HPP_

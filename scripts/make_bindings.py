@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Makes from src/frame/exports.json what the bindings need to know of each export.
+"""Makes the bindings' declarations of all exports from src/frame/exports.json.
 
 Usage: scripts/make_bindings.py            write the files below
        scripts/make_bindings.py --check    write nothing; say which of them is stale
@@ -10,7 +10,7 @@ Usage: scripts/make_bindings.py            write the files below
     bindings/python/launcher_dll/_exports.py
     bindings/csharp/NativeMethods.cs
 
-Exit status: 0 if all is well, 1 if a file is stale, 2 for a wrong call.
+Exit status: 0 for success, 1 if a file is stale, 2 for a wrong call.
 """
 
 import json
@@ -29,7 +29,7 @@ PYTHON_TYPES = {
     "int32_t": "c_int32", "ResultCode": "c_int32", "CipherCode": "c_int32",
     "StringLabel": "c_int32",
     "uint8_t": "c_uint8", "uint32_t": "c_uint32", "uint64_t": "c_uint64",
-    # Bytes of any kind: what is passed may be bytes, an array, or an address.
+    # An argument may be bytes, an array, or an address.
     "void*": "c_void_p", "const void*": "c_void_p",
     "uint8_t*": "c_void_p", "const uint8_t*": "c_void_p",
     "char*": "c_char_p", "const char*": "c_char_p",
@@ -49,9 +49,9 @@ CSHARP_TYPES = {
     "uint32_t*": "out uint", "int32_t*": "out int",
     "SystemInformation*": "out SystemInformation",
 }
-# Where the type alone does not tell how an argument is used.
+# If the type alone does not say how an argument is used.
 CSHARP_EXCEPTIONS = {
-    ("QX_Deallocate", "block"): "IntPtr",              # an address of the library's
+    ("QX_Deallocate", "block"): "IntPtr",              # an address that the library gave
     ("QX_UnloadStringFromMemory", "text"): "ref IntPtr",  # read as well
 }
 
@@ -72,23 +72,24 @@ def read_table():
 
 def python_text(exports, version):
     lines = [
-        f"# Made by scripts/make_bindings.py from {TABLE}: what ctypes must know of each export.",
+        f"# Made by scripts/make_bindings.py from {TABLE}: the types of each export for ctypes.",
         "",
         "from ctypes import (POINTER, Structure, c_char, c_char_p, c_int32, c_uint8, c_uint32,",
         "                    c_uint64, c_void_p)",
+        "from typing import Any, Dict, List, Tuple",
         "",
         f'VERSION = "{version}"',
         "",
         "",
         "class SystemInformation(Structure):",
-        '    """What QX_GetSystemInformation fills: 176 bytes."""',
+        '    """The record that QX_GetSystemInformation fills: 176 bytes."""',
         "",
         '    _fields_ = [("numbers", c_uint32 * 4), ("buildName", c_char * 32),',
         '                ("vendorName", c_char * 128)]',
         "",
         "",
         "# By name: the name in the DLL, the result's type, the arguments' types.",
-        "EXPORTS = {",
+        "EXPORTS: Dict[str, Tuple[str, Any, List[Any]]] = {",
     ]
     for export in exports:
         types = ", ".join(PYTHON_TYPES[kind] for kind in export.types())
@@ -111,7 +112,7 @@ def csharp_text(exports):
         "",
         "namespace Launcher",
         "{",
-        "    /// <summary>What the library is: 176 bytes.</summary>",
+        "    /// <summary>The library's description of itself: 176 bytes.</summary>",
         "    [StructLayout(LayoutKind.Sequential, Pack = 4)]",
         "    public struct SystemInformation",
         "    {",
@@ -123,8 +124,8 @@ def csharp_text(exports):
         "        public byte[] VendorName;",
         "    }",
         "",
-        "    /// <summary>The exports, as launcher_dll.h tells of them. Texts go in as strings, and",
-        "    /// come out as bytes with a terminator. Null is allowed where it is there, but for out",
+        "    /// <summary>The exports; launcher_dll.h describes them. Text arguments are strings, text",
+        "    /// results are bytes with a terminator. Null is allowed if it is in C, except for out",
         "    /// arguments.</summary>",
         "    public static class NativeMethods",
         "    {",

@@ -4,11 +4,11 @@ using System.Text;
 
 namespace Launcher
 {
-    /// <summary>An export could not do its work.</summary>
+    /// <summary>An export failed.</summary>
     public sealed class LauncherException : Exception
     {
         public LauncherException(string export, int result, string reason = null)
-            : base(export + " answered " + result + (reason == null ? "" : ": " + reason))
+            : base(export + " failed: " + (reason ?? "it returned " + result))
         {
             Export = export;
             Result = result;
@@ -17,23 +17,23 @@ namespace Launcher
         /// <summary>The export's name.</summary>
         public string Export { get; private set; }
 
-        /// <summary>What it answered.</summary>
+        /// <summary>What the export returned.</summary>
         public int Result { get; private set; }
     }
 
-    /// <summary>What becomes of a signature marker ahead of a payload.</summary>
+    /// <summary>What to do with a signature marker at the start of a payload.</summary>
     public enum Marker
     {
         Keep,
 
-        /// <summary>Taken off where there is one.</summary>
+        /// <summary>Remove it if it is there.</summary>
         Strip,
 
-        /// <summary>Taken off; a payload without one is refused.</summary>
+        /// <summary>Remove it; refuse a payload without it.</summary>
         Require
     }
 
-    /// <summary>Texts and containers; all else is in NativeMethods. What fails throws
+    /// <summary>Texts and containers; NativeMethods has the other exports. A failure throws
     /// LauncherException.</summary>
     public static class LauncherDll
     {
@@ -41,7 +41,7 @@ namespace Launcher
         private const int CipherFailed = 7;
 
         /// <summary>A text of the string table. Prints a line to the C runtime's standard output,
-        /// and reads or makes config.json in the current directory.</summary>
+        /// and reads or creates config.json in the current directory.</summary>
         public static string LoadText(int label)
         {
             IntPtr text;
@@ -60,7 +60,7 @@ namespace Launcher
             }
         }
 
-        /// <summary>What the library is. Does what two calls of LoadText do.</summary>
+        /// <summary>The library's description of itself. Looks up two texts, as LoadText does.</summary>
         public static SystemInformation ReadSystemInformation()
         {
             SystemInformation record;
@@ -86,15 +86,15 @@ namespace Launcher
             return output;
         }
 
-        /// <summary>The payload of a container of any size, deciphered with a key of 4 to 56 bytes,
-        /// or where it is null with that of the string table, which takes a LoadText. The container
-        /// is not changed.</summary>
+        /// <summary>The payload of a container of any size, deciphered with a key of 4 to 56 bytes;
+        /// null means the key of the string table, which LoadText looks up. The container is
+        /// not changed.</summary>
         public static byte[] Decode(byte[] container, byte[] key = null, Marker marker = Marker.Keep)
         {
             if (key == null) key = Encoding.ASCII.GetBytes(LoadText(KeyLabel));
             string prefix = marker == Marker.Keep ? null : Encoding.ASCII.GetString(Sign(new byte[0]));
             byte[] block = (byte[])container.Clone();
-            // The outputs are written if the container is intact, also where the prefix is missing.
+            // The outputs are written if the container is intact, even if the prefix is missing.
             uint size = 0;
             uint offset = 0;
             int result = NativeMethods.file_cipher_decode(
@@ -114,11 +114,11 @@ namespace Launcher
             return payload;
         }
 
-        /// <summary>The data behind the signature marker: a payload for Encode.</summary>
+        /// <summary>The signature marker and then the data: a payload for Encode.</summary>
         public static byte[] Sign(byte[] data)
         {
             byte[] payload = new byte[NativeMethods.QX_GetSignatureSize() + data.Length];
-            // An empty array may be passed as null, which the export refuses.
+            // The runtime may pass an empty array as null, which the export refuses.
             byte[] source = data.Length == 0 ? new byte[1] : data;
             if (NativeMethods.QX_SignSignature(
                 payload, (uint)payload.Length, source, (uint)data.Length) != 1)

@@ -5,7 +5,7 @@ using System.Runtime.InteropServices;
 
 namespace Launcher
 {
-    /// <summary>What the library is: 176 bytes.</summary>
+    /// <summary>The library's description of itself: 176 bytes.</summary>
     [StructLayout(LayoutKind.Sequential, Pack = 4)]
     public struct SystemInformation
     {
@@ -17,8 +17,8 @@ namespace Launcher
         public byte[] VendorName;
     }
 
-    /// <summary>The exports, as launcher_dll.h tells of them. Texts go in as strings, and
-    /// come out as bytes with a terminator. Null is allowed where it is there, but for out
+    /// <summary>The exports; launcher_dll.h describes them. Text arguments are strings, text
+    /// results are bytes with a terminator. Null is allowed if it is in C, except for out
     /// arguments.</summary>
     public static class NativeMethods
     {

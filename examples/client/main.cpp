@@ -1,8 +1,8 @@
-// An example client: takes its parent's process id and an address off its command line, reads the
-// block there out of the parent's memory, deciphers it, and writes down what it found.
+// An example client: reads its parent's process id and an address from its command line, copies the
+// block at that address from the parent's memory, deciphers it, and writes the data to a file.
 //
-// It is started by example_launcher and has a console of its own, so it tells what it does in a
-// file. Exit status: 0 or 1.
+// example_launcher starts it. It has its own console, so it writes its log to a file.
+// Exit status: 0 or 1.
 
 #include <windows.h>
 
@@ -56,7 +56,7 @@ std::string Hex(std::uint32_t number) {
 }  // namespace
 
 int main() {
-  // The readers take from the right-hand end: the address, and then, once that is cut off, the
+  // The readers read from the end of the line: first the address and, after that is cut off, the
   // process id.
   std::string line = GetCommandLineA();
   std::uint32_t address = 0;
@@ -66,7 +66,7 @@ int main() {
       QX_RightDWORD(&processId, line.data()) != QX_SUCCEEDED) {
     return Fail("reading the command line");
   }
-  Log() << "told of process " << Hex(processId) << " and address " << Hex(address) << '\n';
+  Log() << "the data are in process " << Hex(processId) << " at address " << Hex(address) << '\n';
 
   const Parent parent(processId);
   BlockHeader header = {};
@@ -76,14 +76,14 @@ int main() {
   if (!parent.Read(address + std::uint32_t{sizeof header}, container.data(), container.size())) {
     return Fail("reading the container in the parent's memory");
   }
-  Log() << "read " << container.size() << " bytes out of that process\n";
+  Log() << "read " << container.size() << " bytes from that process\n";
 
   std::uint32_t size = 0;
   std::uint32_t offset = 0;
   const ResultCode result =
       QX_Decode(container.data(), static_cast<std::int32_t>(container.size()), &size, &offset, 1);
   if (result != QX_SUCCEEDED || offset == 0) return Fail("deciphering the container");
-  // The offset tells whether the data were signed: the marker has been skipped.
+  // If the data were signed, QX_Decode has skipped the marker, and the offset is larger.
   constexpr std::uint32_t kUnsignedOffset = 40;
   if (offset != kUnsignedOffset + QX_GetSignatureSize()) return Fail("the data are not signed");
   Log() << "deciphered it: " << size << " bytes of signed data at offset " << offset << '\n';

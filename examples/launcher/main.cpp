@@ -1,9 +1,9 @@
 // An example launcher: reads its texts and settings, signs and enciphers the data of a session,
-// starts the client with it, waits, and looks whether the client got exactly that.
+// starts the client with it, waits, and checks that the client received exactly these data.
 //
 //   example_launcher CLIENT
 //
-// Exit status: 0 if the client got the data, 1 if anything went wrong, 2 for a wrong call.
+// Exit status: 0 if the client received the data, 1 for a failure, 2 for a wrong call.
 
 #include <cstdint>
 #include <cstdio>
@@ -39,7 +39,7 @@ bool ReadTextsAndSettings() {
   return true;
 }
 
-// A session's data: some text, then every value that a byte can have, zeros too.
+// A session's data: some text, then every value of a byte, including 0.
 Bytes SessionData() {
   const std::string text = "player=Ada;server=3;";
   Bytes data(text.begin(), text.end());
@@ -47,7 +47,8 @@ Bytes SessionData() {
   return data;
 }
 
-// Signs and enciphers the data, and puts the container's size ahead. Empty on failure.
+// Signs and enciphers the data, and puts the container's size in front. Returns an empty block on
+// failure.
 Bytes MakeBlock(const Bytes& data) {
   Bytes payload(QX_GetSignatureSize() + data.size());
   const auto payloadSize = static_cast<std::uint32_t>(payload.size());
@@ -85,7 +86,7 @@ int main(int argumentCount, char** arguments) {
     std::fprintf(stderr, "usage: example_launcher CLIENT\n");
     return 2;
   }
-  // What an earlier run left must not pass for this one's.
+  // Files of an earlier run must not look like those of this run.
   std::remove(kReceivedPath);
   std::remove(kClientLogPath);
 

@@ -22,7 +22,7 @@
 namespace launcher::posix {
 namespace {
 
-// waitpid; a signal that comes meanwhile does not end it.
+// waitpid, repeated if a signal interrupts it.
 pid_t WaitForEnd(pid_t pid, int* status, int options) {
   pid_t ended = 0;
   do {
@@ -33,7 +33,7 @@ pid_t WaitForEnd(pid_t pid, int* status, int options) {
 
 constexpr DWORD kFullAccess = 0x1FFFFF;
 
-// What both handles of a child refer to.
+// The state that both handles of a child share.
 struct Process {
   pid_t pid = 0;
   bool isChild = false;
@@ -42,7 +42,7 @@ struct Process {
   DWORD exitCode = STILL_ACTIVE;
 };
 
-// Of a process or of a file.
+// A handle of a process or of a file.
 struct Handle {
   explicit Handle(std::shared_ptr<Process> itsProcess) : process(std::move(itsProcess)) {}
   Handle(const Handle&) = delete;
@@ -78,7 +78,7 @@ void AskWhetherEnded(Process& process) {
   }
   int status = 0;
   const pid_t ended = WaitForEnd(process.pid, &status, WNOHANG);
-  // Where the caller ignores the ends of its children nobody has the exit code.
+  // If the caller ignores SIGCHLD, the kernel keeps no exit code.
   const bool isLost = ended < 0 && errno == ECHILD;
   if (ended != process.pid && !isLost) return;
   process.hasEnded = true;
@@ -86,7 +86,7 @@ void AskWhetherEnded(Process& process) {
                                        : 0x80000000 + static_cast<DWORD>(WTERMSIG(status));
 }
 
-// A pipe whose ends close by themselves, also when the child starts its program.
+// Owns both ends of a pipe. They also close when the child starts its program.
 class Pipe {
  public:
   Pipe() { isOpen_ = pipe2(ends_, O_CLOEXEC) == 0; }
@@ -104,18 +104,18 @@ class Pipe {
     ends_[end] = -1;
   }
 
-  // Answers whether a byte came before the other end closed.
-  bool ReadByte() const {
-    char byte = 0;
+  // Returns the byte, or -1 if the other end closed before it came.
+  int ReadByte() const {
+    unsigned char byte = 0;
     ssize_t count = 0;
     do {
       count = read(ends_[0], &byte, 1);
     } while (count < 0 && errno == EINTR);
-    return count == 1;
+    return count == 1 ? byte : -1;
   }
 
-  void WriteByte() const {
-    const char byte = 0;
+  void WriteByte(int value) const {
+    const auto byte = static_cast<unsigned char>(value);
     while (write(ends_[1], &byte, 1) < 0 && errno == EINTR) {
     }
   }
@@ -126,18 +126,19 @@ class Pipe {
 };
 
 // Runs between fork and exec, so it makes only calls that are safe in a child of a process with
-// threads. Waits for a byte from its parent, which first has to let it read its memory.
+// threads. Waits for a byte from the parent, which first permits the child to read its memory.
 [[noreturn]] void BecomeProgram(const char* path, char* const* arguments, Pipe& go, Pipe& failed) {
   go.CloseEnd(1);
-  if (go.ReadByte()) {
+  if (go.ReadByte() == 0) {
     close_range(3, ~0U, CLOSE_RANGE_CLOEXEC);
     execv(path, arguments);
   }
-  failed.WriteByte();
+  failed.WriteByte(errno);
   _exit(127);
 }
 
-// The child's process id, or a reason in GetLastError and 0. `arguments` end in null.
+// Returns the child's process id, or 0 with the reason in errno and GetLastError. `arguments` end
+// in null.
 pid_t StartChild(const char* path, char* const* arguments) {
   Pipe go;
   Pipe failed;
@@ -146,12 +147,14 @@ pid_t StartChild(const char* path, char* const* arguments) {
   if (pid < 0) return Fail(kErrorNotEnoughMemory);
   if (pid == 0) BecomeProgram(path, arguments, go, failed);
 
-  // Some kernels let only a declared process read another's memory, a child of its own too.
+  // Some kernels let even a child read its parent's memory only if the parent permits it.
   prctl(PR_SET_PTRACER, static_cast<unsigned long>(pid));
-  go.WriteByte();
+  go.WriteByte(0);
   failed.CloseEnd(1);
-  if (failed.ReadByte()) {
+  const int childError = failed.ReadByte();
+  if (childError >= 0) {
     WaitForEnd(pid, nullptr, 0);
+    errno = childError;
     return Fail(kErrorFileNotFound);
   }
   return pid;
@@ -166,7 +169,7 @@ BOOL StartProgram(const std::string& commandLine, PROCESS_INFORMATION& started) 
   for (std::string& text : texts) arguments.push_back(text.data());
   arguments.push_back(nullptr);
 
-  // All memory is taken before the child runs: a started child is always handed out.
+  // Allocates all memory before the child runs, so that a started child is always returned.
   const auto process = std::make_shared<Process>();
   OwnedHandle processHandle = MakeHandle(process);
   OwnedHandle threadHandle = MakeHandle(process);

@@ -9,6 +9,7 @@ import ctypes
 import json
 import os
 import pathlib
+import re
 import struct
 import subprocess
 import sys
@@ -42,7 +43,7 @@ class PythonBinding(unittest.TestCase):
             text.write_bytes(b"no library")
             for file, is_windows, pointer_size, reason in (
                     (dll, True, 8, "this Python has 64 bits"), (dll, True, 4, "^$"),
-                    (dll, False, 8, "for Windows"), (text, True, 4, "no library for Windows"),
+                    (dll, False, 8, "for Windows"), (text, True, 4, "not a library for Windows"),
                     (pathlib.Path(LIBRARY), False, 8, "^$")):
                 self.assertRegex(launcher_dll._mismatch(file, is_windows, pointer_size), reason)
             with self.assertRaisesRegex(OSError, "for Windows"):
@@ -76,13 +77,13 @@ class PythonBinding(unittest.TestCase):
                 (signed, "keep", marker + b"data"), (signed, "strip", b"data"),
                 (bytearray(signed), "require", b"data"), (bare, "strip", bytes(3_000_001))):
             self.assertEqual(self.library.decode(container, marker=how), payload)
-        for how, kind, reason in (("require", LauncherError, "decode answered 7: the signature"),
+        for how, kind, reason in (("require", LauncherError, "decode failed: the signature"),
                                   ("drop", ValueError, "drop")):
             with self.assertRaisesRegex(kind, reason):
                 self.library.decode(bare, marker=how)
-        with self.assertRaisesRegex(LauncherError, "file_cipher_decode answered 7: no intact"):
+        with self.assertRaisesRegex(LauncherError, "file_cipher_decode failed: no intact"):
             self.library.decode(b"")
-        with self.assertRaisesRegex(LauncherError, "^file_cipher_encode answered 7$"):
+        with self.assertRaisesRegex(LauncherError, "^file_cipher_encode failed: the payload is empty$"):
             self.library.encode(b"")
 
     def test_verifies_nothing_without_its_key(self):
@@ -95,7 +96,7 @@ class PythonBinding(unittest.TestCase):
         for call, status, printed, errors, files in (
                 ("built_in_key()", 0, False, KEY, []),
                 ("text(2001)", 0, True, b"Forbidden", ["config.json"]),
-                ("text(1)", 1, True, b"QX_LoadStringToMemory answered -4", ["config.json"])):
+                ("text(1)", 1, True, b"QX_LoadStringToMemory failed: no such label", ["config.json"])):
             program = (f"import sys; sys.path.insert(0, {str(ROOT / 'bindings/python')!r})\n"
                        f"import launcher_dll; library = launcher_dll.Library({LIBRARY!r})\n"
                        f"sys.stderr.write(library.{call}.decode())\n")
@@ -116,6 +117,33 @@ class PythonBinding(unittest.TestCase):
         self.assertEqual(ctypes.string_at(block, 4), bytes(4))
         self.assertEqual(exports.QX_Deallocate(block), 0)
         self.assertEqual(exports.QX_IsFailed(-1005), 1)
+
+
+    def test_refuses_what_is_not_bytes_and_calls_after_the_end(self):
+        with launcher_dll.Library(LIBRARY) as library:
+            self.assertEqual(library.exports.QX_GetSignatureSize(), 22)
+            for call in (library.encode, library.sign, library.decode,
+                         lambda key: library.decode(b"", key)):
+                for value in (5, "text", [1, 2]):
+                    with self.assertRaises(TypeError):
+                        call(value)
+        with self.assertRaisesRegex(ValueError, "closed"):
+            library.encode(b"data")
+        self.assertEqual(len(self.library.encode(b"data")), 44, "another Library of the same file")
+
+    def test_has_the_version_of_the_header(self):
+        header = (ROOT / "include/launcher_dll.h").read_text(encoding="ascii")
+        self.assertIn(f'#define QX_VERSION "{launcher_dll.__version__}"\n', header)
+        self.assertEqual((ROOT / "bindings/python/LICENSE").read_bytes(),
+                         (ROOT / "LICENSE").read_bytes())
+
+    def test_the_first_program_runs(self):
+        page = (ROOT / "bindings/python/README.md").read_text(encoding="utf-8")
+        program, printed = re.search(r"```python\n(.*?)```.*?```text\n(.*?)```", page, re.S).groups()
+        environment = dict(os.environ, LAUNCHER_DLL=LIBRARY, PYTHONPATH=str(ROOT / "bindings/python"))
+        done = subprocess.run([sys.executable, "-B", "-c", program], env=environment, check=True,
+                              stdout=subprocess.PIPE, text=True)
+        self.assertEqual(done.stdout, printed)
 
 
 if __name__ == "__main__":

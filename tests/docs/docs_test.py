@@ -51,7 +51,7 @@ class Documents(unittest.TestCase):
                 name, _, anchor = target.partition("#")
                 file = document.parent / name if name else document
                 with self.subTest(f"{document.name}: {target}"):
-                    # In the package, the stand-in's page lies elsewhere.
+                    # In the package, the stand-in's page is in another folder.
                     if (document.name, target) != ("package.md", "steam-stand-in/README.md"):
                         self.assertTrue(file.exists())
                         if anchor:
@@ -81,7 +81,7 @@ class Documents(unittest.TestCase):
     def test_bfbr_prints_what_the_first_page_shows(self):
         shown = re.search(r"^```text\n(\$ .*?)^```", (ROOT / "README.md").read_text(encoding="utf-8"), re.S | re.M)[1]
         commands = re.findall(r"^\$ (.*)$", shown, re.M)
-        # Each line is shown, as by a shell, before it is run; "cat" stands for the terminal.
+        # Prints each line before it runs, as a shell does; "cat" replaces the terminal.
         script = "".join(f"printf '$ %s\\n' {shlex.quote(line)}\n{{ {line}; }} | cat\n" for line in commands)
         environment = dict(os.environ, PATH=f"{ROOT}/build/native/bin:{os.environ['PATH']}")
         with tempfile.TemporaryDirectory() as folder:
@@ -90,8 +90,22 @@ class Documents(unittest.TestCase):
         # Not in the order of a terminal, which gets each line at once.
         self.assertEqual(sorted(done.stdout.splitlines()), sorted(shown.splitlines()))
 
+    def test_the_wrapper_names_each_label(self):
+        wrapper = (ROOT / "include/launcher_dll.hpp").read_text(encoding="ascii")
+        wrapper = wrapper[wrapper.index("struct Label"):]
+        labels = {int(number): name
+                  for name, number in re.findall(r"^ +k(\w+) = (\d+)",
+                                             wrapper[:wrapper.index("};")], re.M)}
+        texts = (ROOT / "tests/data/texts.txt").read_text(encoding="ascii")
+        self.assertEqual(sorted(labels), sorted(map(int, re.findall(r"^\d+", texts, re.M))))
+        settings = re.findall(r"\b(\d{4}) ([A-Z]\w+_\w+)",
+                              (ROOT / "include/launcher_dll.h").read_text(encoding="ascii"))
+        self.assertEqual(len(settings), 8)
+        for number, setting in settings:
+            self.assertEqual(labels[int(number)].lower(), setting.replace("_", "").lower())
+
     def test_the_guide_runs(self):
-        """Its launcher and client, built as they stand and linked with the native library."""
+        """Its launcher and client, unchanged, linked with the native library."""
         guide = (ROOT / "docs/guide.md").read_text(encoding="utf-8")
         programs = dict(zip(("launcher", "client"), re.findall(r"^```cpp\n(.*?)^```", guide,
                                                                re.S | re.M)))
@@ -99,16 +113,14 @@ class Documents(unittest.TestCase):
         library = ROOT / "build/native/lib"
         with tempfile.TemporaryDirectory() as folder:
             for name, code in programs.items():
-                # The library itself has the calls of Windows that the client uses.
                 (pathlib.Path(folder) / f"{name}.cpp").write_text(code, encoding="ascii")
                 subprocess.run(
-                    ["g++", "-std=c++17", f"-I{ROOT}/include", f"-I{ROOT}",
-                     f"-I{ROOT}/platform/posix/include", f"{name}.cpp", "-o", f"{name}.exe",
-                     f"-L{library}", "-lLauncherDll", f"{library}/liblauncher_platform.a",
-                     "-lcrypto", "-ldl", f"-Wl,-rpath,{library}"], cwd=folder, check=True)
+                    ["g++", "-std=c++17", f"-I{ROOT}/include", f"{name}.cpp", "-o", f"{name}.exe",
+                     f"-L{library}", "-lLauncherDll", f"-Wl,-rpath,{library}"],
+                    cwd=folder, check=True)
             done = subprocess.run(["sh", "-c", "PATH=.:$PATH ./launcher.exe && cat client.log"],
                                   cwd=folder, stdout=subprocess.PIPE, text=True, check=True)
-            # Here the client has no console of its own, and its lookups show among the launcher's.
+            # Here the client has no console of its own: its lookups show in the launcher's output.
             shown = re.sub(r"^.* label: 1100[01]\n", "", done.stdout, flags=re.M)
             self.assertEqual(shown, printed)
 

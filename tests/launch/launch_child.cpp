@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "launcher_dll.h"
+#include "launcher_dll.hpp"
 #include "platform/owners.h"
 #include "support/data_file.h"
 
@@ -32,6 +32,12 @@ int TakeLaunchData() {
   const KernelHandle parent(OpenProcess(PROCESS_VM_READ, FALSE, processId));
   LaunchHeader header = {};
   if (!parent || !ReadFromProcess(parent.Get(), address, &header, sizeof header)) return kFailed;
+  // The C++ wrapper's data begin with their size and a container's magic.
+  if (std::memcmp(&header.delay, "BFBR", 4) == 0) {
+    const launcher_dll::Bytes data = launcher_dll::ReadClientData(GetCommandLineA());
+    WriteFile(kDataFile, std::string(data.begin(), data.end()));
+    return 0;
+  }
   Sleep(header.delay);
   std::string data(header.dataSize, '\0');
   if (!ReadFromProcess(parent.Get(), address + std::uint32_t{sizeof header}, data.data(),

@@ -2,7 +2,8 @@
 // that only another process sees.
 //
 //   launch_child PPPPPPPPAAAAAAAA      as QX_CreateProcess starts it: writes its command line to a
-//                                      file, then the data at that address; ends as these say
+//                                      file, then the data at that address, which begin with a
+//                                      LaunchHeader or are a container of the C++ wrapper
 //   launch_child CAPACITY ARGUMENT...  writes what QX_CommandLineToArgvA returns: the result and
 //                                      the count, then each text on a line of its own
 

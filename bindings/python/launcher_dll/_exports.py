@@ -1,20 +1,21 @@
-# Made by scripts/make_bindings.py from src/frame/exports.json: what ctypes must know of each export.
+# Made by scripts/make_bindings.py from src/frame/exports.json: the types of each export for ctypes.
 
 from ctypes import (POINTER, Structure, c_char, c_char_p, c_int32, c_uint8, c_uint32,
                     c_uint64, c_void_p)
+from typing import Any, Dict, List, Tuple
 
 VERSION = "1.0.0"
 
 
 class SystemInformation(Structure):
-    """What QX_GetSystemInformation fills: 176 bytes."""
+    """The record that QX_GetSystemInformation fills: 176 bytes."""
 
     _fields_ = [("numbers", c_uint32 * 4), ("buildName", c_char * 32),
                 ("vendorName", c_char * 128)]
 
 
 # By name: the name in the DLL, the result's type, the arguments' types.
-EXPORTS = {
+EXPORTS: Dict[str, Tuple[str, Any, List[Any]]] = {
     "QX_Allocate": (
         "_QX_Allocate@8", c_int32,
         [POINTER(c_void_p), c_uint32]),
