@@ -49,7 +49,7 @@ CSHARP_TYPES = {
     "uint32_t*": "out uint", "int32_t*": "out int",
     "SystemInformation*": "out SystemInformation",
 }
-# Where the type alone does not tell how an argument is used.
+# Types of arguments that are used in another way than most of their type.
 CSHARP_EXCEPTIONS = {
     ("QX_Deallocate", "block"): "IntPtr",              # an address of the library's
     ("QX_UnloadStringFromMemory", "text"): "ref IntPtr",  # read as well
@@ -123,8 +123,8 @@ def csharp_text(exports):
         "        public byte[] VendorName;",
         "    }",
         "",
-        "    /// <summary>The exports, as launcher_dll.h tells of them. Texts go in as strings, and",
-        "    /// come out as bytes with a terminator. Null is allowed where it is there, but for out",
+        "    /// <summary>The exports, as launcher_dll.h describes them. Texts are passed as strings and",
+        "    /// returned as bytes with a terminator. Null is allowed as in C, except for out",
         "    /// arguments.</summary>",
         "    public static class NativeMethods",
         "    {",

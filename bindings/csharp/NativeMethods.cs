@@ -17,8 +17,8 @@ namespace Launcher
         public byte[] VendorName;
     }
 
-    /// <summary>The exports, as launcher_dll.h tells of them. Texts go in as strings, and
-    /// come out as bytes with a terminator. Null is allowed where it is there, but for out
+    /// <summary>The exports, as launcher_dll.h describes them. Texts are passed as strings and
+    /// returned as bytes with a terminator. Null is allowed as in C, except for out
     /// arguments.</summary>
     public static class NativeMethods
     {
