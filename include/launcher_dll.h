@@ -38,7 +38,7 @@ extern "C" {
 /* Zero is success, a negative value a failure. */
 typedef int32_t ResultCode;
 
-#define QX_SUCCEEDED 0
+#define QX_SUCCEEDED 0         /* the call did what it was asked to do */
 #define QX_FAILED (-1)         /* the operation failed: a system call, a lookup, a text too short */
 #define QX_BAD_ARGUMENT (-2)   /* a null pointer, a zero size, a destination too small */
 #define QX_NO_STEAM (-3)       /* a Steam interface is missing, or a Steam request failed */
@@ -52,8 +52,8 @@ typedef int32_t ResultCode;
 /* 0 is success and 7 is every failure. Compare it with 0: QX_IsFailed does not recognise the 7. */
 typedef int32_t CipherCode;
 
-#define QX_CIPHER_SUCCEEDED 0
-#define QX_CIPHER_FAILED 7
+#define QX_CIPHER_SUCCEEDED 0 /* the call did what it was asked to do */
+#define QX_CIPHER_FAILED 7    /* the only failure, whatever the reason */
 
 /* The number of a text in the string table; QX_LoadString lists them. */
 typedef int32_t StringLabel;
