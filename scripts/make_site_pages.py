@@ -90,7 +90,7 @@ def export_page(export, section, comment, prototype, snippet):
     prototype = re.sub(r"^ +", " " * (prototype.index("(") + 1), prototype, flags=re.M)
     # An argument's line begins with its name and two spaces or more; its next lines are indented.
     pattern = r"^(\w+)  +(\S.*(?:\n  .*)*)\n?"
-    lines = ["---", "hide: [toc]", "---", "", f"# {export['name']}", "", prose(re.sub(pattern, "", comment, flags=re.M)), "",
+    lines = [f"# {export['name']}", "", prose(re.sub(pattern, "", comment, flags=re.M)), "",
              "```c", prototype, "```", "",
              f"[{section}](functions.md#{anchor(section)}); in the DLL `{export['decorated']}`, "
              f"ordinal {export['ordinal']}.", ""]
