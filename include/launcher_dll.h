@@ -80,7 +80,7 @@ QX_API ResultCode QX_CALL QX_Deallocate(void* block);
 
 /* ---- Settings and texts -------------------------------------------------------------------- */
 
-/* Every lookup of a text below, even one that fails, first prints the line
+/* Every lookup of a text, even one that fails, first prints the line
  *
  *     QX_LoadStringToMemory called with label: LABEL
  *

@@ -90,8 +90,8 @@ def export_page(export, section, comment, prototype, snippet):
     prototype = re.sub(r"^ +", " " * (prototype.index("(") + 1), prototype, flags=re.M)
     # An argument's line begins with its name and two spaces or more; its next lines are indented.
     pattern = r"^(\w+)  +(\S.*(?:\n  .*)*)\n?"
-    lines = [f"# {export['name']}", "", prose(re.sub(pattern, "", comment, flags=re.M)), "",
-             "```c", prototype, "```", "",
+    lines = [f"# {export['name']}", "", "```c", prototype, "```", "",
+             prose(re.sub(pattern, "", comment, flags=re.M)), "",
              f"[{section}](functions.md#{anchor(section)}); in the DLL `{export['decorated']}`, "
              f"ordinal {export['ordinal']}.", ""]
     arguments = re.findall(pattern, comment, re.M)
@@ -157,20 +157,23 @@ def wrapper_page():
 
 
 def document(path, folder):
-    """A document whose links lead to pages of the site. Other files that it links to are copied."""
+    """A document whose links lead to pages of the site, with links for names of exports and constants.
+
+    Other files that it links to are copied."""
     def link(match):
-        target = (path.parent / match[2]).resolve()
-        if not match[2] or "://" in match[2]:
-            return match[0]
-        if target not in TARGETS and not target.is_file():
-            return match[1]
-        name = TARGETS.get(target, str(target.relative_to(ROOT)))
-        if target not in TARGETS:
+        target, name = (path.parent / match[2]).resolve(), match[2]
+        if not name or target.is_dir():
+            return match[0] if not name else match[1]
+        if target in TARGETS:
+            name = TARGETS[target]
+        elif target.is_file():
+            name = str(target.relative_to(ROOT))
             (folder / name).parent.mkdir(parents=True, exist_ok=True)
             shutil.copy(target, folder / name)
         return f"[{match[1]}]({name}{match[3]})"
 
-    return re.sub(r"\[([^]]+)\]\(([^)#]*)(#[^)]*|)\)", link, path.read_text(encoding="utf-8"))
+    text = re.sub(r"\[([^]]+)\]\(([^)#]*)(#[^)]*|)\)", link, path.read_text(encoding="utf-8"))
+    return re.sub(r"(?<!\[)`(\w+)`", lambda name: prose(name[1]) if name[1] in LINKS else name[0], text)
 
 
 def main():
