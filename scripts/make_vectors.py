@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
-"""Makes docs/container-vectors.json: right and wrong containers, and what each decoder returns.
+"""Makes docs/container-vectors.json: right and wrong containers, and what each decoder returns; and
+tests/data/blowfish_key_vectors.txt: a block for every length of key.
 
-Usage: scripts/make_vectors.py [--check]   (exit status 1 if the file differs)
+Usage: scripts/make_vectors.py [--check]   (exit status 1 if a file differs)
 
 The containers come from OpenSSL's libcrypto, the expected results from how each container was
 made. Nothing here comes from the library or the reader that the vectors test.
@@ -14,7 +15,7 @@ import pathlib
 import struct
 import sys
 
-FILE = pathlib.Path(__file__).resolve().parent.parent / "docs/container-vectors.json"
+ROOT = pathlib.Path(__file__).resolve().parent.parent
 BUILT_IN_KEY = b"7E3A90C2D1F86B45"
 OTHER_KEY = bytes(range(0xF0, 0x100))
 MARKER = b"/* QTRMWO_Kd3Z_HLvN */"
@@ -151,12 +152,24 @@ def vectors():
     yield vector("plain-text", "no container at all", b"{ \"plain\": \"text\" }" * 5, reason="magic")
 
 
+def key_vectors():
+    """One line for each length of key: key, clear block, cipher block, as in blowfish_vectors.txt."""
+    for size in range(4, 57):
+        key, block = (hashlib.shake_128(bytes([size, i])).digest(length)
+                      for i, length in enumerate((size, 8)))
+        halves = struct.unpack("<2I", encipher(key, struct.pack("<2I", *struct.unpack(">2I", block))))
+        yield f"{key.hex()} {block.hex()} {struct.pack('>2I', *halves).hex()}\n"
+
+
 def main():
-    text = json.dumps({"vectors": list(vectors())}, indent=1) + "\n"
-    if sys.argv[1:] == ["--check"]:
-        sys.exit(0 if FILE.read_text(encoding="ascii") == text
-                 else f"{FILE} is out of date: run scripts/make_vectors.py")
-    FILE.write_text(text, encoding="ascii")
+    files = {"docs/container-vectors.json": json.dumps({"vectors": list(vectors())}, indent=1) + "\n",
+             "tests/data/blowfish_key_vectors.txt":
+                 "# Made by scripts/make_vectors.py with OpenSSL.\n" + "".join(key_vectors())}
+    for name, text in files.items():
+        if sys.argv[1:] != ["--check"]:
+            (ROOT / name).write_text(text, encoding="ascii")
+        elif (ROOT / name).read_text(encoding="ascii") != text:
+            sys.exit(f"{name} is out of date: run scripts/make_vectors.py")
 
 
 if __name__ == "__main__":

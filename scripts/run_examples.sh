@@ -44,7 +44,7 @@ fi
 export STEAM_STAND_IN=steam
 printf '{ "personaName": "Ada", "currentLanguage": "german" }\n' >steam/steam_settings.json
 # shellcheck disable=SC2016  # the port is known inside
-with_server=("$root/tests/steam_stand_in/with_http_server.sh"
+with_server=(python3 "$root/tests/support/http_server.py"
   bash -c 'exec "$@" "http://127.0.0.1:$TEST_HTTP_PORT/text"' bash)
 "${with_server[@]}" "${steam[@]}"
 

@@ -1,3 +1,6 @@
+// Finds what the C++ wrapper can do wrong with Steam's exports, which fail in five ways: a failure
+// that becomes no Error, a text that is cut, a file whose end is taken for another.
+
 #include <filesystem>
 #include <functional>
 
@@ -20,31 +23,39 @@ class CppFaceSteam : public test::ScriptedTest {
     std::filesystem::create_directory("user");
     script_.folder = "user";
   }
-
-  void TakeSteamAway() {
-    script_.hasUser = script_.hasFriends = script_.hasApps = script_.hasStorage = script_.hasHttp =
-        false;
-    QX_SteamAPI_Init();  // which forgets the games' part of an earlier session
-    script_.answer = false;
-  }
 };
 
-TEST_F(CppFaceSteam, EndsASessionThatIsUp) {
-  {
-    const steam::Session session;
-    EXPECT_TRUE(session.IsUp());
-  }
-  EXPECT_EQ(script_.calls, Calls{"Shutdown"});
-  script_.calls.clear();
-  TakeSteamAway();
-  {
-    const steam::Session session;
-    EXPECT_FALSE(session.IsUp());
-  }
-  EXPECT_EQ(script_.calls, Calls{});
+TEST_F(CppFaceSteam, ThrowsOrSaysNoWithoutSteam) {
+  script_.hasUser = script_.hasFriends = script_.hasApps = script_.hasStorage = script_.hasHttp =
+      false;
+  QX_SteamAPI_Init();  // which forgets the interface of an earlier session
+  script_.answer = false;
+  EXPECT_FALSE(steam::Session().IsUp());
+  EXPECT_EQ(script_.calls, Calls{}) << "a session that is not up needs no end";
+  const std::function<void()> failing[] = {
+      [] { steam::PersonaName(); },
+      [] { steam::AuthTicket(); },
+      [] { steam::AvailableLanguages(); },
+      [] { steam::CurrentLanguage(); },
+      [] { steam::UserFolder(); },
+      [] { steam::UserFilePath("a"); },
+      [] { steam::ReadUserFile("a"); },
+      [] { steam::WriteUserFile("a", BytesOf("data")); },
+      [] { steam::WriteCloudFile("a", BytesOf("data")); },
+      [] { steam::ReadCloudFile("a"); },
+      [] { steam::DeleteCloudFile("a"); },
+      [] { steam::ForgetCloudFile("a"); },
+      [] { steam::CloudFileCount(); },
+      [] { steam::CloudFileName(0); },
+      [] { steam::SetCloudEnabledForApp(false); },
+      [] { steam::RequestHttp("http://a.example"); },
+  };
+  for (std::size_t i = 0; i < std::size(failing); ++i) EXPECT_THROW(failing[i](), Error) << i;
+  EXPECT_EQ(steam::UserId(), std::nullopt);
+  EXPECT_FALSE(steam::UserFileExists("a"));
+  EXPECT_EQ(steam::CloudFileSize("a"), 0u);
 }
 
-// The exports tell a text that does not fit in four ways.
 TEST_F(CppFaceSteam, GivesTextsOfAnyLength) {
   using test::SteamScript;
   struct Case {
@@ -57,28 +68,32 @@ TEST_F(CppFaceSteam, GivesTextsOfAnyLength) {
       {&SteamScript::language, steam::CurrentLanguage},
       {&SteamScript::fileName, [] { return steam::CloudFileName(0); }},
   };
-  const steam::Session session;
-  for (const Case& tried : cases) {
-    for (const std::size_t length : {0u, 1u, 255u, 256u, 5000u}) {
-      const std::string text(length, 't');
-      script_.*tried.text = text.c_str();
-      EXPECT_EQ(tried.ask(), text);
-      script_.*tried.text = "";
+  {
+    const steam::Session session;
+    EXPECT_TRUE(session.IsUp());
+    for (const Case& tried : cases) {
+      for (const std::size_t length : {0u, 1u, 255u, 256u, 5000u}) {
+        const std::string text(length, 't');
+        script_.*tried.text = text.c_str();
+        EXPECT_EQ(tried.ask(), text);
+        script_.*tried.text = "";
+      }
     }
+    script_.calls.clear();
   }
-  for (const char* const folder : {"C:\\user", ""}) {
-    script_.folder = folder;
-    EXPECT_EQ(steam::UserFolder(), folder);
-  }
+  EXPECT_EQ(script_.calls, Calls{"Shutdown"});
+  script_.ticket = {0x00, 0xAB};
+  EXPECT_EQ(steam::AuthTicket(), "00AB");
+  script_.ticket = test::Pattern(1024);
+  EXPECT_EQ(steam::AuthTicket().size(), 2048u);
+  EXPECT_EQ(steam::UserFolder(), "user");
   script_.terminatesFolder = false;
   EXPECT_THROW(steam::UserFolder(), Error) << "memory that is no text";
 }
 
-TEST_F(CppFaceSteam, AnswersQuestions) {
+TEST_F(CppFaceSteam, AsksQuestions) {
   script_.steamId = 0x0110000112345678;
   EXPECT_EQ(steam::UserId(), 0x0110000112345678u);
-  script_.ticket = {0x00, 0xAB};
-  EXPECT_EQ(steam::AuthTicket(), "00AB");
   for (const bool answer : {true, false}) {
     script_.answer = answer;
     EXPECT_EQ(steam::IsRunning(), answer);
@@ -101,77 +116,49 @@ TEST_F(CppFaceSteam, ReadsWholeFilesOfTheUser) {
     }
   }
   EXPECT_TRUE(steam::UserFileExists("save"));
+  EXPECT_EQ(steam::UserFilePath("a"), "user\\a");
   EXPECT_EQ(steam::ReadUserFile("save", 300000).size(), 300000u);
-  const auto resultOf = [](const char* name, std::size_t largestSize) {
+  test::WriteFile("user/empty", "");
+  const std::tuple<const char*, std::size_t, ResultCode> cases[] = {
+      {"save", 299999, QX_BAD_ARGUMENT},
+      {"missing", 100, QX_NOT_FOUND},
+      {"empty", 100, QX_READ_FAILED}};
+  for (const auto& [name, largestSize, result] : cases) {
     try {
       steam::ReadUserFile(name, largestSize);
+      ADD_FAILURE() << name;
     } catch (const Error& error) {
-      return error.Result();
+      EXPECT_EQ(error.Result(), result);
+      EXPECT_STREQ(error.ExportName(), "QX_SteamAPI_ReadFile");
     }
-    return QX_SUCCEEDED;
-  };
-  EXPECT_EQ(resultOf("save", 299999), QX_BAD_ARGUMENT);
-  EXPECT_EQ(resultOf("missing", 100), QX_NOT_FOUND);
-  test::WriteFile("user/empty", "");
-  EXPECT_EQ(resultOf("empty", 100), QX_READ_FAILED);
-  EXPECT_EQ(steam::UserFilePath("a"), "user\\a");
+  }
 }
 
-TEST_F(CppFaceSteam, HandsFilesToTheCloud) {
+TEST_F(CppFaceSteam, PassesCloudFilesAndRequestsOn) {
   script_.number = 3;
   script_.fileName = "name";
   EXPECT_EQ(steam::CloudFileNames(), std::vector<std::string>(3, "name"));
   EXPECT_EQ(steam::ReadCloudFile("name"), Bytes(3, 'r'));
+  script_.contentLength = 2;
+  script_.body = {'o', 'k'};
   script_.calls.clear();
   steam::WriteCloudFile("name", BytesOf("data"));
   steam::ForgetCloudFile("name");
   steam::DeleteCloudFile("name");
   steam::SetCloudEnabledForApp(true);
+  EXPECT_EQ(test::StandardOutputOf([] {
+              steam::RequestHttp("http://a.example", steam::HttpMethod::kPost, "text/plain",
+                                 BytesOf("body"));
+              steam::RequestHttp("http://b.example");
+            }),
+            "Response: ok\nResponse: ok\n");
+  ASSERT_EQ(script_.calls.size(), 15u);
+  script_.calls.resize(6);
   EXPECT_EQ(script_.calls, (Calls{"FileWrite name data 4", "FileForget name", "FileDelete name",
-                                  "SetCloudEnabledForApp 1"}));
-}
-
-TEST_F(CppFaceSteam, RequestsWithABody) {
-  script_.contentLength = 2;
-  script_.body = {'o', 'k'};
-  const std::string printed = test::StandardOutputOf([] {
-    steam::RequestHttp("http://a.example", steam::HttpMethod::kPost, "text/plain", BytesOf("body"));
-    steam::RequestHttp("http://b.example");
-  });
-  EXPECT_EQ(printed, "Response: ok\nResponse: ok\n");
-  ASSERT_GE(script_.calls.size(), 2u);
-  EXPECT_EQ(script_.calls[0], "Create 3 http://a.example");
-  EXPECT_EQ(script_.calls[1], "SetBody 1 text/plain body");
-}
-
-// What the exports answer in five ways is one here: an Error, or "no".
-TEST_F(CppFaceSteam, IsAlikeWithoutSteam) {
-  TakeSteamAway();
-  const steam::Session session;
-  const std::function<void()> failing[] = {
-      [] { steam::PersonaName(); },
-      [] { steam::AuthTicket(); },
-      [] { steam::AvailableLanguages(); },
-      [] { steam::CurrentLanguage(); },
-      [] { steam::UserFolder(); },
-      [] { steam::UserFilePath("a"); },
-      [] { steam::ReadUserFile("a"); },
-      [] { steam::WriteUserFile("a", BytesOf("data")); },
-      [] { steam::WriteCloudFile("a", BytesOf("data")); },
-      [] { steam::ReadCloudFile("a"); },
-      [] { steam::DeleteCloudFile("a"); },
-      [] { steam::ForgetCloudFile("a"); },
-      [] { steam::CloudFileCount(); },
-      [] { steam::CloudFileNames(); },
-      [] { steam::CloudFileName(0); },
-      [] { steam::SetCloudEnabledForApp(false); },
-      [] { steam::RequestHttp("http://a.example"); },
-  };
-  for (std::size_t i = 0; i < std::size(failing); ++i) EXPECT_THROW(failing[i](), Error) << i;
-  EXPECT_EQ(steam::UserId(), std::nullopt);
-  EXPECT_FALSE(steam::UserFileExists("a"));
-  EXPECT_EQ(steam::CloudFileSize("a"), 0u);
-  EXPECT_FALSE(steam::IsCloudEnabledForApp());
+                                  "SetCloudEnabledForApp 1", "Create 3 http://a.example",
+                                  "SetBody 1 text/plain body"}));
+  std::uint8_t byte = 0;
+  EXPECT_THROW(steam::WriteCloudFile("name", {&byte, 0x80000000u}), std::length_error);
 }
 
 }  // namespace

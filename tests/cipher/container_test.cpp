@@ -1,11 +1,9 @@
-// file_cipher_encode and file_cipher_decode: for a container that differs from the format, a
-// damaged one that passes, reads and writes outside the buffers, and outputs that a failure
-// touches.
+// For faults of the container's exports: a size that wraps, a check left out or too late, bytes
+// read or written outside a buffer, an output that is touched.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
 #include <string>
 
 #include "launcher_dll.h"
@@ -20,12 +18,14 @@ using test::Decoding;
 using test::GuardedBuffer;
 using test::KnownContainer;
 
-Decoding Decode(std::uint8_t* block, std::size_t blockSize, const Bytes& key,
-                const char* prefix = nullptr) {
+const Bytes kKey = test::BytesOf("7E3A90C2D1F86B45");
+
+Decoding Decode(std::uint8_t* block, std::uint32_t blockSize, const Bytes& key,
+                const char* prefix) {
   Decoding decoding;
-  decoding.result = file_cipher_decode(block, static_cast<std::uint32_t>(blockSize), key.data(),
-                                       static_cast<std::int32_t>(key.size()), &decoding.size,
-                                       &decoding.offset, prefix);
+  decoding.result =
+      file_cipher_decode(block, blockSize, key.data(), static_cast<std::int32_t>(key.size()),
+                         &decoding.size, &decoding.offset, prefix);
   return decoding;
 }
 
@@ -37,12 +37,12 @@ TEST(Container, SizesAreRoundedUpToWholeBlocks) {
   };
   const Case cases[] = {
       {0, 44, 44},
-      {1, 44, 44},
       {4, 44, 44},
       {5, 52, 52},
       {2048, 2092, 2092},
       {0x7FFFFFFF, 0x8000002C, 0x8000002C},
       {0x80000000, 0, 0x8000002C},
+      {0xFFFFFFD4, 0, 0xFFFFFFFC},
       {0xFFFFFFD5, 0, 4},
       {0xFFFFFFFF, 0, 44},
   };
@@ -55,119 +55,94 @@ TEST(Container, SizesAreRoundedUpToWholeBlocks) {
 TEST(Container, IsByteForByteWhatOpensslMakes) {
   int count = 0;
   for (const KnownContainer& known : test::KnownContainers()) {
-    if (!known.isMadeByEncoding) continue;
     SCOPED_TRACE(known.name);
+    const GuardedBuffer block(known.container);
+    EXPECT_EQ(Decode(block.Data(), block.Size(), known.key, known.prefix.c_str()), known.decoding);
+    test::ExpectDecodedInPlace(block, known);
+
+    if (!known.isMadeByEncoding) continue;
     const GuardedBuffer payload(known.payload);
     const GuardedBuffer output(known.container.size());
+    const GuardedBuffer keyedOutput(known.container.size());
     EXPECT_EQ(file_cipher_encode(payload.Data(), payload.Size(), output.Data()), 0);
+    EXPECT_EQ(
+        QX_Encode(keyedOutput.Data(), payload.Data(), static_cast<std::int32_t>(payload.Size())),
+        QX_SUCCEEDED);
     EXPECT_EQ(output.Content(), known.container);
+    EXPECT_EQ(keyedOutput.Content(), known.container);
     EXPECT_EQ(payload.Content(), known.payload);
     ++count;
   }
   EXPECT_EQ(count, 17);
 }
 
-TEST(Container, IsDecodedInPlace) {
-  for (const KnownContainer& known : test::KnownContainers()) {
-    SCOPED_TRACE(known.name);
-    const GuardedBuffer block(known.container);
-    EXPECT_EQ(Decode(block.Data(), block.Size(), known.key, known.prefix.c_str()), known.decoding);
-    test::ExpectDecodedInPlace(block, known);
+TEST(Container, IsNeitherReadNorMadeWithABadArgument) {
+  const Bytes container = test::KnownContainerNamed("size-4").container;
+  const GuardedBuffer block(container);
+  std::uint32_t size = 9;
+  std::uint32_t offset = 9;
+  const auto refuse = [&](std::uint8_t* data, const std::uint8_t* key, std::int32_t keyLength,
+                          std::uint32_t* sizeFound, std::uint32_t* offsetFound) {
+    EXPECT_EQ(file_cipher_decode(data, 44, key, keyLength, sizeFound, offsetFound, nullptr),
+              QX_CIPHER_FAILED);
+  };
+  refuse(nullptr, kKey.data(), 16, &size, &offset);
+  refuse(block.Data(), nullptr, 16, &size, &offset);
+  refuse(block.Data(), kKey.data(), 16, nullptr, &offset);
+  refuse(block.Data(), kKey.data(), 16, &size, nullptr);
+  for (const std::int32_t keyLength : {-0x7FFFFFFF, -4, 57, 256 + 16, 0x7FFFFFFF}) {
+    refuse(block.Data(), kKey.data(), keyLength, &size, &offset);
   }
-}
+  EXPECT_EQ(size + offset, 18u);
 
-TEST(Container, IsRefusedUnchangedForAWrongKeyLength) {
-  const KnownContainer known = test::KnownContainerNamed("size-4");
-  const Bytes key(64, 'k');
-  for (const std::int32_t length : {-0x7FFFFFFF - 1, -4, 0, 0x7FFFFFFF}) {
-    const GuardedBuffer block(known.container);
-    std::uint32_t size = 9;
-    std::uint32_t offset = 9;
-    EXPECT_EQ(
-        file_cipher_decode(block.Data(), block.Size(), key.data(), length, &size, &offset, nullptr),
-        QX_CIPHER_FAILED);
-    EXPECT_EQ(size + offset, 18u);
-    EXPECT_EQ(block.Content(), known.container) << "a key of " << length;
+  EXPECT_EQ(file_cipher_encode(nullptr, 4, block.Data()), QX_CIPHER_FAILED);
+  EXPECT_EQ(file_cipher_encode(kKey.data(), 4, nullptr), QX_CIPHER_FAILED);
+  for (const std::uint32_t badSize : {0u, 0x80000000u, 0xFFFFFFFFu}) {
+    EXPECT_EQ(file_cipher_encode(kKey.data(), badSize, block.Data()), QX_CIPHER_FAILED);
+    EXPECT_EQ(QX_Encode(block.Data(), kKey.data(), static_cast<std::int32_t>(badSize)), QX_FAILED);
   }
+  EXPECT_EQ(block.Content(), container);
 }
 
-TEST(Container, TakesNoNull) {
-  const KnownContainer known = test::KnownContainerNamed("size-4");
-  const GuardedBuffer block(known.container);
-  std::uint8_t* const data = block.Data();
-  const std::uint8_t* const key = known.key.data();
-  std::uint32_t number = 0;
-  EXPECT_EQ(file_cipher_decode(nullptr, 44, key, 16, &number, &number, nullptr), 7);
-  EXPECT_EQ(file_cipher_decode(data, 44, nullptr, 16, &number, &number, nullptr), 7);
-  EXPECT_EQ(file_cipher_decode(data, 44, key, 16, nullptr, &number, nullptr), 7);
-  EXPECT_EQ(file_cipher_decode(data, 44, key, 16, &number, nullptr, nullptr), 7);
-  EXPECT_EQ(block.Content(), known.container);
-
-  EXPECT_EQ(file_cipher_encode(nullptr, 4, data), 7);
-  EXPECT_EQ(file_cipher_encode(data, 4, nullptr), 7);
-  EXPECT_EQ(file_cipher_encode(data, 0, data), 7);
-  EXPECT_EQ(file_cipher_encode(data, 0x80000000, data), 7);
-  EXPECT_EQ(file_cipher_encode(data, 0xFFFFFFFF, data), 7);
-  EXPECT_EQ(block.Content(), known.container);
-}
-
-// Enciphers whole blocks with the built-in key, as a payload whose blocks they are.
-Bytes Enciphered(const Bytes& blocks) {
-  Bytes payload(4);
-  payload.insert(payload.end(), blocks.begin(), blocks.end());
-  const auto size = static_cast<std::uint32_t>(payload.size());
-  Bytes container(file_cipher_get_encode_size(size));
-  file_cipher_encode(payload.data(), size, container.data());
-  const auto begin = container.begin() + 44;
-  return Bytes(begin, begin + static_cast<std::ptrdiff_t>(blocks.size()));
-}
-
-// A changed byte of the container changes its whole block, so the digest is changed before it is
-// enciphered. It begins with a zero byte, which would end a comparison of texts.
-TEST(Container, IsRefusedForAnyWrongByteOfTheDigest) {
-  const Bytes key = test::BytesOf("7E3A90C2D1F86B45");
-  Bytes plain(52);
-  for (std::uint32_t number = 0; plain[8] != 0 || plain[0] == 0; ++number) {
-    std::uint8_t payload[12] = {};
-    std::memcpy(payload, &number, sizeof number);
-    ASSERT_EQ(file_cipher_encode(payload, sizeof payload, plain.data()), 0);
-    ASSERT_EQ(Decode(plain.data(), plain.size(), key), (Decoding{0, 12, 40}));
-  }
-  for (std::size_t i = 4; i <= 40; ++i) {
-    Bytes blocks(plain.begin() + 4, plain.end());
-    if (i < 40) blocks[i - 4] ^= 1;
-    Bytes block = test::BytesOf("BFBR");
-    const Bytes enciphered = Enciphered(blocks);
-    block.insert(block.end(), enciphered.begin(), enciphered.end());
-    EXPECT_EQ(Decode(block.data(), block.size(), key),
-              i < 40 ? Decoding{QX_CIPHER_FAILED} : (Decoding{0, 12, 40}))
-        << "byte " << i;
-  }
-}
-
-// The payload ends at unreadable memory.
+// No filler follows the payload: whoever reads further leaves the buffer.
 TEST(Container, SkipsAPrefixThatThePayloadBeginsWith) {
-  const std::pair<std::string, std::int32_t> cases[] = {
-      {"", 0},           {"abc", 3},           {"abcdefghijkl", 12}, {"abcdefghijkk", -1},
-      {"bcdefghij", -1}, {"abcdefghijklm", -1}};
+  const std::string text = "payload of 20 bytes.";
+  Bytes container(60);
+  ASSERT_EQ(file_cipher_encode(test::BytesOf(text).data(), 20, container.data()), 0);
+  // How much of each is skipped.
+  const std::pair<std::string, std::uint32_t> cases[] = {
+      {"", 0}, {"pay", 3}, {text, 20}, {"payload of 20 bytes!", 0}, {text + "x", 0}, {"qay", 0}};
   for (const auto& [prefix, skipped] : cases) {
-    SCOPED_TRACE(prefix);
-    const GuardedBuffer block(52);
-    file_cipher_encode(reinterpret_cast<const std::uint8_t*>("abcdefghijkl"), 12, block.Data());
-    const std::uint32_t length = skipped < 0 ? 0 : static_cast<std::uint32_t>(skipped);
-    EXPECT_EQ(Decode(block.Data(), 52, test::BytesOf("7E3A90C2D1F86B45"), prefix.c_str()),
-              (Decoding{skipped < 0 ? QX_CIPHER_FAILED : 0, 12 - length, 40 + length}));
+    const GuardedBuffer block(container);
+    const CipherCode result = skipped == prefix.size() ? QX_CIPHER_SUCCEEDED : QX_CIPHER_FAILED;
+    EXPECT_EQ(Decode(block.Data(), 60, kKey, prefix.c_str()),
+              (Decoding{result, 20 - skipped, 40 + skipped}))
+        << prefix;
   }
 }
 
-TEST(Container, MayTakeThePlaceOfItsPayload) {
-  const KnownContainer known = test::KnownContainerNamed("size-2048");
-  // At 40 the payload is in its final place; at 2048 the container ends in the payload.
-  for (const std::size_t payloadOffset : {40u, 41u, 77u, 2048u}) {
-    const GuardedBuffer area(std::max<std::size_t>(2092, payloadOffset + 2048));
-    std::copy(known.payload.begin(), known.payload.end(), area.Data() + payloadOffset);
-    EXPECT_EQ(file_cipher_encode(area.Data() + payloadOffset, 2048, area.Data()), 0);
-    EXPECT_EQ(Bytes(area.Data(), area.Data() + 2092), known.container) << payloadOffset;
+// A payload of several stretches: before one is enciphered it must not cover what is yet to move.
+TEST(Container, MayOverlapItsPayload) {
+  const Bytes payload = test::Pattern(200000);
+  const std::uint32_t containerSize = file_cipher_get_encode_size(200000);
+  for (const auto& [payloadAt, outputAt] :
+       {std::pair{40u, 0u}, {41u, 0u}, {2048u, 0u}, {8u, 0u}, {0u, 100000u}}) {
+    SCOPED_TRACE(payloadAt);
+    Bytes area(outputAt + containerSize + payloadAt);
+    std::copy(payload.begin(), payload.end(), &area[payloadAt]);
+    std::uint8_t* const output = &area[outputAt];
+    EXPECT_EQ(file_cipher_encode(&area[payloadAt], 200000, output), QX_CIPHER_SUCCEEDED);
+
+    const bool isIntact = payloadAt >= 40;
+    EXPECT_EQ(Decode(output, containerSize, kKey, nullptr).result,
+              isIntact ? QX_CIPHER_SUCCEEDED : QX_CIPHER_FAILED);
+    // The header overwrites what it covers of the payload before the payload moves.
+    Bytes expected = payload;
+    for (std::uint32_t i = 0; i < 40 && !isIntact; ++i) {
+      const std::uint32_t covered = outputAt + i - payloadAt;
+      if (covered < 200000) expected[covered] = output[i];
+    }
+    EXPECT_TRUE(std::equal(expected.begin(), expected.end(), output + 40));
   }
 }
 

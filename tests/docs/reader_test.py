@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Holds docs/read_container.py against every vector of docs/container-vectors.json.
+"""Finds a reader, docs/read_container.py, that disagrees with a vector of
+docs/container-vectors.json, and a worked example in docs/container-format.md that is wrong.
 
 Usage: reader_test.py DOCS
 """
@@ -49,10 +50,6 @@ class Reader(unittest.TestCase):
         words = {"P[0]": cipher.p[0], "P[1]": cipher.p[1], "S[0][0]": cipher.s[0], "S[3][255]": cipher.s[-1]}
         self.assertEqual(dict(re.findall(r"([PS]\[[\d\]\[]+) (?:is )?([0-9a-f]{8})", page)),
                          {name: f"{word:08x}" for name, word in words.items()})
-
-    def test_it_has_no_more_than_60_lines(self):
-        lines = (DOCS / "read_container.py").read_text(encoding="ascii").splitlines()
-        self.assertLessEqual(len(lines), 60)
 
 
 if __name__ == "__main__":

@@ -16,17 +16,9 @@
 
 namespace launcher::test {
 
-inline void SetEnvironment(const char* name, const char* value) {
-#if defined(_WIN32)
-  _putenv_s(name, value);
-#else
-  setenv(name, value, 1);
-#endif
-}
-
+// CMakeLists.txt sets STEAM_STAND_IN to "stand_in", which each test has in its current directory.
 class StandInTest : public ScratchTest {
  protected:
-  StandInTest() { SetEnvironment("STEAM_STAND_IN", "stand_in"); }
   ~StandInTest() override { SteamAPI_Shutdown(); }
 
   static void WriteSettings(const std::string& settings) {
@@ -34,11 +26,18 @@ class StandInTest : public ScratchTest {
     WriteFile("stand_in/steam_settings.json", settings);
   }
 
-  // Begins a session anew.
+  // Begins a new session.
   static void Start(const std::string& settings) {
     SteamAPI_Shutdown();
     WriteSettings(settings);
     ASSERT_TRUE(SteamAPI_Init());
+  }
+
+  // The URL of a page of tests/support/http_server.py.
+  static std::string UrlOf(const std::string& page) {
+    const char* const port = std::getenv("TEST_HTTP_PORT");
+    if (port == nullptr) ADD_FAILURE() << "no server: run this program by http_server.py";
+    return std::string("http://127.0.0.1:") + (port == nullptr ? "1" : port) + page;
   }
 };
 

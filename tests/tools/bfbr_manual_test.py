@@ -14,12 +14,12 @@ TOOLS = pathlib.Path(__file__).resolve().parents[2] / "tools"
 VALUES = [("bfbr decode --marker", "keep,require,strip"), ("bfbr verify --marker", "keep,require"),
           ("bfbr mark x --progress", "auto,always,never")]
 SCRIPTS = {
-    "bash": """. "$0/$1.bash"; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); COMPREPLY=()
-        $(complete -p $1 | sed 's/.*-F //; s/ .*//'); printf '%s\\n' "${COMPREPLY[@]}\"""",
+    "bash": ("--norc", """. "$0/$1.bash"; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); COMPREPLY=()
+        $(complete -p $1 | sed 's/.*-F //; s/ .*//'); printf '%s\\n' "${COMPREPLY[@]}\""""),
     # What it asks of zsh's own functions, since those work in a line editor only.
-    "zsh": """compdef() { }; _arguments() { print -rl -- "$@" }; _describe() { print -rl -- ${(P)4} }
-        . "$0/_$1"; words=("$@"); CURRENT=$#; _$1""",
-    "fish": 'source $argv[1]/$argv[2].fish; complete -C "$argv[2..]"',
+    "zsh": ("-f", """compdef() { }; _arguments() { print -rl -- "$@" }; _describe() { print -rl -- ${(P)4} }
+        . "$0/_$1"; words=("$@"); CURRENT=$#; _$1"""),
+    "fish": ("--no-config", 'source $argv[1]/$argv[2].fish; complete -C "$argv[2..]"'),
 }
 
 
@@ -27,10 +27,10 @@ def run(*command):
     return subprocess.run(command, check=True, capture_output=True, text=True).stdout
 
 
+# The options, commands and words that the shell offers after these.
 def completed(shell, *words):
-    """The options, commands and words that the shell offers after these."""
-    alone = {"bash": "--norc", "zsh": "-f", "fish": "--no-config"}[shell]
-    lines = run(shell, alone, "-c", SCRIPTS[shell], COMPLETIONS, *words).splitlines()
+    alone, script = SCRIPTS[shell]
+    lines = run(shell, alone, "-c", script, COMPLETIONS, *words).splitlines()
     if shell == "zsh":
         option = words[-2] if words[-2][0] == "-" and not words[-1] else None
         for line in lines:
@@ -40,10 +40,9 @@ def completed(shell, *words):
     return {line.split("\t")[0] for line in lines} - {""}
 
 
+# Each command with the options and the commands in its help.
 def walk(program, *command):
-    """Each command with the options and the commands in its help."""
-    text = run(program, *command, "--help").split("Example:")[0]
-    parts = re.split(r"^(\w+):\n", text, flags=re.M)
+    parts = re.split(r"^(\w+):\n", run(program, *command, "--help").split("Example:")[0], flags=re.M)
     rows = {title: re.findall(r"^  ([-a-z].*?)(?:  |$| [A-Z])", part, re.M)
             for title, part in zip(parts[1::2], parts[2::2])}
     commands = rows.get("Subcommands", [])
@@ -57,10 +56,9 @@ class Manual(unittest.TestCase):
         for program in PROGRAMS:
             for command, options, commands in walk(program):
                 for shell in SCRIPTS:
-                    with self.subTest(program=program.name, command=command, shell=shell):
-                        offered = completed(shell, program.name, *command, "-")
-                        offered |= completed(shell, program.name, *command, "") if commands else set()
-                        self.assertEqual(offered, options | set(commands))
+                    offered = completed(shell, program.name, *command, "-")
+                    offered |= completed(shell, program.name, *command, "") if commands else set()
+                    self.assertEqual(offered, options | set(commands), (program.name, command, shell))
 
     def test_completions_know_the_values(self):
         for line, values in VALUES:

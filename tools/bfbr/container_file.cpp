@@ -118,9 +118,8 @@ Outcome FileWorker::Work(const Item& item) {
         Decode(&outcome);
         break;
     }
+    *steps_ += size_;
     outcome.readSize = size_;
-    // What is not written is done now.
-    *steps_ += options_.MakesFiles() ? size_ : 2 * size_;
     if (!options_.MakesFiles()) return outcome;
     Write(item);
     outcome.writtenSize = resultSize_;

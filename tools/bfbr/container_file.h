@@ -57,10 +57,9 @@ inline constexpr char kExists[] = "exists already: name another, or replace it w
 // 1234567 as "1,234,567".
 std::string Grouped(std::uint64_t number);
 
-// How far the work is. A byte counts three times: when it is read, when the library has worked on
-// it, and when it is written or looked at.
+// How far the work is. A byte counts when it is read, when the library has worked on it, and when
+// it is written.
 using Steps = std::atomic<std::uint64_t>;
-inline constexpr std::uint64_t kStepsPerByte = 3;
 
 // Does a command with one file after the other, in memory that it keeps for the next.
 class FileWorker {

@@ -57,8 +57,8 @@ std::string TextOf(const Outcome& outcome, Command command) {
          "  payload          " + payload + "\n" +                                //
          "  sha256           " + *outcome.sha256 + "\n" +                        //
          "  marker           " + (*outcome.hasMarker ? "yes" : "no") + "\n" +    //
-         "  filler           " + (*outcome.isFillerZero ? "zero" : "not zero, which does no harm") +
-         "\n" + "  repeated blocks  " + Grouped(*outcome.repeatedBlocks) + " of " +
+         "  filler           " + (*outcome.isFillerZero ? "zero" : "not zero, which is fine") +
+         "\n  repeated blocks  " + Grouped(*outcome.repeatedBlocks) + " of " +
          Grouped(*outcome.containerSize / 8) + "\n";
 }
 
@@ -190,7 +190,7 @@ void Reporter::ShowProgress() {
 
   const Guard guard(mutex_);
   lastShown_ = now;
-  const double size = static_cast<double>(steps_.load()) / kStepsPerByte;
+  const double size = static_cast<double>(steps_.load()) / (options_.MakesFiles() ? 3 : 2);
   const double total = isSizeKnown_ ? static_cast<double>(totalSize_) : 0;
   const auto whole = [](double number) { return std::to_string(std::llround(number)); };
   std::string text = "bfbr: ";

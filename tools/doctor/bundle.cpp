@@ -29,18 +29,12 @@ std::string SettingsToSend(const Subject& subject) {
     std::string text = WithoutUser(
         WithoutSecrets(Utf8Text(ReadBytes(subject.config, kLargestConfig), ignored)), false);
     for (char& c : text) {
-      const bool isControl = std::iscntrl(static_cast<unsigned char>(c)) != 0;
-      if (isControl && c != '\n' && c != '\t') c = ' ';
+      if (std::iscntrl(static_cast<unsigned char>(c)) != 0 && c != '\n' && c != '\t') c = ' ';
     }
     return text;
   } catch (const std::exception&) {
     return "(none)";  // the report says why
   }
-}
-
-int Refuse(const std::string& why) {
-  std::fprintf(stderr, "doctor: %s; nothing was written\n", why.c_str());
-  return kBrokenStatus;
 }
 
 }  // namespace

@@ -17,8 +17,7 @@ namespace {
 namespace fs = std::filesystem;
 
 std::optional<fs::path> LibraryPath(const Subject& subject, Report& report) {
-  const bool isGiven = !subject.library.empty();
-  const std::optional<fs::path> found = isGiven ? subject.library : FindLibrary();
+  const std::optional<fs::path> found = subject.library.empty() ? FindLibrary() : subject.library;
   if (!found) {
     report.Add("library.missing", {kLibraryName});
     return std::nullopt;
@@ -75,33 +74,33 @@ std::optional<std::string> ReadConfig(const Subject& subject, Report& report) {
   }
 }
 
-LibraryAnswer AskLibrary(const Subject& subject, const char* mode,
-                         const std::optional<std::string>& config, Report& report) {
-  LibraryAnswer answer;
+LibraryReply AskLibrary(const Subject& subject, const char* mode,
+                        const std::optional<std::string>& config, Report& report) {
+  LibraryReply reply;
   const std::optional<fs::path> path = LibraryPath(subject, report);
-  if (!path) return answer;
+  if (!path) return reply;
   std::string output;
   int status = 0;
   const SystemError error = RunQuietly([&] {
     if (config) std::ofstream("config.json", std::ios::binary) << *config;
     status = RunThisProgram({kChildArgument, mode, path->u8string()});
-    answer.config = Content("config.json");
-    output = Content(kAnswerFile);
-    std::remove(kAnswerFile);
+    reply.config = Content("config.json");
+    output = Content(kReplyFile);
+    std::remove(kReplyFile);
   });
   std::istringstream lines(output);
   for (std::string line; std::getline(lines, line);) {
     const Json json = Json::parse(line, nullptr, false);
     if (!json.is_object()) continue;
     if (json.count("loads") != 0) {
-      answer.loads = json.at("loads") == true;
+      reply.loads = json.at("loads") == true;
     } else if (json.count("id") != 0) {
       report.AddFinding(json);
     }
   }
   if (error != 0) report.Add("calls.none", {SystemErrorText(error)});
   if (status != 0) report.Add("load.crashed", {std::to_string(status)});
-  return answer;
+  return reply;
 }
 
 void CheckConfig(const Subject& subject, Report& report) {
@@ -109,16 +108,16 @@ void CheckConfig(const Subject& subject, Report& report) {
   if (!bytes) return;
   // Findings about the library belong to the whole check-up.
   Report ofLibrary;
-  const LibraryAnswer answer = AskLibrary(subject, kSettingsMode, *bytes, ofLibrary);
-  if (!answer.loads) report.Add("library.unused");
-  CheckConfigText(*bytes, subject.config.u8string(), answer.loads, report);
+  const LibraryReply reply = AskLibrary(subject, kSettingsMode, *bytes, ofLibrary);
+  if (!reply.loads) report.Add("library.unused");
+  CheckConfigText(*bytes, subject.config.u8string(), reply.loads, report);
 }
 
 void CheckAll(const Subject& subject, Report& report) {
   report.Add("doctor", {QX_VERSION, SystemName()});
   const std::optional<std::string> bytes = ReadConfig(subject, report);
-  const LibraryAnswer answer = AskLibrary(subject, kEverythingMode, bytes, report);
-  if (bytes) CheckConfigText(*bytes, subject.config.u8string(), answer.loads, report);
+  const LibraryReply reply = AskLibrary(subject, kEverythingMode, bytes, report);
+  if (bytes) CheckConfigText(*bytes, subject.config.u8string(), reply.loads, report);
   if (!kIsWindows) return;
   CheckFolder(subject.library.empty() ? FindLibrary().value_or("") : subject.library, "the library",
               report);

@@ -24,15 +24,15 @@ std::string ReadBytes(const std::filesystem::path& path, std::size_t limit);
 // The settings file's bytes; nothing, with a finding, if it cannot be read or does not exist.
 std::optional<std::string> ReadConfig(const Subject& subject, Report& report);
 
-struct LibraryAnswer {
+struct LibraryReply {
   std::optional<bool> loads;  // if the settings file does; nothing if the library cannot be used
   std::string config;         // the settings file that the library left in its folder
 };
 
 // Adds the findings of a child process that loads the library. `config` is the settings file that
 // it gets; if there is none, the library writes one with the defaults.
-LibraryAnswer AskLibrary(const Subject& subject, const char* mode,
-                         const std::optional<std::string>& config, Report& report);
+LibraryReply AskLibrary(const Subject& subject, const char* mode,
+                        const std::optional<std::string>& config, Report& report);
 
 void CheckConfig(const Subject& subject, Report& report);
 

@@ -1,13 +1,17 @@
-// The commands that write a file. Both return the exit status.
+// The commands that write a file. All return the exit status.
 
 #ifndef LAUNCHER_TOOLS_DOCTOR_COMMANDS_H_
 #define LAUNCHER_TOOLS_DOCTOR_COMMANDS_H_
 
 #include <filesystem>
+#include <string>
 
 #include "doctor/checkup.h"
 
 namespace launcher::doctor {
+
+// Prints why a command writes nothing.
+int Refuse(const std::string& why);
 
 // `doctor config repair`: replaces the broken settings file and keeps it under another name.
 int RepairConfigFile(const Subject& subject, bool isDryRun);

@@ -45,7 +45,7 @@ std::string ValueText(const std::string& text, const Pair& pair) {
 std::string InWords(const std::string& value) {
   constexpr std::size_t kShown = 60;
   const Json json = ParseQuietly(value);
-  if (json.is_discarded()) return "unreadable";
+  if (json.is_discarded()) return "not readable";
   if (json.is_null()) return "null, which is no value";
   if (json.is_boolean()) return "the truth value " + value;
   if (json.is_number()) return "the number " + value.substr(0, kShown);
@@ -204,7 +204,7 @@ std::string RecognisedValue(const std::string& text, const std::vector<Pair>& pa
                             const std::string& key) {
   std::string recognised;
   for (const Pair& pair : pairs) {
-    // More behind a value in its line means that its quotes are wrong.
+    // More text after a value in its line means that its quotes are wrong.
     const std::size_t next = text.find_first_not_of(" \t", pair.valueEnd);
     if (pair.key != key ||
         (next < text.size() && kAfterValue.find(text[next]) == std::string::npos)) {
@@ -229,12 +229,15 @@ void SetValues(const std::string& source, const std::string& defaults, Repair& r
     if (isInPlace && ParseQuietly(old).is_string()) continue;
     std::string value = RecognisedValue(source, found, setting.key);
     if (value.empty()) value = RecognisedValue(source, pairs, setting.key);
-    std::string change = NameOf(setting) + " is " + value;
+    std::string change =
+        NameOf(setting) + (!old.empty() && old == value ? " keeps " : " is ") + value;
+    std::string before = old.empty() ? "in another place" : InWords(old);
     if (value.empty()) {
       value = RecognisedValue(defaults, Pairs(defaults), setting.key);
       change += "the default " + value;
+      if (old.empty()) before = isInPlace ? "missing" : "missing or not readable";
     }
-    if (old != value) change += old.empty() ? "; it was missing" : "; it was " + InWords(old);
+    if (old != value) change += "; it was " + before;
     SetValue(repair.text, setting, value);
     repair.changes.push_back(change);
   }
@@ -298,8 +301,8 @@ void CheckConfigText(const std::string& bytes, const std::string& name, std::opt
                             : !hasMembers                 ? "settings.other"
                             : ErrorOfConfig(text).empty() ? "settings.encoding"
                                                           : "settings.wrong";
-    const std::string count = std::to_string(std::size(kSettings));
-    Json finding = MakeFinding(key, {name, hasMembers ? count : InWords(document.dump())});
+    Json finding = MakeFinding(
+        key, {name, hasMembers ? std::to_string(std::size(kSettings)) : InWords(document.dump())});
     if (!error.empty()) finding["json_error"] = error;
     report.AddFinding(std::move(finding));
     if (hasMembers) {
@@ -325,7 +328,7 @@ Repair RepairConfigText(const std::string& bytes, const std::string& defaults) {
     source = WithDoubledBackslashes(source, ignored);
     repair.text = defaults;
     repair.changes.emplace_back(
-        "the file is written anew, as it cannot be corrected; it has the twelve settings only:");
+        "the file is written anew, since it cannot be corrected; it has only the twelve settings:");
   }
   SetValues(source, defaults, repair);
   return repair;

@@ -18,11 +18,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-int Fail(const std::string& why) {
-  std::fprintf(stderr, "doctor: %s; nothing was changed\n", WithoutUser(why).c_str());
-  return kBrokenStatus;
-}
-
 void Print(const std::string& line) { std::printf("%s\n", WithoutUser(line).c_str()); }
 
 void Check(SystemError error, const std::string& what) {
@@ -34,14 +29,17 @@ fs::path KeepCopy(const fs::path& path, const std::string& bytes) {
   for (int number = 1;; ++number) {
     fs::path kept = path;
     kept += ".broken-" + std::to_string(number);
-    std::error_code ignored;
-    if (fs::exists(fs::symlink_status(kept, ignored))) continue;
-    const SystemError error =
-        WriteOutputFile(NarrowPath(kept), bytes, NewFile::Existing::kStays, true);
+    if (HasFileAt(NarrowPath(kept))) continue;
+    const std::string what = "the broken file cannot be kept as " + kept.u8string();
+    OutputFile file;
+    Check(file.Open(NarrowPath(kept)), what);
+    file.TakeAfter(path);  // it can hold passwords
+    Check(file.Write(bytes.data(), bytes.size()), what);
+    const SystemError error = file.Commit(NewFile::Existing::kStays, true);
     if (error == 0) return kept;
     // Another program took the name at the same moment.
     if (MeansThatItExists(error)) continue;
-    Check(error, "the broken file cannot be kept as " + kept.u8string());
+    Check(error, what);
   }
 }
 
@@ -68,6 +66,11 @@ fs::path Replace(const fs::path& path, const std::string& broken, const std::str
 
 }  // namespace
 
+int Refuse(const std::string& why) {
+  std::fprintf(stderr, "doctor: %s; nothing was written\n", WithoutUser(why).c_str());
+  return kBrokenStatus;
+}
+
 int RepairConfigFile(const Subject& subject, bool isDryRun) {
   Report problems;
   const std::string name = subject.config.u8string();
@@ -80,16 +83,16 @@ int RepairConfigFile(const Subject& subject, bool isDryRun) {
     Print(name + " can be read and is not changed");
     return 0;
   }
-  const LibraryAnswer defaults = AskLibrary(subject, kSettingsMode, std::nullopt, problems);
+  const LibraryReply defaults = AskLibrary(subject, kSettingsMode, std::nullopt, problems);
   if (!defaults.loads) {
     std::fputs(problems.Text().c_str(), stdout);
-    return Fail("a repair needs the library, which gives the defaults and tests the result");
+    return Refuse("a repair needs the library, which gives the defaults and tests the result");
   }
 
   try {
     const Repair repair = RepairConfigText(*bytes, defaults.config);
-    const LibraryAnswer answer = AskLibrary(subject, kSettingsMode, repair.text, problems);
-    if (!answer.loads.value_or(false)) return Fail("the library cannot read the repaired file");
+    const LibraryReply reply = AskLibrary(subject, kSettingsMode, repair.text, problems);
+    if (!reply.loads.value_or(false)) return Refuse("the library cannot read the repaired file");
     for (const std::string& change : repair.changes) Print(change);
     if (isDryRun) {
       Print(name + " would be:");
@@ -101,7 +104,7 @@ int RepairConfigFile(const Subject& subject, bool isDryRun) {
     Print(name + " is repaired, and the library can read it");
     return 0;
   } catch (const std::exception& failure) {
-    return Fail(failure.what());
+    return Refuse(failure.what());
   }
 }
 

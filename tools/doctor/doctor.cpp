@@ -38,19 +38,14 @@ struct Options {
 
 template <class CheckUp>
 int RunCheckUp(const Options& options, CheckUp checkUp) {
-  if (options.isJson) {
-    Report report;
-    checkUp(report);
-    std::fputs(report.JsonText().c_str(), stdout);
-    return report.ExitStatus();
-  }
   const bool isColoured = ShowsColour(Stream::kOutput);
-  Report report([&, isColoured](const Json& finding) {
+  Report report([&](const Json& finding) {
+    if (options.isJson) return;
     std::fputs(FindingText(finding, isColoured, options.isVerbose).c_str(), stdout);
     std::fflush(stdout);
   });
   checkUp(report);
-  std::fputs(report.Summary().c_str(), stdout);
+  std::fputs((options.isJson ? report.JsonText() : report.Summary()).c_str(), stdout);
   return report.ExitStatus();
 }
 

@@ -13,11 +13,6 @@
 namespace launcher::doctor {
 namespace {
 
-std::string LowerCase(std::string text) {
-  for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return text;
-}
-
 std::string TextOf(const Json& entry, const char* key) { return entry.at(key).get<std::string>(); }
 
 bool IsUnsigned(const Json& entry) { return TextOf(entry, "returns")[0] == 'u'; }
@@ -108,13 +103,15 @@ std::string ExplainEverywhere(const std::string& result) {
     if (TextOf(entry, "returns") == "void" || (result[0] == '-' && IsUnsigned(entry))) continue;
     try {
       const std::int64_t value = ParseResult(entry, result);
-      const Json* const meaning = MeaningOf(entry, value);
-      if (meaning != nullptr) text += MeaningText(entry, NumberText(entry, value), *meaning);
+      if (const Json* const meaning = MeaningOf(entry, value)) {
+        text += MeaningText(entry, NumberText(entry, value), *meaning);
+      }
     } catch (const std::invalid_argument&) {
       continue;  // the type is too small for it
     }
   }
-  return text.empty() ? "no function returns " + result + '\n' : text;
+  if (text.empty()) throw std::invalid_argument("no function returns " + result);
+  return text;
 }
 
 }  // namespace

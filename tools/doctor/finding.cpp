@@ -115,6 +115,11 @@ std::string FindingText(const Json& finding, bool isColoured, bool isVerbose) {
   return text;
 }
 
+std::string LowerCase(std::string text) {
+  for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return text;
+}
+
 std::string Quoted(const std::string& text) { return JsonText(text); }
 
 std::string Counted(std::size_t count, const std::string& noun) {

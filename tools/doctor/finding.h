@@ -50,6 +50,8 @@ class Report {
 
 std::string FindingText(const Json& finding, bool isColoured, bool isVerbose);
 
+std::string LowerCase(std::string text);
+
 // A JSON string in quotes, for texts that people read: what is not ASCII stays.
 std::string Quoted(const std::string& text);
 

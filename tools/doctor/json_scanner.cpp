@@ -1,7 +1,6 @@
 #include "doctor/json_scanner.h"
 
 #include <algorithm>
-#include <cctype>
 #include <string>
 
 #include "doctor/finding.h"
@@ -11,6 +10,7 @@ namespace {
 
 const std::string kMarks = "{}[],:";
 const std::string kBlanks = " \t\r\n";
+const std::string kHexDigits = "0123456789abcdefABCDEF";
 
 bool IsContinuation(char c) { return (c & 0xC0) == 0x80; }
 
@@ -56,20 +56,12 @@ std::string Without(const std::string& text, const std::vector<Token>& tokens) {
 
 // Where a key that looks secret ends in `text`, or npos.
 std::size_t EndOfSecretName(const std::string& text) {
-  std::string lower;
-  for (const char c : text) lower += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  const std::string lower = LowerCase(text);
   for (const std::string word : {"pass", "token", "secret", "key"}) {
     const std::size_t at = lower.find(word);
     if (at != std::string::npos) return at + word.size();
   }
   return std::string::npos;
-}
-
-bool IsHexadecimal(const std::string& text, std::size_t at, std::size_t count) {
-  for (std::size_t i = at; i < at + count; ++i) {
-    if (i >= text.size() || std::isxdigit(static_cast<unsigned char>(text[i])) == 0) return false;
-  }
-  return true;
 }
 
 }  // namespace
@@ -196,7 +188,7 @@ std::string WithDoubledBackslashes(const std::string& text, std::vector<std::str
       if (text[at] != '\\') continue;
       const char next = at + 1 < token.end ? text[at + 1] : ' ';
       isWrong = isWrong || std::string("\"\\/bfnrtu").find(next) == std::string::npos ||
-                (next == 'u' && !IsHexadecimal(text, at + 2, 4));
+                (next == 'u' && text.find_first_not_of(kHexDigits, at + 2) < at + 6);
       if (next == '\\' || next == '"') {
         doubled += text[++at];
       } else {
@@ -212,13 +204,12 @@ std::string WithDoubledBackslashes(const std::string& text, std::vector<std::str
 }
 
 Place PlaceOf(const std::string& text, std::size_t offset) {
-  const std::string before = text.substr(0, offset);
-  const std::size_t start = before.rfind('\n') + 1;
-  const auto lines = std::count(before.begin(), before.end(), '\n');
-  const auto others = std::count_if(before.begin() + static_cast<std::ptrdiff_t>(start),
-                                    before.end(), IsContinuation);
-  return {static_cast<std::size_t>(lines) + 1,
-          before.size() - start - static_cast<std::size_t>(others) + 1};
+  Place place = {1, 1};
+  for (const char c : text.substr(0, offset)) {
+    if (!IsContinuation(c)) ++place.column;
+    if (c == '\n') place = {place.line + 1, 1};
+  }
+  return place;
 }
 
 std::string Excerpt(const std::string& text, std::size_t offset) {

@@ -96,7 +96,7 @@ void CheckDisplay(const LoadedLibrary& library, Report& report) {
 }  // namespace
 
 int RunLibraryChild(const std::string& mode, const std::string& path) {
-  if (std::freopen(kAnswerFile, "w", stdout) == nullptr) return 1;
+  if (std::freopen(kReplyFile, "w", stdout) == nullptr) return 1;
   Report report(PrintLine);
   if (!CheckFile(fs::u8path(path), report)) return 0;
   std::string error;
@@ -111,7 +111,7 @@ int RunLibraryChild(const std::string& mode, const std::string& path) {
   if (mode != kEverythingMode) return 0;
   // The calls below need settings that load.
   std::remove("config.json");
-  CheckKnownAnswers(*library, report);
+  CheckKnownResults(*library, report);
   CheckSteam(*library, fs::u8path(path).parent_path(), report);
   CheckDisplay(*library, report);
   return 0;

@@ -83,9 +83,8 @@ fs::path ProgramFolder() { return fs::path(ProgramFile()).parent_path(); }
 
 std::optional<fs::path> FindLibrary() {
   std::wstring found(kLongestPath, L'\0');
-  const std::wstring name = fs::path(kLibraryName).wstring();
-  const DWORD length =
-      SearchPathW(nullptr, name.c_str(), nullptr, kLongestPath, found.data(), nullptr);
+  const DWORD length = SearchPathW(nullptr, fs::path(kLibraryName).c_str(), nullptr, kLongestPath,
+                                   found.data(), nullptr);
   if (length == 0 || length >= kLongestPath) return std::nullopt;
   found.resize(length);
   return fs::path(found);

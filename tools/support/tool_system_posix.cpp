@@ -8,7 +8,6 @@
 #include <csignal>
 #include <cstdlib>
 #include <ctime>
-#include <thread>
 #include <vector>
 
 #include "support/output_file.h"
@@ -117,10 +116,7 @@ bool ShowsColour(Stream stream) {
          std::string(terminal) != "dumb";
 }
 
-int ProcessorCount() {
-  const unsigned count = std::thread::hardware_concurrency();
-  return count == 0 ? 1 : static_cast<int>(count);
-}
+int ProcessorCount() { return static_cast<int>(sysconf(_SC_NPROCESSORS_ONLN)); }
 
 void RunInThreads(int count, const std::function<void()>& work,
                   const std::function<void()>& watch) {

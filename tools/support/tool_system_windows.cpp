@@ -4,8 +4,6 @@
 #include <io.h>
 #include <windows.h>
 
-#include <algorithm>
-#include <cerrno>
 #include <cstdlib>
 #include <vector>
 
@@ -57,10 +55,9 @@ std::string SystemErrorText(SystemError error) {
   return text.empty() ? "system error " + std::to_string(error) : text;
 }
 
-// For the runtime library, a write of too few bytes is a full disk, without an error of the system.
+// A stream that writes too few bytes fails without an error of the system: the disk is full.
 SystemError LastFileError() {
-  if (_doserrno != 0) return static_cast<SystemError>(_doserrno);
-  return errno == ENOSPC ? ERROR_DISK_FULL : ERROR_GEN_FAILURE;
+  return static_cast<SystemError>(_doserrno != 0 ? _doserrno : ERROR_DISK_FULL);
 }
 
 bool MeansFullDisk(SystemError error) {
@@ -120,9 +117,9 @@ void KeepClosedStreamsClosed() {}
 bool ShowsColour(Stream /*stream*/) { return false; }
 
 int ProcessorCount() {
-  SYSTEM_INFO information = {};
-  GetSystemInfo(&information);
-  return std::max(1, static_cast<int>(information.dwNumberOfProcessors));
+  SYSTEM_INFO system = {};
+  GetSystemInfo(&system);
+  return static_cast<int>(system.dwNumberOfProcessors);
 }
 
 void RunInThreads(int count, const std::function<void()>& work,

@@ -56,7 +56,7 @@ bool DecodesRight(const LoadedLibrary& library, const Json& vector, const Bytes&
 
 }  // namespace
 
-void CheckKnownAnswers(const LoadedLibrary& library, Report& report) {
+void CheckKnownResults(const LoadedLibrary& library, Report& report) {
   std::size_t count = 0;
   std::vector<std::string> wrong;
   const auto expect = [&](const std::string& name, bool isRight) {
