@@ -143,7 +143,7 @@ def wrapper_page():
     text = re.sub(r"^namespace detail \{.*?^\}  // namespace detail$", "", text, flags=re.S | re.M)
     lines = ["# The C++ wrapper", ""]
     tokens = re.compile(r"^// ---- (.*?)(?: -+)?$|^((?://.*\n)+)((?:template.*\n)?(?:class|struct|enum)"
-                        r"(?:.|\n)*?^\};|(?:template|inline|using)[^;{]*|$)", re.M)
+                        r"(?:.|\n)*?^\};|(?:template|inline|using|constexpr)(?:[^;{]|\{\})*|$)", re.M)
     for title, comment, code in tokens.findall(text):
         if title:
             lines += [f"## {title}", ""]
