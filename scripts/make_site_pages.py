@@ -142,13 +142,16 @@ def wrapper_page():
     text = (ROOT / "include/launcher_dll.hpp").read_text(encoding="ascii")
     text = re.sub(r"^namespace detail \{.*?^\}  // namespace detail$", "", text, flags=re.S | re.M)
     lines = ["# The C++ wrapper", ""]
-    tokens = re.compile(r"^// ---- (.*?)(?: -+)?$|^((?://.*\n)+)((?:template.*\n)?(?:class|struct|enum)"
-                        r"(?:.|\n)*?^\};|(?:template|inline|using|constexpr)(?:[^;{]|\{\})*|$)", re.M)
+    tokens = re.compile(r"^// ---- (.*?)(?: -+)?$|^((?://.*\n)+)"
+                        r"((?:template.*\n)?(?:class|struct|enum)(?:.|\n)*?^\};|"
+                        r"(?:template|inline|using|constexpr)(?:[^;{]|\{\})*|$)", re.M)
     for title, comment, code in tokens.findall(text):
         if title:
             lines += [f"## {title}", ""]
         else:
-            code = re.sub(r"\s* private:.*", "\n};", code, flags=re.S).removeprefix("inline ").strip()
+            code = re.sub(r"\s* private:.*", "\n};", code, flags=re.S).strip()
+            if code.startswith("inline "):
+                code = code.replace("\n       ", "\n").removeprefix("inline ")
             # The bodies of members, and what they begin with after a colon.
             code = re.sub(r"(\))([\w ]*)(?:\s+: [^;]*?)? \{(?:[^{}]|\{[^{}]*\})*\}(?=\n)", r"\1\2;", code)
             lines += ["```cpp", code, "```"] if code else []
