@@ -1,23 +1,26 @@
 #!/usr/bin/env bash
 # Makes the documents' site, with a page for each export: build/site/html/index.html.
 #
-#   scripts/make_site.sh [--help]
+#   scripts/make_site.sh [--serve]
 #
-# Needs Doxygen, which scripts/setup.sh site installs. Exit status: 0 if all went without a warning.
+#   --serve   show it at http://127.0.0.1:8000/, because the search works only with a server
+#
+# Needs MkDocs with its theme Material, which scripts/setup.sh site installs. Nothing is fetched. Exit
+# status: 0 if there was no warning, 1 if there was one, 2 if MkDocs or the theme is missing.
 set -euo pipefail
 
-[ $# -eq 0 ] || { sed -n '2,/^set -/{/^set -/d;s/^# \{0,1\}//;p}' "$0" >&2; exit 2; }
+case "$*" in
+  '' | --serve) ;;
+  *) sed -n '2,/^set -/{/^set -/d;s/^# \{0,1\}//;p}' "$0" >&2; exit 2 ;;
+esac
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-if ! command -v doxygen >/dev/null; then
-  echo 'site: Doxygen is not installed: run scripts/setup.sh site' >&2
+if ! dpkg-query -W mkdocs mkdocs-material >/dev/null 2>&1; then
+  echo 'site: MkDocs or its theme is missing: run scripts/setup.sh site' >&2
   exit 2
 fi
 rm -rf build/site
-mkdir -p build/site/sources
-scripts/make_site_pages.py build/site/sources
-LAUNCHER_VERSION=$(sed -n 's/^#define QX_VERSION "\(.*\)"$/\1/p' include/launcher_dll.h)
-export LAUNCHER_VERSION
-# From there, since a link to a page is taken for one to a file of that name where there is one.
-(cd build/site && doxygen ../../docs/Doxyfile)
+scripts/make_site_pages.py build/site
+mkdocs build --strict --config-file build/site/mkdocs.yml
 echo 'site: build/site/html/index.html'
+[ $# -eq 0 ] || exec python3 -m http.server --bind 127.0.0.1 --directory build/site/html 8000

@@ -21,7 +21,7 @@ needs=(
   'test | programs that the tests call | git openssl mandoc mono-mcs zsh fish'
   'lint | static checks | git clang-format clang-tidy cppcheck shellcheck'
   'fuzz | the fuzzers | libclang-rt-dev'
-  'site | the documents as a site | doxygen'
+  'site | the documents as a site | mkdocs mkdocs-material'
   'bench | benchmarks and the libraries to compare with | libbenchmark-dev nettle-dev
     libgcrypt20-dev libbotan-2-dev libcrypto++-dev'
   'coverage | what the tests reach | gcovr'

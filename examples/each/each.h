@@ -1,4 +1,4 @@
-/* One small example for each of the library's functions. The site shows what stands between two
+/* One small example for each of the library's functions. The site shows the code between two
  * markers [NAME]; example_each runs them all. */
 
 #ifndef EXAMPLES_EACH_EACH_H_
