@@ -40,10 +40,10 @@ def encipher(key, region):
     return enciphered
 
 
-def container(key, payload, length=None, filler=b"\0", digest_of=None):
+def container(key, payload, length=None, filler=b"\0", digest=None):
     """A container. A length, filler or digest that is given replaces the right one."""
     region = struct.pack("<I", len(payload) if length is None else length)
-    region += sha256(payload if digest_of is None else digest_of) + payload
+    region += (digest or sha256(payload)) + payload
     region += filler * (-len(region) % 8)
     return b"BFBR" + encipher(key, region)
 
@@ -125,15 +125,19 @@ def vectors():
     for length in (92, 93, 100, 101):
         fits = 93 <= length <= 100
         yield vector(f"length-{length}-of-100", "93 to 100 bytes need as many blocks as are here",
-                     container(BUILT_IN_KEY, body, length=length, digest_of=body[:length]),
+                     container(BUILT_IN_KEY, body, length=length, digest=sha256(body[:length])),
                      body[:length] if fits else None, None if fits else "length")
     for length in (0xFFFFFFFD, 0xFFFFFFFF, 0x80000000):
         yield vector(f"length-{length:x}", "a sum in 32 bits may wrap and must not pass",
                      container(BUILT_IN_KEY, pattern(4), length=length), reason="length")
     yield vector("digest-of-other-data", "the digest is the payload's",
-                 container(BUILT_IN_KEY, body, digest_of=b"other"), reason="digest")
+                 container(BUILT_IN_KEY, body, digest=sha256(b"other")), reason="digest")
     yield vector("digest-with-filler", "the digest does not cover the filler",
-                 container(BUILT_IN_KEY, pattern(5), digest_of=pattern(5) + bytes(7)),
+                 container(BUILT_IN_KEY, pattern(5), digest=sha256(pattern(5) + bytes(7))),
+                 reason="digest")
+    payload = next(b"%d" % i for i in range(10000) if sha256(b"%d" % i)[0] == 0)
+    yield vector("digest-differs-at-its-end", "all 32 bytes count, also after a byte of zero",
+                 container(BUILT_IN_KEY, payload, digest=sha256(payload)[:31] + b"\0"),
                  reason="digest")
     yield vector("length-big-endian", "the length is little-endian",
                  container(BUILT_IN_KEY, pattern(4), length=0x04000000), reason="length")
