@@ -1,5 +1,5 @@
-// By the Intel 64 and IA-32 Architectures Software Developer's Manual, volume 2:
-// CPUID and XGETBV.
+// The leaves and bits are those of the Intel 64 and IA-32 Architectures Software Developer's
+// Manual, volume 2, CPUID and XGETBV.
 
 #include "platform/cpu_features.h"
 
@@ -18,7 +18,7 @@ struct Registers {
   unsigned edx = 0;
 };
 
-// All zero for a leaf that the processor does not know.
+// Returns zeros for a leaf that the processor does not have. Subleaf 0 always.
 Registers CpuId(unsigned leaf) {
   Registers found;
   __get_cpuid_count(leaf, 0, &found.eax, &found.ebx, &found.ecx, &found.edx);
@@ -27,19 +27,21 @@ Registers CpuId(unsigned leaf) {
 
 bool HasBit(unsigned word, int bit) { return ((word >> bit) & 1) != 0; }
 
-// The register states that the operating system saves for a program.
+// Returns the register states that the operating system saves for a program, a bit for each.
+// Without OSXSAVE the instruction is illegal.
 std::uint32_t EnabledStates() {
   std::uint32_t low = 0;
   std::uint32_t high = 0;
-  // Not by intrinsic: that would compile this file for processors that have the instruction.
+  // Not by the intrinsic, which exists only if this file is compiled for processors that have
+  // XSAVE.
   asm volatile("xgetbv" : "=a"(low), "=d"(high) : "c"(0));
   return low;
 }
 
 bool KeepsAvx512Registers() {
   constexpr int kOsXsave = 27;
-  // SSE, AVX, mask registers, the upper halves of the first 16 and the whole of the other
-  // registers.
+  // SSE, AVX, the mask registers, the upper halves of the first 16 registers, and the other 16
+  // registers as a whole. If one bit is missing, a thread switch can destroy a register.
   constexpr std::uint32_t kNeeded = 0xE6;
   return HasBit(CpuId(1).ecx, kOsXsave) && (EnabledStates() & kNeeded) == kNeeded;
 }
@@ -56,7 +58,7 @@ bool HasAvx512Vbmi() {
 
 CpuFeatures ThisCpu() {
   enum State { kNotAsked, kPlain, kAvx512Vbmi };
-  // Threads that ask at the same time get the same answer, so no order is needed.
+  // Threads that ask at the same time store the same value, so relaxed order is enough.
   static std::atomic<State> state{kNotAsked};
   State known = state.load(std::memory_order_relaxed);
   if (known == kNotAsked) {

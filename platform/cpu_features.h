@@ -1,4 +1,4 @@
-// What the processor can do beyond every x86, as far as the cipher has a use for it.
+// The features of the processor, beyond those of every x86, that the cipher can use.
 
 #ifndef LAUNCHER_PLATFORM_CPU_FEATURES_H_
 #define LAUNCHER_PLATFORM_CPU_FEATURES_H_
@@ -6,12 +6,13 @@
 namespace launcher {
 
 struct CpuFeatures {
-  // With F, BW and DQ, and an operating system that keeps its registers.
+  // AVX-512 VBMI together with AVX-512 F, BW and DQ, on an operating system that saves the
+  // registers.
   bool hasAvx512Vbmi = false;
 };
 
 // Asks the processor at the first call only: in a virtual machine that can take tens of
-// microseconds.
+// microseconds. May be called by several threads at once.
 CpuFeatures ThisCpu();
 
 }  // namespace launcher

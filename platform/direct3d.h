@@ -13,6 +13,7 @@
 
 namespace launcher {
 
+// Releases its own reference only; the object lives as long as others have one.
 struct Direct3DKind {
   using Handle = IDirect3D9*;
   static constexpr Handle kNone = nullptr;

@@ -1,4 +1,5 @@
-// Direct3DCreate9, passed on to the system's Direct3D 9. Where that is missing it fails.
+// Direct3DCreate9, which calls the function of the system's Direct3D 9. If that is missing, it
+// fails: it returns null.
 
 #include "platform/direct3d.h"
 #include "platform/late_library.h"

@@ -7,13 +7,14 @@
 #include <cstdlib>
 
 #if defined(_WIN32)
-// The linker's name for malloc itself, past platform/windows/runtime_reserve.cpp.
+// The linker's name for malloc itself, without platform/windows/runtime_reserve.cpp.
 extern "C" void* __real_malloc(std::size_t size);
 #endif
 
 namespace launcher {
 
-// A block of `size` bytes, or null where memory ran out. It goes back by std::free.
+// Returns a block of `size` bytes, or null if memory ran out. The caller frees it with std::free.
+// On Windows it does not use the reserve of the runtime.
 inline void* AllocateBlock(std::size_t size) {
 #if defined(_WIN32)
   return __real_malloc(size);

@@ -9,12 +9,13 @@ namespace launcher {
 
 enum class LateFolders : std::uint8_t {
   kProgramAndSystem,
-  kOwnToo,  // the folder of this library as well, after the program's
+  kOwnToo,  // the folder of this library as well, after the program's and before the system's
 };
 
-// Returns the function `name` of a library, or null if either is missing. Looks for the library in
-// these folders, never in the current directory or PATH, and keeps it loaded. A library of that
-// name that the program has loaded itself is taken first.
+// Returns the function `name` of a library, or null if either is missing. If the program has
+// already loaded a library of that name, uses it. Otherwise searches these folders, but never the
+// current directory or PATH, where somebody else could have put a library. Keeps the library
+// loaded.
 void* FindLateFunction(const char* library, const char* name, LateFolders folders);
 
 }  // namespace launcher

@@ -1,4 +1,4 @@
-// A lock for std::lock_guard. Not std::mutex, which not every compiler for Windows has.
+// A lock for std::lock_guard. It is not std::mutex, since some compilers for Windows have none.
 
 #ifndef LAUNCHER_PLATFORM_MUTEX_H_
 #define LAUNCHER_PLATFORM_MUTEX_H_

@@ -14,9 +14,10 @@ constexpr const wchar_t* kSeparators = L"\\/:";
 constexpr const char* kSeparators = "/";
 #endif
 
-// Differs between files that are written at the same time, by process, thread and object: Windows
-// reports the name of another such file as a refused access, not as an existing file. Not by
-// std::rand, whose sequence belongs to the callers.
+// Returns a number that differs between files that are written at the same time, by process, thread
+// and object. The names must differ from the start: if another such file has the name, Windows
+// reports a refused access, not an existing file. Not by std::rand, whose sequence belongs to the
+// callers. The factors are primes of xxHash (https://xxhash.com), which mix the bits.
 std::uint32_t FirstNumber(const NewFile* file) {
   return GetCurrentProcessId() * 0x9E3779B1 + GetCurrentThreadId() * 0x85EBCA77 +
          static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(file)) * 0xC2B2AE3D +
@@ -27,12 +28,13 @@ std::uint32_t FirstNumber(const NewFile* file) {
 
 SystemError NewFile::CreateBeside(const SystemPath& place) {
   const std::size_t separator = place.find_last_of(kSeparators);
-  const SystemPath directory = place.substr(0, separator + 1);  // npos + 1 is 0
+  // npos + 1 is 0: without a separator the directory is empty.
+  const SystemPath directory = place.substr(0, separator + 1);
 
   constexpr std::uint32_t kTries = 0x10000;
   SystemError error = 0;
   std::uint32_t number = FirstNumber(this);
-  // Killed processes may have left files behind.
+  // Killed processes may have left files under these names.
   for (std::uint32_t i = 0; i < kTries; ++i, ++number) {
     char name[16];
     const int length =

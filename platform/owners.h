@@ -11,7 +11,8 @@
 
 namespace launcher {
 
-// Kind gives the handle's type, the value that stands for none, and Release.
+// Kind has the handle's type, the value that means none, and Release. The failures of Release are
+// not reported: nothing could be done about them.
 template <class Kind>
 class Owner {
  public:
@@ -26,10 +27,10 @@ class Owner {
   explicit operator bool() const { return handle_ != Kind::kNone; }
   Handle Get() const { return handle_; }
 
-  // Gives the handle away, unreleased.
+  // Returns the handle without releasing it. The caller owns it then.
   Handle Detach() { return std::exchange(handle_, Kind::kNone); }
 
-  // Releases the handle, and takes another one.
+  // Releases the handle, if there is one, and becomes the owner of another one.
   void Reset(Handle handle = Kind::kNone) {
     if (handle_ != Kind::kNone) Kind::Release(handle_);
     handle_ = handle;
@@ -39,6 +40,7 @@ class Owner {
   Handle handle_ = Kind::kNone;
 };
 
+// A process or a thread. The functions that create these return null on failure.
 struct KernelHandleKind {
   using Handle = HANDLE;
   static constexpr Handle kNone = nullptr;
@@ -46,7 +48,8 @@ struct KernelHandleKind {
 };
 using KernelHandle = Owner<KernelHandleKind>;
 
-// A file or a directory of CreateFileA.
+// A file or a directory of CreateFileA, which returns INVALID_HANDLE_VALUE on failure. That is a
+// cast and so not constexpr.
 struct FileHandleKind {
   using Handle = HANDLE;
   static inline const Handle kNone = INVALID_HANDLE_VALUE;
@@ -94,6 +97,8 @@ struct LocalBlockKind {
 template <class T>
 using LocalBlock = Owner<LocalBlockKind<T>>;
 
+// A stream. Its last write can fail unnoticed when it closes, so a writer must not leave anything
+// in its buffer.
 struct FileCloser {
   void operator()(std::FILE* file) const { std::fclose(file); }
 };

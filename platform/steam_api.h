@@ -1,8 +1,9 @@
 // What the library needs of the Steam client library, steam_api.dll (natively libsteam_api.so).
 //
-// The binary interface is fixed, since other builds of that library take the stand-in's place:
-// undecorated cdecl functions, and abstract classes whose virtual functions stand in this order and
-// in no other. A new function goes to the end of its class.
+// The binary interface is fixed, since other builds of that library replace the stand-in:
+// undecorated cdecl functions, and abstract classes with these virtual functions in this order. A
+// new function goes to the end of its class. All memory that a function returns belongs to Steam;
+// sizes and capacities are in bytes.
 
 #ifndef LAUNCHER_PLATFORM_STEAM_API_H_
 #define LAUNCHER_PLATFORM_STEAM_API_H_
@@ -15,13 +16,14 @@
 #define STEAM_API_CALL
 #endif
 
-// None has a virtual destructor: an interface belongs to the Steam client library for good.
+// No class has a virtual destructor, which would be one more virtual function: an interface always
+// belongs to the Steam client library.
 class ISteamUser {
  public:
   virtual bool BLoggedOn() = 0;
   virtual std::uint64_t GetSteamID() = 0;
   virtual bool GetUserDataFolder(char* buffer, int capacity) = 0;
-  // A handle, 0 for no ticket.
+  // Writes the ticket and its size. Returns a handle, 0 for no ticket.
   virtual std::uint32_t GetAuthSessionTicket(void* ticket, int capacity, std::uint32_t* size) = 0;
 
  protected:
@@ -65,14 +67,15 @@ class ISteamRemoteStorage {
 
 class ISteamHTTP {
  public:
-  // `method` is 1 GET, 2 HEAD, 3 POST, 4 PUT, 5 DELETE, 6 OPTIONS or 7 PATCH. A handle, 0 on
-  // failure.
+  // `method` is 1 GET, 2 HEAD, 3 POST, 4 PUT, 5 DELETE, 6 OPTIONS or 7 PATCH. Returns a handle, 0
+  // on failure.
   virtual std::uint32_t CreateHTTPRequest(int method, const char* url) = 0;
   virtual bool SetHTTPRequestRawPostBody(std::uint32_t request, const char* contentType,
                                          std::uint8_t* body, std::uint32_t size) = 0;
-  // Returns once the response is whole.
+  // Returns after the response is complete.
   virtual bool SendHTTPRequest(std::uint32_t request, std::uint64_t* call) = 0;
-  // The value of "Content-Length" is the count of body bytes held, however the server framed them.
+  // For "Content-Length" the size is the number of body bytes received, however the server sent
+  // them.
   virtual bool GetHTTPResponseHeaderSize(std::uint32_t request, const char* name,
                                          std::uint32_t* size) = 0;
   virtual bool GetHTTPResponseBodyData(std::uint32_t request, std::uint8_t* buffer,
@@ -89,7 +92,7 @@ void STEAM_API_CALL SteamAPI_Shutdown();
 bool STEAM_API_CALL SteamAPI_IsSteamRunning();
 bool STEAM_API_CALL SteamAPI_RestartAppIfNecessary(std::uint32_t appId);
 
-// Null where the interface is not to be had.
+// Null if the interface is not available.
 ISteamUser* STEAM_API_CALL SteamUser();
 ISteamFriends* STEAM_API_CALL SteamFriends();
 ISteamApps* STEAM_API_CALL SteamApps();

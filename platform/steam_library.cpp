@@ -12,8 +12,8 @@ constexpr char kLibrary[] = "steam_api.dll";
 constexpr char kLibrary[] = "libsteam_api.so";
 #endif
 
-// Calls the library's function `name`, which has the type of `self`. Returns nothing, false or
-// null if there is none.
+// Calls the library's function `name`, which has the type of `self`; that parameter only lets the
+// compiler deduce the type. If there is no such function, returns nothing, false or null.
 template <class Result, class... Arguments>
 Result PassOn(Result(STEAM_API_CALL* /*self*/)(Arguments...), const char* name,
               Arguments... arguments) {

@@ -1,17 +1,18 @@
 // The Win32 names that the library uses: the system's own on Windows, those of the native layer
-// elsewhere. The sources in src/ include this and know no platform.
+// elsewhere. The sources in src/ include this file, so they need no test for a platform.
 
 #ifndef LAUNCHER_PLATFORM_WIN32_H_
 #define LAUNCHER_PLATFORM_WIN32_H_
 
 #if defined(_WIN32)
 
+// Otherwise <windows.h> defines min and max as macros, which breaks std::min.
 #ifndef NOMINMAX
 #define NOMINMAX
 #endif
-// <windows.h> first: the others build on it.
+// <windows.h> first: the others need it.
 #include <windows.h>
-// then
+// This line keeps clang-format from sorting <windows.h> into the includes below.
 #include <bcrypt.h>
 #include <share.h>
 #include <shellapi.h>

@@ -1,4 +1,5 @@
-// The process's command line, put together from the arguments that the kernel holds.
+// The process's command line. Linux has only separate arguments, so this file joins them in a way
+// that splitting by the Windows rules gives the same arguments again.
 
 #include "platform/posix/command_line.h"
 
@@ -13,9 +14,11 @@
 namespace launcher::posix {
 namespace {
 
+// With two texts for its constructor it does not throw: they replace what cannot be converted.
 using Utf8 = std::wstring_convert<std::codecvt_utf8<wchar_t>>;
 
-// Quotes a text so that SplitCommandLine gives it back.
+// Quotes a text so that SplitCommandLine returns it unchanged: backslashes before a quote, and
+// those at the end, which are before the closing quote, are doubled.
 std::string Quoted(const std::string& text) {
   std::string quoted = "\"";
   std::size_t slashes = 0;
@@ -34,7 +37,7 @@ std::string CommandLine() {
   for (std::size_t at = 0; at < raw.size(); at += std::strlen(&raw[at]) + 1) {
     const std::string text(&raw[at]);
     if (at == 0) {
-      line = '"' + text + '"';  // the program's name knows no backslash rule
+      line = '"' + text + '"';  // in the program's name a backslash has no special meaning
     } else {
       line += ' ';
       line += text.empty() || text.find_first_of(" \t\"") != text.npos ? Quoted(text) : text;
@@ -43,11 +46,13 @@ std::string CommandLine() {
   return line;
 }
 
-// Made when the program starts, since asking for them cannot fail.
+// Made when the program starts, since the functions that return them cannot fail. The wide line
+// needs the narrow one, so it comes second.
 std::string narrowLine = CommandLine();
 std::wstring wideLine = Utf8("?", L"\uFFFD").from_bytes(narrowLine);
 
-// The pointers and then the texts, in one block.
+// Returns the pointers and the texts in one block, which a single LocalFree frees. Null if memory
+// runs out.
 wchar_t** PackedTexts(const std::vector<std::wstring>& texts) {
   std::size_t size = (texts.size() + 1) * sizeof(wchar_t*);
   for (const std::wstring& text : texts) size += (text.size() + 1) * sizeof(wchar_t);
@@ -64,6 +69,7 @@ wchar_t** PackedTexts(const std::vector<std::wstring>& texts) {
   return block;
 }
 
+// Returns the size in bytes, terminator included. With a capacity of 0 nothing is written.
 int ConvertToUtf8(const wchar_t* text, char* destination, int capacity) {
   const std::string bytes = Utf8("?", L"\uFFFD").to_bytes(text);
   const int size = static_cast<int>(bytes.size()) + 1;

@@ -9,17 +9,18 @@
 
 namespace launcher::posix {
 
-// A path as this system writes it.
+// Returns a path with the separators of this system.
 inline std::string NativePath(const char* path) {
   std::string native(path);
   std::replace(native.begin(), native.end(), '\\', '/');
   return native;
 }
 
-// Splits by the rules of CommandLineToArgvW. The first text is the program: up to the next double
-// quote if it begins with one, else up to the next blank. In the others a quote opens or closes a
-// quoted stretch, 2n backslashes ahead of a quote stand for n, 2n + 1 for n and the quote itself,
-// and two quotes inside a quoted stretch for one.
+// Splits by the rules of CommandLineToArgvW. The first text is the program: if it begins with a
+// double quote, it ends at the next one, otherwise at the next blank. In the other texts a quote
+// starts or ends a quoted part. Before a quote, 2n backslashes mean n backslashes, and 2n + 1 mean
+// n backslashes and the quote itself. Two quotes inside a quoted part mean one. An empty line has
+// no text.
 template <class Char>
 std::vector<std::basic_string<Char>> SplitCommandLine(const std::basic_string<Char>& line) {
   using Text = std::basic_string<Char>;
@@ -48,6 +49,7 @@ std::vector<std::basic_string<Char>> SplitCommandLine(const std::basic_string<Ch
       const auto slashesEnd = std::find_if(at, end, [](Char c) { return c != '\\'; });
       auto slashes = static_cast<std::size_t>(slashesEnd - at);
       at = slashesEnd;
+      // Backslashes that are not before a quote mean themselves.
       if (at == end || *at != '"') {
         text.append(slashes, Char('\\'));
         if (at != end && (isQuoted || !isBlank(*at))) text.push_back(*at++);

@@ -1,4 +1,5 @@
-// The calls of CNG and of CryptoAPI that make a SHA-256 digest, on libcrypto.
+// The calls of CNG and of CryptoAPI that compute a SHA-256 digest, by libcrypto. Anything that the
+// library does not ask for is refused, so that a wrong argument fails natively too.
 
 #include <openssl/evp.h>
 
@@ -7,9 +8,9 @@
 namespace launcher::posix {
 namespace {
 
-// A provider holds nothing here; any value but 0 does.
+// A provider owns nothing here. Its handle can be any value except 0.
 constexpr HCRYPTPROV kProvider = 1;
-constexpr std::uintptr_t kSha256Handle = 0x41;
+constexpr std::uintptr_t kSha256Handle = 0x41;  // BCRYPT_SHA256_ALG_HANDLE
 constexpr DWORD kDigestSize = 32;
 
 constexpr NTSTATUS kSuccess = 0;

@@ -1,5 +1,5 @@
-// Direct3D 9 as the library uses it. Linux has none, but a program can bring a library of this
-// interface along: the tests do.
+// Direct3D 9 as the library uses it. Linux has none, but a program can have a library with this
+// interface beside it, as the tests do.
 
 #ifndef LAUNCHER_PLATFORM_POSIX_DIRECT3D_POSIX_H_
 #define LAUNCHER_PLATFORM_POSIX_DIRECT3D_POSIX_H_
@@ -27,7 +27,7 @@ struct D3DPRESENT_PARAMETERS;
 struct IDirect3DDevice9;
 
 inline constexpr HRESULT D3D_OK = 0;
-inline constexpr HRESULT D3DERR_NOTAVAILABLE = -2005530518;
+inline constexpr HRESULT D3DERR_NOTAVAILABLE = -2005530518;  // 0x8876086A
 
 struct D3DDISPLAYMODE {
   UINT Width;
@@ -36,7 +36,8 @@ struct D3DDISPLAYMODE {
   D3DFORMAT Format;
 };
 
-// All of its functions in their order, so that one source makes such a library for Windows too.
+// All of its functions in their order, so that the source of such a library also builds for
+// Windows.
 struct IDirect3D9 {
   virtual HRESULT WINAPI QueryInterface(REFIID interfaceId, void** object) = 0;
   virtual ULONG WINAPI AddRef() = 0;

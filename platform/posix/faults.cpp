@@ -1,3 +1,5 @@
+// One plan for the process, since a planned call can be made by any thread.
+
 #include "platform/posix/faults.h"
 
 #include <atomic>
@@ -23,7 +25,7 @@ bool isRecording = false;
 std::vector<std::string> recordedCalls;
 
 std::atomic<int> objectCount{0};
-thread_local DWORD lastError = 0;
+thread_local DWORD lastError = 0;  // each thread has its own, as on Windows
 
 }  // namespace
 

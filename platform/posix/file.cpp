@@ -1,4 +1,4 @@
-// Files, by paths in which a backslash separates names too.
+// Files. In their paths a backslash separates names, as a slash does.
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -23,32 +23,33 @@
 namespace launcher::posix {
 namespace {
 
-// The path of an entry itself: a separator at the end would lead through a link.
+// Returns the path of an entry itself. A separator at the end would make Linux follow a link.
 std::string EntryPath(const char* path) {
   std::string native = NativePath(path);
   while (native.size() > 1 && native.back() == '/') native.pop_back();
   return native;
 }
 
+// Returns INVALID_FILE_ATTRIBUTES if there is no such entry.
 DWORD AttributesOf(const std::string& entry) {
   struct stat status = {};
   if (lstat(entry.c_str(), &status) != 0) return INVALID_FILE_ATTRIBUTES;
   DWORD attributes = (status.st_mode & S_IWUSR) == 0 ? FILE_ATTRIBUTE_READONLY : 0;
   const bool isLink = S_ISLNK(status.st_mode);
-  if (isLink) stat(entry.c_str(), &status);  // of one that leads nowhere the link's own stays
+  if (isLink) stat(entry.c_str(), &status);  // if it leads nowhere, the status stays the link's own
   if (S_ISDIR(status.st_mode)) {
     attributes |= FILE_ATTRIBUTE_DIRECTORY | (isLink ? FILE_ATTRIBUTE_REPARSE_POINT : 0);
   }
   return attributes != 0 ? attributes : FILE_ATTRIBUTE_NORMAL;
 }
 
-// What FindFirstFileA hands out.
+// What FindFirstFileA returns as a handle.
 struct Listing {
   std::string directory;  // with a separator at its end
   std::vector<std::string> names;
   std::size_t next = 0;
 
-  // Answers false where there is no more. Names that are gone by now are left out.
+  // Returns false if there is no more. Leaves out names that do not exist any more or do not fit.
   bool Give(WIN32_FIND_DATAA* entry) {
     for (; next < names.size(); ++next) {
       const std::string& name = names[next];
@@ -67,7 +68,7 @@ struct DirectoryCloser {
   void operator()(DIR* directory) const { closedir(directory); }
 };
 
-// Null where there is no such directory.
+// Returns null if there is no such directory. Sorts the names, so that tests always see one order.
 std::unique_ptr<Listing> ListDirectory(std::string directory) {
   const std::unique_ptr<DIR, DirectoryCloser> opened(opendir(directory.c_str()));
   if (!opened) return nullptr;
@@ -90,13 +91,13 @@ std::FILE* _fsopen(const char* path, const char* mode, int share) {
   }
   constexpr std::FILE* kNone = nullptr;
   return WithoutThrowing(kNone, [=] {
-    // "e": a child does not inherit it.
+    // "e" sets O_CLOEXEC: a child process does not inherit the file.
     std::FILE* const file = std::fopen(NativePath(path).c_str(), (std::string(mode) + 'e').c_str());
     struct stat status = {};
     if (file == nullptr || fstat(fileno(file), &status) != 0 || !S_ISDIR(status.st_mode)) {
       return file;
     }
-    std::fclose(file);  // Windows opens no directory
+    std::fclose(file);  // Linux opens a directory for reading, Windows does not
     return kNone;
   });
 }
@@ -136,6 +137,7 @@ HANDLE CreateFileA(const char* path, DWORD access, DWORD /*share*/, void* /*secu
     return INVALID_HANDLE_VALUE;
   }
   return WithoutThrowing(INVALID_HANDLE_VALUE, [=] {
+    // O_PATH can open a link itself; the handle is only for GetFileInformationByHandle.
     const bool opensLink = (flags & FILE_FLAG_OPEN_REPARSE_POINT) != 0;
     return opensLink ? OpenFileHandle(EntryPath(path).c_str(), O_PATH | O_NOFOLLOW)
                      : OpenFileHandle(NativePath(path).c_str(), O_RDONLY | O_DIRECTORY);
@@ -158,6 +160,7 @@ HANDLE FindFirstFileA(const char* pattern, WIN32_FIND_DATAA* entry) {
   if (MustFail(__func__)) return INVALID_HANDLE_VALUE;
   return WithoutThrowing(INVALID_HANDLE_VALUE, [=] {
     std::string directory = NativePath(pattern);
+    // Only this pattern, which finds every name on Windows.
     const std::size_t end = directory.rfind("/*.*");
     const bool isOfNetwork = directory.compare(0, 2, "//") == 0;
     if (end == std::string::npos || end + 4 != directory.size() || isOfNetwork) {
@@ -194,6 +197,7 @@ BOOL DeleteFileA(const char* path) {
   using namespace launcher::posix;
   if (MustFail(__func__)) return FALSE;
   return WithoutThrowing(FALSE, [=] {
+    // unlink would remove a read-only file; Windows refuses it.
     const std::string native = NativePath(path);
     const DWORD attributes = AttributesOf(native);
     if (attributes != INVALID_FILE_ATTRIBUTES &&

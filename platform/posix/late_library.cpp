@@ -1,4 +1,4 @@
-// The native library's own folder counts as the program's.
+// Libraries that are loaded on first use. The native library's own folder counts as the program's.
 
 #include "platform/late_library.h"
 
@@ -11,6 +11,7 @@
 namespace launcher {
 namespace {
 
+// Returns the folder of this library with a slash at its end, or an empty text.
 std::string OwnFolder() {
   static const char inside = 0;
   Dl_info found = {};
@@ -21,11 +22,11 @@ std::string OwnFolder() {
 
 void* Open(const std::string& path, int mode) { return dlopen(path.c_str(), RTLD_NOW | mode); }
 
-// By its whole path first: a search path in this library would not do, since the address sanitizer
-// makes the call in the library's place.
+// Tries the full path first. A search path in this library (RPATH) is not enough: the address
+// sanitizer intercepts dlopen, and then the search path of the sanitizer's library counts.
 void* OpenLibrary(const char* library) {
   if (void* const loaded = Open(library, RTLD_NOLOAD)) {
-    dlclose(loaded);  // it stays loaded: this only counts back
+    dlclose(loaded);  // takes back the reference of RTLD_NOLOAD; the library stays loaded
     return loaded;
   }
   const std::string folder = OwnFolder();
@@ -36,6 +37,7 @@ void* OpenLibrary(const char* library) {
 }  // namespace
 
 void* FindLateFunction(const char* library, const char* name, LateFolders /*folders*/) {
+  // By the name of the function, so that a test can make one function of a library missing.
   if (posix::MustFail(name)) return nullptr;
   constexpr void* kNone = nullptr;
   return posix::WithoutThrowing(kNone, [=] {

@@ -14,12 +14,14 @@
 namespace launcher::posix {
 namespace {
 
-// Windows frees a block by its address alone, so somebody has to know its size.
+// VirtualFreeEx gets only the address of a block, but munmap needs its size too.
 std::mutex blocksMutex;
 std::map<void*, std::size_t> blocks;
 
 enum class Direction { kRead, kWrite };
 
+// Copies between this process and `process`. The kernel decides whether that is permitted. A part
+// is a failure, as on Windows.
 BOOL Transfer(Direction direction, HANDLE process, void* remote, void* local, std::size_t size,
               std::size_t* done) {
   const pid_t pid = ProcessIdOf(process);
@@ -45,6 +47,7 @@ void* VirtualAllocEx(HANDLE process, void* address, SIZE_T size, DWORD type, DWO
     Fail(kErrorInvalidParameter);
     return nullptr;
   }
+  // MAP_32BIT: an address in the first 2 GiB.
   void* const block =
       mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_32BIT, -1, 0);
   if (block == MAP_FAILED) {
@@ -99,6 +102,7 @@ HLOCAL LocalAlloc(UINT flags, SIZE_T size) {
     Fail(kErrorInvalidParameter);
     return nullptr;
   }
+  // For 0 bytes Windows returns a block too, which malloc may not do.
   void* const block = std::malloc(size == 0 ? 1 : size);
   if (block == nullptr) {
     Fail(kErrorNotEnoughMemory);

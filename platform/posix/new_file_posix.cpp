@@ -1,3 +1,5 @@
+// NewFile on Linux.
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -13,27 +15,30 @@
 namespace launcher {
 namespace {
 
-// No system call takes more at once than this, a little below 2 GiB.
+// In bytes, a little below 2 GiB: no system call transfers more at once.
 constexpr std::size_t kLargestTransfer = 0x7FFF0000;
 
-// The result of a system call; it fails on purpose if the tests say so.
+// Makes a system call, which returns 0 on success, and returns its error. Fails without the call if
+// a test has planned it.
 template <class Call>
 SystemError ErrorOf(const char* name, Call call) {
   if (posix::MustFail(name)) return EIO;
   return call() == 0 ? 0 : errno;
 }
 
+// Returns 0, or -1 with the reason in errno; EEXIST if anything has the name `to`.
 int RenameWithoutReplacing(const char* from, const char* to) {
   if (renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return 0;
-  // Not every file system can do that. A second name, and then the end of the first, is the same to
-  // whoever looks at `to`.
+  // Not every file system supports this. A second name, after which the first is removed, has the
+  // same effect on `to`: link does not replace anything either.
   const bool isUnsupported = errno == EINVAL || errno == ENOSYS;
   if (!isUnsupported || link(from, to) != 0) return -1;
   unlink(from);
   return 0;
 }
 
-// Flushes the new name. A directory that cannot be flushed only delays it.
+// Flushes the new name. A failure is not reported: the name then reaches the disk later, and the
+// file is complete in any case.
 void FlushDirectoryOf(const std::string& path) {
   const std::size_t slash = path.rfind('/');
   const std::string directory = slash == std::string::npos ? "." : path.substr(0, slash + 1);
@@ -51,8 +56,9 @@ SystemPath SystemPathOf(const char* path) { return path; }
 
 SystemError NewFile::Create(const SystemPath& temporary) {
   Abandon();
-  SystemPath name = temporary;  // before there is a file, since memory can run out
-  constexpr mode_t kReadAndWrite = 0666;
+  // Before the file exists, since memory can run out here.
+  SystemPath name = temporary;
+  constexpr mode_t kReadAndWrite = 0666;  // without the bits of the user's umask
   return ErrorOf("open", [&] {
     handle_ = open(name.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, kReadAndWrite);
     if (handle_ == kNone) return -1;
@@ -88,17 +94,20 @@ SystemError NewFile::MoveTo(const SystemPath& place, Existing existing) {
   const bool replaces = existing != Existing::kStays;
   struct stat status = {};
   if (replaces && stat(place.c_str(), &status) == 0) {
+    // rename would replace a device or a pipe too.
     if (!S_ISREG(status.st_mode)) return EEXIST;
-    // Another owner's permissions may not be ours to give; the content counts.
+    // Not every file system has permissions; if this fails, the content counts.
     if (existing == Existing::kReplaced) {
       static_cast<void>(fchmod(static_cast<int>(handle_), status.st_mode & 0777));
     }
   }
-  // Some network file systems report a full disk only now.
+  // Some network file systems report a full disk only when the file closes. It closes even if a
+  // test has planned a failure here.
   const int descriptor = static_cast<int>(std::exchange(handle_, kNone));
   const bool isClosed = close(descriptor) == 0;
   if (const SystemError error = ErrorOf("close", [&] { return isClosed ? 0 : -1; })) return error;
 
+  // Without a temporary name any more, Abandon has nothing to remove.
   if (temporary_ == place) {
     temporary_.clear();
     return 0;

@@ -33,7 +33,8 @@ pid_t WaitForEnd(pid_t pid, int* status, int options) {
 
 constexpr DWORD kFullAccess = 0x1FFFFF;
 
-// The state that both handles of a child share.
+// What is known of a process. Both handles of a child share it, since waitpid reports the end of a
+// child only once.
 struct Process {
   pid_t pid = 0;
   bool isChild = false;
@@ -42,7 +43,7 @@ struct Process {
   DWORD exitCode = STILL_ACTIVE;
 };
 
-// A handle of a process or of a file.
+// A handle of a process or of a file: process is null, or descriptor is -1.
 struct Handle {
   explicit Handle(std::shared_ptr<Process> itsProcess) : process(std::move(itsProcess)) {}
   Handle(const Handle&) = delete;
@@ -61,6 +62,7 @@ OwnedHandle MakeHandle(const std::shared_ptr<Process>& process) {
   return std::make_unique<Handle>(process);
 }
 
+// Gives the handle to the caller, who must close it with CloseHandle.
 HANDLE HandOut(OwnedHandle handle) {
   CountObject(1);
   return handle.release();
@@ -70,15 +72,18 @@ Process* ProcessOf(HANDLE handle) {
   return handle == nullptr ? nullptr : static_cast<Handle*>(handle)->process.get();
 }
 
+// Updates hasEnded and exitCode without waiting. The caller holds the process's mutex.
 void AskWhetherEnded(Process& process) {
   if (process.hasEnded) return;
   if (!process.isChild) {
+    // Only a parent gets an exit code. Another failure than ESRCH means that the process exists.
     process.hasEnded = kill(process.pid, 0) != 0 && errno == ESRCH;
     return;
   }
   int status = 0;
   const pid_t ended = WaitForEnd(process.pid, &status, WNOHANG);
-  // If the caller ignores SIGCHLD, the kernel keeps no exit code.
+  // If the caller ignores SIGCHLD, the kernel keeps no exit code; the child then counts as ended
+  // with exit code 0.
   const bool isLost = ended < 0 && errno == ECHILD;
   if (ended != process.pid && !isLost) return;
   process.hasEnded = true;
@@ -86,7 +91,8 @@ void AskWhetherEnded(Process& process) {
                                        : 0x80000000 + static_cast<DWORD>(WTERMSIG(status));
 }
 
-// Owns both ends of a pipe. They also close when the child starts its program.
+// Owns both ends of a pipe: end 0 is read, end 1 is written. They also close when the child starts
+// its program.
 class Pipe {
  public:
   Pipe() { isOpen_ = pipe2(ends_, O_CLOEXEC) == 0; }
@@ -104,7 +110,7 @@ class Pipe {
     ends_[end] = -1;
   }
 
-  // Returns the byte, or -1 if the other end closed before it came.
+  // Waits for one byte and returns it, or -1 if the other end closes first.
   int ReadByte() const {
     unsigned char byte = 0;
     ssize_t count = 0;
@@ -125,12 +131,14 @@ class Pipe {
   bool isOpen_ = false;
 };
 
-// Runs between fork and exec, so it makes only calls that are safe in a child of a process with
-// threads. Waits for a byte from the parent, which first permits the child to read its memory.
+// Runs between fork and exec, so it makes only calls that are safe in the child of a process with
+// threads. It waits for a byte from the parent, which first permits the child to read its memory.
+// If exec fails, it sends the error, which fits one byte; if exec succeeds, `failed` closes without
+// one.
 [[noreturn]] void BecomeProgram(const char* path, char* const* arguments, Pipe& go, Pipe& failed) {
   go.CloseEnd(1);
   if (go.ReadByte() == 0) {
-    close_range(3, ~0U, CLOSE_RANGE_CLOEXEC);
+    close_range(3, ~0U, CLOSE_RANGE_CLOEXEC);  // all but the three standard streams
     execv(path, arguments);
   }
   failed.WriteByte(errno);
@@ -150,10 +158,11 @@ pid_t StartChild(const char* path, char* const* arguments) {
   // Some kernels let even a child read its parent's memory only if the parent permits it.
   prctl(PR_SET_PTRACER, static_cast<unsigned long>(pid));
   go.WriteByte(0);
+  // Otherwise this process would keep the pipe open and wait for itself.
   failed.CloseEnd(1);
   const int childError = failed.ReadByte();
   if (childError >= 0) {
-    WaitForEnd(pid, nullptr, 0);
+    WaitForEnd(pid, nullptr, 0);  // so that no zombie stays
     errno = childError;
     return Fail(kErrorFileNotFound);
   }
@@ -169,7 +178,7 @@ BOOL StartProgram(const std::string& commandLine, PROCESS_INFORMATION& started) 
   for (std::string& text : texts) arguments.push_back(text.data());
   arguments.push_back(nullptr);
 
-  // Allocates all memory before the child runs, so that a started child is always returned.
+  // All memory is allocated before the child runs: a started child is always returned.
   const auto process = std::make_shared<Process>();
   OwnedHandle processHandle = MakeHandle(process);
   OwnedHandle threadHandle = MakeHandle(process);
@@ -215,6 +224,7 @@ HANDLE OpenProcess(DWORD access, BOOL inheritHandle, DWORD processId) {
   using namespace launcher::posix;
   if (MustFail(__func__)) return nullptr;
   const auto pid = static_cast<pid_t>(processId);
+  // kill with signal 0 only looks whether the process exists.
   const bool isAccess = access == kFullAccess || access == PROCESS_VM_READ;
   if (!isAccess || inheritHandle != FALSE || pid <= 0 || (kill(pid, 0) != 0 && errno == ESRCH)) {
     Fail(kErrorInvalidParameter);
@@ -274,6 +284,7 @@ BOOL CloseHandle(HANDLE handle) {
 }
 
 void Sleep(DWORD milliseconds) {
+  // A signal interrupts nanosleep, which then stores the time that is left.
   timespec left = {static_cast<time_t>(milliseconds / 1000),
                    static_cast<long>(milliseconds % 1000) * 1000000};
   while (nanosleep(&left, &left) != 0 && errno == EINTR) {

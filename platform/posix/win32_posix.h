@@ -1,11 +1,11 @@
 // The native layer: the Win32 names that the library uses, on Linux.
 //
 // It exists so that the sources of src/ run natively under sanitizers, fuzzers and coverage. Each
-// function does what the Windows one does, as far as the library asks for it, with real processes,
-// memory, files and digests; what it has no honest answer for fails. faults.h makes any of them
-// fail on purpose.
+// function does what the Windows one does, as far as the library uses it, with real processes,
+// memory, files and digests. What Linux cannot do fails, as a call of Windows would. By faults.h a
+// test can make any function fail.
 //
-// Only what differs from Windows is told here.
+// The comments describe only what differs from Windows.
 
 #ifndef LAUNCHER_PLATFORM_POSIX_WIN32_POSIX_H_
 #define LAUNCHER_PLATFORM_POSIX_WIN32_POSIX_H_
@@ -58,21 +58,21 @@ struct PROCESS_INFORMATION {
 DWORD GetCurrentProcessId();
 DWORD GetCurrentThreadId();
 
-// With full access or PROCESS_VM_READ only; what that is worth the kernel decides when the process
-// is touched.
+// With full access or PROCESS_VM_READ only. The kernel decides what is permitted when the process's
+// memory is read or written.
 HANDLE OpenProcess(DWORD access, BOOL inheritHandle, DWORD processId);
 
-// Takes the program from the head of the command line and the rest as its arguments, by the rules
-// of CommandLineToArgvW. The child keeps the terminal, inherits no other descriptor, and may read
-// this process's memory, as any child of the same user may on Windows. Only what the library passes
-// is accepted: no application name, attributes, environment or directory. An exit code is cut to 8
-// bits by the system; a child ended by signal N counts as 0x80000000 + N.
+// Takes the program from the start of the command line and the rest as its arguments, by the rules
+// of CommandLineToArgvW. The child keeps the standard streams, inherits no other descriptor, and
+// may read this process's memory, as any child of the same user may on Windows. Only what the
+// library passes is accepted: no application name, attributes, environment or directory. The system
+// cuts an exit code to 8 bits; if signal N ends a child, its exit code is 0x80000000 + N.
 BOOL CreateProcessA(const char* application, char* commandLine, void* processAttributes,
                     void* threadAttributes, BOOL inheritHandles, DWORD flags, void* environment,
                     const char* directory, STARTUPINFOA* startup, PROCESS_INFORMATION* started);
 BOOL GetExitCodeProcess(HANDLE process, DWORD* exitCode);
 
-// Takes a process handle and a time of 0 only: it asks and does not wait.
+// Takes a process handle and a time of 0 only, so it never waits.
 DWORD WaitForSingleObject(HANDLE object, DWORD milliseconds);
 
 BOOL CloseHandle(HANDLE object);
@@ -86,7 +86,7 @@ inline constexpr DWORD MEM_RELEASE = 0x8000;
 inline constexpr DWORD PAGE_READWRITE = 4;
 inline constexpr UINT LMEM_FIXED = 0;
 
-// In this process only, and below 4 GiB, since the library hands addresses on as 32 bits.
+// In this process only, and below 4 GiB, since the library passes addresses on as 32 bits.
 void* VirtualAllocEx(HANDLE process, void* address, SIZE_T size, DWORD type, DWORD protection);
 BOOL VirtualFreeEx(HANDLE process, void* address, SIZE_T size, DWORD type);
 BOOL WriteProcessMemory(HANDLE process, void* address, const void* data, SIZE_T size,
@@ -103,7 +103,8 @@ inline constexpr int _SH_DENYNO = 0x40;
 
 std::FILE* _fsopen(const char* path, const char* mode, int share);
 
-int printf_s(const char* format, ...) __attribute__((format(printf, 1, 2)));  // for the warnings
+// The attribute makes the compiler check the arguments against the format.
+int printf_s(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
 struct __stat64 {
   std::int64_t st_size;
@@ -117,8 +118,8 @@ inline constexpr DWORD FILE_ATTRIBUTE_DIRECTORY = 0x10;
 inline constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;
 inline constexpr DWORD FILE_ATTRIBUTE_REPARSE_POINT = 0x400;
 
-// A file is read-only where its owner may not write it. A symbolic link to a directory is a
-// directory and a reparse point; any other one counts as a file.
+// A file is read-only if its owner may not write it. A symbolic link to a directory is a directory
+// and a reparse point; any other link counts as a file.
 DWORD GetFileAttributesA(const char* path);
 
 inline constexpr DWORD FILE_LIST_DIRECTORY = 0x1;
@@ -129,7 +130,7 @@ inline constexpr DWORD FILE_FLAG_BACKUP_SEMANTICS = 0x02000000;
 inline constexpr DWORD FILE_FLAG_OPEN_REPARSE_POINT = 0x00200000;
 
 // Opens a directory with FILE_LIST_DIRECTORY, and with FILE_FLAG_OPEN_REPARSE_POINT also a link
-// itself. Unlike on Windows the handle does not prevent that others move the directory.
+// itself. Unlike on Windows, the handle does not prevent others from moving the directory.
 HANDLE CreateFileA(const char* path, DWORD access, DWORD share, void* security, DWORD creation,
                    DWORD flags, HANDLE pattern);
 
@@ -143,8 +144,8 @@ struct WIN32_FIND_DATAA {
   char cFileName[260];
 };
 
-// Takes a directory's path with "\*.*" behind it, which finds all names, and no path of the
-// network. The names are those from the time of the first call, in ascending order.
+// Takes a directory's path followed by "\*.*", which finds all names, but no network path. The
+// names are those that exist at the first call, in ascending order.
 HANDLE FindFirstFileA(const char* pattern, WIN32_FIND_DATAA* entry);
 BOOL FindNextFileA(HANDLE listing, WIN32_FIND_DATAA* entry);
 BOOL FindClose(HANDLE listing);

@@ -1,3 +1,5 @@
+// NewFile on Windows. The wide functions, since not every name has a form in the ANSI code page.
+
 #include <algorithm>
 #include <utility>
 
@@ -7,19 +9,21 @@
 namespace launcher {
 namespace {
 
+// In bytes for one call of WriteFile, whose size has 32 bits.
 constexpr std::size_t kLargestTransfer = std::size_t{64} << 20;
 
 HANDLE Handle(std::intptr_t handle) { return reinterpret_cast<HANDLE>(handle); }
 
-// GetLastError(), but never 0: what failed must not look like success.
+// Returns GetLastError(), but never 0: a failure must not look like success.
 SystemError LastError() {
   const DWORD error = GetLastError();
   return static_cast<SystemError>(error != 0 ? error : DWORD{ERROR_GEN_FAILURE});
 }
 
-// Whether the system removes the file once its last handle closes, also that of a killed process.
+// Sets whether the system removes the file when its last handle closes. The handles of a killed
+// process close too. Fails if the file system does not support it.
 BOOL SetGoesOnClose(HANDLE handle, bool goes) {
-  // FileDispositionInfo, which is not in every version of the headers.
+  // FileDispositionInfo, which not every version of the headers has. Its data is one BOOLEAN.
   constexpr auto kDisposition = static_cast<FILE_INFO_BY_HANDLE_CLASS>(4);
   BOOLEAN disposition = goes ? TRUE : FALSE;
   return SetFileInformationByHandle(handle, kDisposition, &disposition, sizeof disposition);
@@ -31,6 +35,7 @@ bool MeansThatItExists(SystemError error) {
   return error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS;
 }
 
+// The sizes include the terminator, which the path must not contain.
 SystemPath SystemPathOf(const char* path) {
   const int capacity = MultiByteToWideChar(CP_ACP, MB_ERR_INVALID_CHARS, path, -1, nullptr, 0);
   if (capacity == 0) return {};
@@ -43,7 +48,8 @@ SystemPath SystemPathOf(const char* path) {
 
 SystemError NewFile::Create(const SystemPath& temporary) {
   Abandon();
-  SystemPath name = temporary;  // before there is a file, since memory can run out
+  SystemPath name = temporary;  // before the file exists, since memory can run out here
+  // DELETE is for SetGoesOnClose. Only deletion is shared, so nobody reads half a file.
   const HANDLE handle = CreateFileW(name.c_str(), GENERIC_WRITE | DELETE, FILE_SHARE_DELETE,
                                     nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
   if (handle == INVALID_HANDLE_VALUE) return LastError();
@@ -62,7 +68,7 @@ SystemError NewFile::Write(const void* data, std::size_t size) {
                    &count, nullptr)) {
       return LastError();
     }
-    if (count == 0) return ERROR_WRITE_FAULT;
+    if (count == 0) return ERROR_WRITE_FAULT;  // otherwise this loop could run for ever
     next += count;
     size -= count;
   }
@@ -84,10 +90,12 @@ SystemError NewFile::Flush() {
 }
 
 SystemError NewFile::MoveTo(const SystemPath& place, Existing existing) {
+  // Before the handle closes, since closing it would remove the file.
   const HANDLE handle = Handle(handle_);
   if (goesOnClose_ && !SetGoesOnClose(handle, false)) return LastError();
   handle_ = kNone;
   if (!CloseHandle(handle)) return LastError();
+  // MOVEFILE_WRITE_THROUGH: returns after the disk has the new name.
   const DWORD flags = (existing != Existing::kStays ? DWORD{MOVEFILE_REPLACE_EXISTING} : 0) |
                       (isFlushed_ ? DWORD{MOVEFILE_WRITE_THROUGH} : 0);
   if (temporary_ != place && !MoveFileExW(temporary_.c_str(), place.c_str(), flags))
@@ -97,6 +105,7 @@ SystemError NewFile::MoveTo(const SystemPath& place, Existing existing) {
 }
 
 void NewFile::Abandon() {
+  // Closing can already remove the file. DeleteFileW then fails, which does no harm.
   if (handle_ != kNone) CloseHandle(Handle(std::exchange(handle_, kNone)));
   if (!temporary_.empty()) DeleteFileW(temporary_.c_str());
   temporary_.clear();

@@ -1,10 +1,10 @@
-// A little memory that only the compiler's runtime gets, when there is none left.
+// A little memory that only the compiler's runtime gets if there is no other left.
 //
-// Throwing std::bad_alloc takes memory itself: for the exception, and at a thread's first one for
-// the runtime's own record of it, for want of which the runtime ends the process. So the linker
-// leads the runtime's calls of malloc, calloc, realloc and free here (--wrap), and where the heap
-// has nothing they get one of these slots. What the library wants goes past it, by operator new and
-// AllocateBlock, and fails honestly.
+// To throw std::bad_alloc, the runtime needs memory itself: for the exception and, for the first
+// one in a thread, for its record of that thread's exceptions. If it gets none for the record, it
+// ends the process. So the linker redirects calls of malloc, calloc, realloc and free to this file
+// (its option --wrap), and if the heap has nothing, they get one of these slots. The library's own
+// requests do not use the slots: operator new and AllocateBlock call the real malloc and fail.
 
 #include <atomic>
 #include <cstddef>
@@ -12,7 +12,7 @@
 #include <cstring>
 #include <new>
 
-// The linker's names for the true functions.
+// The linker's names for the real functions.
 extern "C" {
 void* __real_malloc(std::size_t size);
 void* __real_calloc(std::size_t count, std::size_t size);
@@ -22,11 +22,13 @@ void __real_free(void* block);
 
 namespace {
 
+// In bytes; 16 KiB in all.
 constexpr std::size_t kSlotSize = 512;
 constexpr std::size_t kSlotCount = 32;
 
+// Static and without a lock, since any thread can need one when nothing can be allocated.
 alignas(16) char slots[kSlotCount][kSlotSize];
-std::atomic<std::uint32_t> slotsInUse{0};  // a bit for each
+std::atomic<std::uint32_t> slotsInUse{0};  // a bit for each slot
 
 void* TakeSlot(std::size_t size) {
   if (size > kSlotSize) return nullptr;
@@ -39,6 +41,7 @@ void* TakeSlot(std::size_t size) {
 
 bool IsSlot(const void* block) {
   const auto address = reinterpret_cast<std::uintptr_t>(block);
+  // An address below the slots makes the difference wrap to a large number.
   const auto first = reinterpret_cast<std::uintptr_t>(slots);
   return address - first < sizeof slots;
 }
@@ -60,6 +63,7 @@ void* __wrap_malloc(std::size_t size) {
 
 void* __wrap_calloc(std::size_t count, std::size_t size) {
   void* const block = __real_calloc(count, size);
+  // Compares with a quotient, since count * size can wrap.
   if (block != nullptr || (size != 0 && count > kSlotSize / size)) return block;
   void* const slot = TakeSlot(count * size);
   return slot != nullptr ? std::memset(slot, 0, kSlotSize) : nullptr;
@@ -76,7 +80,8 @@ void __wrap_free(void* block) {
 void* __wrap_realloc(void* block, std::size_t size) {
   if (!IsSlot(block)) {
     void* const moved = __real_realloc(block, size);
-    // A new block may be a slot; an old one of the heap has a size that only the heap knows.
+    // A new block can be a slot. An existing block of the heap cannot move to one, since only the
+    // heap knows how many bytes to copy.
     return moved == nullptr && block == nullptr ? TakeSlot(size) : moved;
   }
   if (size <= kSlotSize) return block;
@@ -90,6 +95,7 @@ void* __wrap_realloc(void* block, std::size_t size) {
 
 }  // extern "C"
 
+// Past the slots. Without a new-handler, which nothing here installs.
 void* operator new(std::size_t size) {
   void* const block = __real_malloc(size == 0 ? 1 : size);
   if (block == nullptr) throw std::bad_alloc();

@@ -32,8 +32,9 @@ namespace launcher {
 namespace {
 
 // Chooses a value that differs between processes, from the sources that Microsoft's compilers use
-// for the same purpose. Runs before the constructors of C++. Without a stack protector of its own,
-// since that would find another value at the end than at the beginning.
+// for the same purpose. Runs before the constructors of C++, at the first priority that is not
+// reserved. It has no stack protector itself: that would find another value at the end of the
+// function than at its start.
 __attribute__((constructor(101), no_stack_protector)) void ChooseGuard() {
   FILETIME time = {};
   GetSystemTimeAsFileTime(&time);

@@ -1,3 +1,6 @@
+// Key set-up, and Blowfish for one block. Regions go through the kernels of ecb.h; these plain
+// functions are what the kernels are tested against.
+
 #include "cipher/blowfish.h"
 
 #include "cipher/blowfish_key_setup.h"
@@ -9,7 +12,8 @@ void BlowfishSetKey(BlowfishContext& context, const std::uint8_t* key, std::uint
   BlowfishSetKeyUnchecked(context, key, keyLength);
 }
 
-// Two rounds per iteration: the halves swap their roles, and no value moves.
+// Two rounds per iteration: the halves swap their roles, and no value moves. The published cipher
+// undoes the swap of its last round, so `r` ends as the left half and `l` as the right one.
 
 void BlowfishEncipherBlock(const BlowfishContext& context, std::uint32_t& left,
                            std::uint32_t& right) {

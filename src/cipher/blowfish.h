@@ -17,8 +17,8 @@ using BlowfishP = std::uint32_t[kBlowfishRounds + 2];
 using BlowfishBox = std::uint32_t[256];
 using BlowfishS = BlowfishBox[4];
 
-// What key set-up makes of a key: the subkeys and the S-boxes. 4168 bytes; it lives on the stack of
-// the operation that uses it.
+// What key set-up makes of a key: the subkeys and the S-boxes, 4168 bytes. It is a local variable
+// of the operation that uses it, so threads share nothing.
 struct BlowfishContext {
   BlowfishP p;
   BlowfishS s;
@@ -29,7 +29,7 @@ constexpr bool IsBlowfishKeyLength(std::uint32_t keyLength) {
   return keyLength >= kBlowfishMinKeySize && keyLength <= kBlowfishMaxKeySize;
 }
 
-// The round function.
+// The round function. Unsigned addition gives the sums modulo 2^32 that the cipher requires.
 constexpr std::uint32_t BlowfishF(const BlowfishS& s, std::uint32_t x) {
   return ((s[0][x >> 24] + s[1][(x >> 16) & 0xFF]) ^ s[2][(x >> 8) & 0xFF]) + s[3][x & 0xFF];
 }
@@ -38,7 +38,8 @@ constexpr std::uint32_t BlowfishF(const BlowfishS& s, std::uint32_t x) {
 // length is not an IsBlowfishKeyLength.
 void BlowfishSetKey(BlowfishContext& context, const std::uint8_t* key, std::uint32_t keyLength);
 
-// Encipher and decipher one block in place. For whole regions see ecb.h.
+// Encipher and decipher one block in place, given as two numbers. For whole regions of bytes see
+// ecb.h.
 void BlowfishEncipherBlock(const BlowfishContext& context, std::uint32_t& left,
                            std::uint32_t& right);
 void BlowfishDecipherBlock(const BlowfishContext& context, std::uint32_t& left,

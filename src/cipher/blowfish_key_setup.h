@@ -1,7 +1,8 @@
 // The code of Blowfish's key set-up, for run time and for compile time.
 //
-// Key set-up is 521 encipherments, each of the result of the one before, so only the latency of a
-// round counts. While the round function works on one half, the other half takes its subkey.
+// Key set-up is 521 encipherments, each of the result of the one before. Blocks side by side are
+// impossible here, so the time that one round takes decides. To shorten it, each half is combined
+// with its next subkey while the round function still works on the other half.
 
 #ifndef LAUNCHER_CIPHER_BLOWFISH_KEY_SETUP_H_
 #define LAUNCHER_CIPHER_BLOWFISH_KEY_SETUP_H_
@@ -15,7 +16,8 @@
 
 namespace launcher {
 
-// Enciphers one block, with all rounds written out.
+// Enciphers one block, with all rounds written out. Each pair of rounds also applies the subkey of
+// the round after it: `l` starts with p[0], and the last pair applies p[16].
 template <std::size_t... kPair>
 constexpr void EncipherForKeySetup(const BlowfishContext& context, std::uint32_t& left,
                                    std::uint32_t& right, std::index_sequence<kPair...> /*pairs*/) {
@@ -28,8 +30,8 @@ constexpr void EncipherForKeySetup(const BlowfishContext& context, std::uint32_t
   right = l;
 }
 
-// Replaces each pair of words, which are part of `context`, with the encipherment of the pair
-// before it.
+// Replaces each pair of words with the encipherment of the pair before it. The words are part of
+// `context`: as published, each encipherment already uses the words that were replaced before.
 template <std::size_t kCount>
 constexpr void ReplacePairs(const BlowfishContext& context, std::uint32_t (&words)[kCount],
                             std::uint32_t& left, std::uint32_t& right) {

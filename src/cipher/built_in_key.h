@@ -12,8 +12,9 @@ namespace launcher {
 // The context that BlowfishSetKey makes of the built-in key, computed by the compiler.
 extern const BlowfishContext kBuiltInKeyContext;
 
-// Returns the context for a key whose length is an IsBlowfishKeyLength: kBuiltInKeyContext for the
-// built-in key, with `own` unwritten, and for any other key `own`, set up by BlowfishSetKey.
+// Returns the context for a key of keyLength bytes, which must be an IsBlowfishKeyLength. For the
+// built-in key that is kBuiltInKeyContext, and `own` stays unwritten. For any other key it is
+// `own`, set up by BlowfishSetKey, so the result lives only as long as the caller's `own`.
 const BlowfishContext& ContextForKey(const std::uint8_t* key, std::uint32_t keyLength,
                                      BlowfishContext& own);
 

@@ -1,4 +1,5 @@
-// The container and the exports that write and read it, the file_cipher_ family.
+// The container and the exports that write and read it, the file_cipher_ family. They work in the
+// caller's buffer and allocate nothing.
 
 #include "cipher/container.h"
 
@@ -17,19 +18,23 @@ namespace {
 constexpr std::uint8_t kMagic[kRegionOffset] = {'B', 'F', 'B', 'R'};
 constexpr std::uint32_t kLengthOffset = kRegionOffset;
 constexpr std::uint32_t kDigestOffset = 8;
+// The first payload size that the file_cipher_ family refuses. Below it no sum of sizes wraps.
 constexpr std::uint32_t kSizeLimit = 0x80000000;
 
 static_assert(kDigestOffset + kDigestSize == kPayloadOffset);
 
-// What one step deciphers or copies, the next step reads while it is still in the processor's
-// cache.
+// A region is processed in stretches of this many bytes, a multiple of the block size. What one
+// step copies or deciphers is then still in the processor's cache when the next step enciphers or
+// digests it.
 constexpr std::uint32_t kStretchSize = 64 << 10;
 
-// Counts the payload bytes in the first regionSize bytes of the region.
+// Counts the payload bytes in the first regionSize bytes of the region. The first 36 bytes, length
+// and digest, must be among them.
 std::uint32_t PayloadWithin(std::uint32_t regionSize, std::uint32_t payloadSize) {
   return std::min(payloadSize, regionSize - (kPayloadOffset - kRegionOffset));
 }
 
+// Compares the distance of the two starts, since a start plus a size can wrap.
 bool Overlap(const std::uint8_t* a, std::uint32_t aSize, const std::uint8_t* b,
              std::uint32_t bSize) {
   const auto aStart = reinterpret_cast<std::uintptr_t>(a);
@@ -37,9 +42,10 @@ bool Overlap(const std::uint8_t* a, std::uint32_t aSize, const std::uint8_t* b,
   return aStart < bStart ? bStart - aStart < aSize : aStart - bStart < bSize;
 }
 
-// Assembles a container and enciphers it, stretch by stretch. A payload that overlaps its container
-// moves as a whole before anything is enciphered, but after the header is written: what the header
-// overwrites of the payload is lost.
+// Assembles a container and enciphers it, stretch by stretch. A payload that overlaps the container
+// is one stretch, however large: an earlier stretch could overwrite bytes that have not moved yet.
+// The header is written before the payload moves. If it overwrites payload bytes, they are lost,
+// and the payload does not match its digest.
 void WriteContainer(std::uint8_t* output, const std::uint8_t* payload, std::uint32_t size,
                     const std::uint8_t (&digest)[kDigestSize]) {
   const std::uint32_t regionSize = RegionSize(size);
@@ -53,9 +59,11 @@ void WriteContainer(std::uint8_t* output, const std::uint8_t* payload, std::uint
   for (std::uint32_t done = 0; done < regionSize;) {
     const std::uint32_t count = std::min(stretchSize, regionSize - done);
     const std::uint32_t ready = PayloadWithin(done + count, size);
+    // memmove: the payload may overlap its place in the container.
     std::memmove(output + kPayloadOffset + moved, payload + moved, ready - moved);
     moved = ready;
     if (done + count == regionSize) {
+      // The filler up to the end of the last block, which can be empty.
       std::memset(output + kPayloadOffset + size, 0, ContainerSize(size) - (kPayloadOffset + size));
     }
     EncipherRegion(kBuiltInKeyContext, output + kRegionOffset + done, count);
@@ -66,6 +74,7 @@ void WriteContainer(std::uint8_t* output, const std::uint8_t* payload, std::uint
 }  // namespace
 
 bool LooksLikeContainer(const std::uint8_t* block, std::uint32_t blockSize) {
+  // The size first: a smaller block may have no byte to compare with the magic.
   return blockSize >= kPayloadOffset && std::memcmp(block, kMagic, sizeof kMagic) == 0 &&
          blockSize % kBlockSize == kRegionOffset;
 }
@@ -74,15 +83,18 @@ std::optional<std::uint32_t> DecipherContainer(const BlowfishContext& context, s
                                                std::uint32_t blockSize) {
   std::uint8_t* const region = block + kRegionOffset;
   const std::uint32_t regionSize = blockSize - kRegionOffset;
+  // The first stretch contains the length and the digest, since the region has at least 40 bytes.
   std::uint32_t done = std::min(kStretchSize, regionSize);
   DecipherRegion(context, region, done);
 
   const std::uint32_t payloadSize = LoadLittleEndian(block + kLengthOffset);
-  // The first test is needed too: near 2^32 the sum in ContainerSize wraps and could match.
+  // Both tests are necessary: for a length near 2^32 the sum in ContainerSize wraps and can match.
   bool isIntact =
       payloadSize <= blockSize - kPayloadOffset && ContainerSize(payloadSize) == blockSize;
   Sha256 sha256;
   std::uint32_t digested = 0;
+  // The whole region is deciphered even if the block is already known to be damaged: the interface
+  // promises it. At least one Update is made, of 0 bytes for an empty payload.
   while (true) {
     if (isIntact) {
       const std::uint32_t ready = PayloadWithin(done, payloadSize);
@@ -103,6 +115,7 @@ std::optional<std::uint32_t> DecipherContainer(const BlowfishContext& context, s
 
 bool BeginsWith(const std::uint8_t* payload, std::uint32_t payloadSize, const char* prefix,
                 std::size_t length) {
+  // A prefix longer than the payload must not be compared: that would read past the block.
   return payloadSize >= length && std::memcmp(payload, prefix, length) == 0;
 }
 
@@ -116,10 +129,11 @@ CipherCode QX_CALL file_cipher_encode(const std::uint8_t* payload, std::uint32_t
                                       std::uint8_t* output) {
   using namespace launcher;
   if (payload == nullptr || output == nullptr || size == 0) return QX_CIPHER_FAILED;
-  // Before the digest, which would read 2 GiB that no caller of a 32-bit library has.
+  // Before the digest, which would read at least 2 GiB.
   if (size >= kSizeLimit) return QX_CIPHER_FAILED;
 
-  // The digest of the whole payload first: if it fails, nothing may be written.
+  // Before any write: if the digest fails, `output` must stay unwritten. Also, the container may
+  // overwrite the payload.
   std::uint8_t digest[kDigestSize];
   if (!Sha256Digest(payload, size, digest)) return QX_CIPHER_FAILED;
   WriteContainer(output, payload, size, digest);
@@ -134,7 +148,8 @@ CipherCode QX_CALL file_cipher_decode(std::uint8_t* block, std::uint32_t blockSi
   if (block == nullptr || key == nullptr) return QX_CIPHER_FAILED;
   if (payloadSize == nullptr || payloadOffset == nullptr) return QX_CIPHER_FAILED;
   if (!LooksLikeContainer(block, blockSize)) return QX_CIPHER_FAILED;
-  // A negative length becomes a large one and is refused too.
+  // A negative length becomes a large one and is refused too. Without this check BlowfishSetKey
+  // would do nothing, and `own` would stay uninitialised.
   const auto keySize = static_cast<std::uint32_t>(keyLength);
   if (!IsBlowfishKeyLength(keySize)) return QX_CIPHER_FAILED;
 
@@ -143,6 +158,8 @@ CipherCode QX_CALL file_cipher_decode(std::uint8_t* block, std::uint32_t blockSi
   const std::optional<std::uint32_t> intactSize = DecipherContainer(context, block, blockSize);
   if (!intactSize) return QX_CIPHER_FAILED;
 
+  // Written before the prefix is compared: without the prefix the call fails, but the outputs
+  // describe the whole payload.
   *payloadOffset = kPayloadOffset;
   *payloadSize = *intactSize;
   if (prefix == nullptr) return QX_CIPHER_SUCCEEDED;

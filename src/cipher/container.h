@@ -20,11 +20,12 @@
 
 namespace launcher {
 
+// Both in bytes from the start of the container.
 inline constexpr std::uint32_t kRegionOffset = 4;
 inline constexpr std::uint32_t kPayloadOffset = 40;
 
-// The size of the enciphered region for a payload of payloadSize bytes: length, digest and payload,
-// rounded up to whole blocks. Wraps if the sum exceeds 32 bits.
+// The size in bytes of the enciphered region for a payload of payloadSize bytes: length, digest and
+// payload, rounded up to whole blocks. Wraps if the sum exceeds 32 bits.
 constexpr std::uint32_t RegionSize(std::uint32_t payloadSize) {
   constexpr std::uint32_t kHeaderSize = kPayloadOffset - kRegionOffset;
   return (payloadSize + kHeaderSize + 7) & ~std::uint32_t{7};
@@ -35,16 +36,17 @@ constexpr std::uint32_t ContainerSize(std::uint32_t payloadSize) {
   return RegionSize(payloadSize) + kRegionOffset;
 }
 
-// True if the size and the magic are those of a container.
+// True if the size in bytes and the magic are those of a container. Reads at most the magic.
 bool LooksLikeContainer(const std::uint8_t* block, std::uint32_t blockSize);
 
-// Deciphers everything after the magic in place, in a block that LooksLikeContainer, even if the
-// result is useless. Returns the size of the payload, which is at kPayloadOffset, if the length and
-// the digest are right.
+// Deciphers everything after the magic in place. The block must be one that LooksLikeContainer. If
+// the length and the digest in it are right, returns the size of the payload, which is at
+// kPayloadOffset. Otherwise, or if the system computes no digest, returns no value, and the bytes
+// after the magic are useless.
 std::optional<std::uint32_t> DecipherContainer(const BlowfishContext& context, std::uint8_t* block,
                                                std::uint32_t blockSize);
 
-// True if a payload begins with the `length` bytes at `prefix`.
+// True if a payload of payloadSize bytes begins with the `length` bytes at `prefix`.
 bool BeginsWith(const std::uint8_t* payload, std::uint32_t payloadSize, const char* prefix,
                 std::size_t length);
 

@@ -19,7 +19,8 @@ inline constexpr std::uint32_t kBlockSize = 8;
 void EncipherRegion(const BlowfishContext& context, std::uint8_t* region, std::uint32_t size);
 void DecipherRegion(const BlowfishContext& context, std::uint8_t* region, std::uint32_t size);
 
-// Read and write the words of blocks, and of the container's header, at any alignment.
+// Read and write the words of blocks, and the length in the container's header. Byte by byte, so
+// that neither the alignment nor the processor's byte order matters.
 inline std::uint32_t LoadLittleEndian(const std::uint8_t* bytes) {
   return std::uint32_t{bytes[0]} | std::uint32_t{bytes[1]} << 8 | std::uint32_t{bytes[2]} << 16 |
          std::uint32_t{bytes[3]} << 24;

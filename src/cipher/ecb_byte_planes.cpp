@@ -1,17 +1,17 @@
-// Byte planes: 256 blocks at once by the byte permutes of AVX-512 VBMI.
+// Byte planes: 256 blocks at a time by the byte permutes of AVX-512 VBMI.
 //
-// A register holds the same byte of 64 blocks, so that eight registers, the planes, hold 64 blocks.
-// An S-box becomes four tables of 256 bytes, one for each byte of its words. Looking 64 bytes up in
-// such a table takes two permutes over 128 bytes each. The sums stay in planes too, and so do their
-// carries: with masks each byte of a sum would wait longer for the one before.
+// A plane is a register that holds the same byte of 64 blocks, so eight planes hold 64 blocks. An
+// S-box becomes four tables of 256 bytes, one for each byte of its words. To look up 64 bytes in
+// such a table takes two permutes over 128 bytes each. Sums are made byte by byte in planes. Their
+// carries are planes too: through mask registers a carry would reach the next byte later.
 //
-// Two groups of 64 blocks, a batch, share each load of a table. Two batches take turns round by
-// round: while one waits for its sums, the processor looks up for the other.
+// A batch is two groups of 64 blocks, which share each load of a table. Two batches take turns
+// round by round: while one waits for its sums, the processor looks up for the other.
 //
 // No address depends on the data, so cache timing reveals nothing of key or text.
 //
-// Only this file is compiled for such processors, so it must define nothing that the linker could
-// share with other files, such as inline functions.
+// Only this file is compiled for such processors. So it must not define an inline function or
+// anything else of which the linker keeps one copy for all files: other processors would run it.
 
 #include <immintrin.h>
 
@@ -20,8 +20,8 @@
 
 #include "cipher/ecb_kernels.h"
 
-// Every loop below over planes or groups must be unrolled. Without this GCC at -O2 keeps some
-// loops, and their arrays in memory, which is much slower.
+// Every loop below over planes, groups or batches must be unrolled. Otherwise GCC at -O2 keeps some
+// of the loops, and with them their arrays in memory, which is much slower.
 #define UNROLLED _Pragma("GCC unroll 8") for
 
 namespace launcher {
@@ -32,10 +32,11 @@ using Plane = __m512i;
 constexpr std::size_t kGroups = 2;
 constexpr std::size_t kGroupSize = 512;  // 64 blocks
 constexpr std::size_t kBatchSize = kGroups * kGroupSize;
-// A last, incomplete batch costs as much as a whole one. Fewer bytes are faster side by side.
+// An incomplete batch takes as long as a whole one. For fewer bytes than this the other kernel is
+// faster.
 constexpr std::size_t kWorthwhile = 320;
 
-// A 32-bit half of each block, its least significant bytes first.
+// A 32-bit half of each block of a batch: plane[0] holds the least significant bytes.
 struct Half {
   Plane plane[4][kGroups];
 };
@@ -43,18 +44,20 @@ struct Half {
 // The key, laid out for the permutes.
 struct alignas(64) Tables {
   std::uint8_t s[4][4][256];                // box, byte of its words, index
-  std::uint32_t p[kBlowfishRounds + 2][4];  // word, its byte four times over
+  std::uint32_t p[kBlowfishRounds + 2][4];  // word, its byte, repeated to fill 32 bits
 };
 
-// Looks `index` up in the 128 bytes of `low` and `high` in the bytes that `lanes` selects, and
-// keeps the index in the others. Compilers turn the intrinsic for this into a full permute and a
-// blend, which is a fifth slower.
+// Replaces each byte of `index` that `lanes` selects with the byte of that number in the 128 bytes
+// of `low` and `high`; the instruction ignores the top bit of an index. The other bytes stay. It is
+// inline assembly because compilers turn the intrinsic into a full permute and a blend, which is a
+// fifth slower.
 inline Plane Permute(Plane index, Plane low, Plane high, __mmask64 lanes) {
   asm("vpermi2b %2, %1, %0 %{%3%}" : "+v"(index) : "v"(low), "v"(high), "Yk"(lanes));
   return index;
 }
 
-// The bytes of one half that index a box, and a mask of those that are 128 or more.
+// The bytes of one half that index a box, and a mask of those that are 128 or more. All four tables
+// of the box use them.
 struct Index {
   explicit Index(const Plane (&bytes)[kGroups]) : byte(bytes) {
     UNROLLED(std::size_t g = 0; g < kGroups; ++g) isHigh[g] = _mm512_movepi8_mask(bytes[g]);
@@ -72,7 +75,7 @@ inline void LookUp(const std::uint8_t (&table)[256], const Index& index, Plane (
   UNROLLED(std::size_t g = 0; g < kGroups; ++g) {
     found[g] = Permute(index.byte[g], t2, t3, index.isHigh[g]);
   }
-  // The lanes that were left out still hold their index.
+  // The lanes below 128 were not selected, so they still hold their index.
   UNROLLED(std::size_t g = 0; g < kGroups; ++g) {
     found[g] = Permute(found[g], t0, t1, _knot_mask64(index.isHigh[g]));
   }
@@ -94,10 +97,13 @@ inline void Xor(Half& sum, const Box& box, const Index& index) {
   }
 }
 
-// Where a byte wrapped, whether or not a carry came in, the top bits of the two that were added and
-// of the sum tell: at least two of a, b and not sum are set. A shuffle of ones by that byte makes
-// it a 0 or a 1: it looks at the top bit to find a zero, and at others only to choose among ones.
+// Returns the carry out of each byte of `sum`, 0 or 1. `sum` is a + b plus the carry in.
+//
+// A byte wrapped if at least two of a, b and not sum have their top bit set. The ternary logic
+// computes the opposite, for all bits at once. The shuffle then makes a byte of the top bit: if it
+// is set, 0; otherwise the low bits choose one of sixteen bytes, and all of them are 1.
 inline Plane CarryOf(Plane a, Plane b, Plane sum) {
+  // The truth table: bit 4a + 2b + sum is set if these three bits mean that there is no carry.
   constexpr int kHasNone = 0x2B;
   return _mm512_shuffle_epi8(_mm512_set1_epi8(1), _mm512_ternarylogic_epi32(a, b, sum, kHasNone));
 }
@@ -108,6 +114,7 @@ inline void Add(Half& sum, const Box& box, const Index& index) {
     Plane found[kGroups];
     LookUp(box[j], index, found);
     UNROLLED(std::size_t g = 0; g < kGroups; ++g) {
+      // The sum is modulo 2^32: nothing carries into the lowest byte or out of the highest.
       const Plane before = sum.plane[j][g];
       Plane after = _mm512_add_epi8(before, found[g]);
       if (j != 0) after = _mm512_add_epi8(after, carry[g]);
@@ -117,7 +124,8 @@ inline void Add(Half& sum, const Box& box, const Index& index) {
   }
 }
 
-// other ^= F(half) ^ word, where `word` is the subkey that `other` takes before its own round.
+// other ^= F(half) ^ word. `word` is the subkey that `other` needs before the next round uses it.
+// Here it takes part in a three-way exclusive-or, so it needs no instruction of its own.
 inline void RunRound(const Tables& tables, const Half& half, Half& other,
                      const std::uint32_t (&word)[4]) {
   constexpr int kXorOfThree = 0x96;
@@ -135,7 +143,8 @@ inline void RunRound(const Tables& tables, const Half& half, Half& other,
   }
 }
 
-// Turns a 4 x 4 square of 128-bit quarters over its diagonal.
+// Transposes a 4 x 4 matrix of 128-bit quarters. Each function named Turn... transposes, and so
+// undoes itself: Load and Store use the same ones.
 inline void TurnQuarters(Plane& row0, Plane& row1, Plane& row2, Plane& row3) {
   constexpr int kEven = 0x88;
   constexpr int kOdd = 0xDD;
@@ -149,7 +158,7 @@ inline void TurnQuarters(Plane& row0, Plane& row1, Plane& row2, Plane& row3) {
   row3 = _mm512_shuffle_i64x2(b, d, kOdd);
 }
 
-// Turns an 8 x 8 square of 64-bit words over its diagonal.
+// Transposes an 8 x 8 matrix of 64-bit words: pairs of words by the unpacks, then the quarters.
 inline void TurnWords(Plane (&row)[8]) {
   UNROLLED(std::size_t i = 0; i < 8; i += 2) {
     const Plane first = row[i];
@@ -159,7 +168,7 @@ inline void TurnWords(Plane (&row)[8]) {
   UNROLLED(std::size_t i = 0; i < 2; ++i) TurnQuarters(row[i], row[i + 2], row[i + 4], row[i + 6]);
 }
 
-// Turns an 8 x 8 square of bytes over its diagonal.
+// Transposes the 8 x 8 bytes of one register.
 inline Plane TurnBytes(Plane square) {
   alignas(64) static constexpr std::uint8_t kOrder[64] = {
       0,  8,  16, 24, 32, 40, 48, 56, 1,  9,  17, 25, 33, 41, 49, 57, 2,  10, 18, 26, 34, 42,
@@ -177,6 +186,9 @@ inline void XorSubkey(Half& half, const std::uint32_t (&word)[4]) {
   }
 }
 
+// A register is loaded with 8 blocks. TurnBytes collects the bytes of equal place in the block into
+// one 64-bit word each, and TurnWords collects the words of all 64 blocks into planes. The words of
+// a block are little-endian, so the planes are in the order of Half, the left half first.
 inline void Load(const std::uint8_t* blocks, Half& left, Half& right) {
   UNROLLED(std::size_t g = 0; g < kGroups; ++g) {
     Plane row[8];
@@ -191,6 +203,7 @@ inline void Load(const std::uint8_t* blocks, Half& left, Half& right) {
   }
 }
 
+// Load in reverse.
 inline void Store(std::uint8_t* blocks, const Half& left, const Half& right) {
   UNROLLED(std::size_t g = 0; g < kGroups; ++g) {
     Plane row[8];
@@ -205,6 +218,7 @@ inline void Store(std::uint8_t* blocks, const Half& left, const Half& right) {
   }
 }
 
+// Transforms kBatches * kBatchSize bytes.
 template <std::size_t kBatches>
 void TransformBatches(const Tables& tables, std::uint8_t* blocks) {
   Half left[kBatches];
@@ -222,13 +236,15 @@ void TransformBatches(const Tables& tables, std::uint8_t* blocks) {
     }
   }
   UNROLLED(std::size_t b = 0; b < kBatches; ++b) {
-    // The last word is for the half that is not its turn.
+    // The rounds have applied every subkey except the last. The cipher undoes the swap of its last
+    // round, so the right half is stored as the left one.
     XorSubkey(right[b], tables.p[kBlowfishRounds + 1]);
     Store(blocks + b * kBatchSize, right[b], left[b]);
   }
 }
 
-// Puts the least significant bytes of 16 words into the first quarter, and so on.
+// Puts the least significant bytes of 16 words into the first quarter of the register, the next
+// bytes into the second, and so on.
 inline Plane GatherBytes(Plane words) {
   alignas(64) static constexpr std::uint8_t kOrder[64] = {
       0,  4,  8,  12, 16, 20, 24, 28, 32, 36, 40, 44, 48, 52, 56, 60, 1,  5,  9,  13, 17, 21,
@@ -237,6 +253,8 @@ inline Plane GatherBytes(Plane words) {
   return _mm512_permutexvar_epi8(_mm512_load_si512(kOrder), words);
 }
 
+// Makes the tables of a key. Takes 64 words of a box at a time: four registers of 16 words become
+// four registers with one byte of each word.
 void SetTables(Tables& tables, const BlowfishP& p, const BlowfishS& s) {
   for (std::size_t box = 0; box < 4; ++box) {
     for (std::size_t i = 0; i < 256; i += 64) {
@@ -271,6 +289,8 @@ void TransformByBytePlanes(const BlowfishP& p, const BlowfishS& s, std::uint8_t*
       region += kBatchSize;
     }
     if (size >= kWorthwhile) {
+      // In a buffer, since the bytes after the region are not ours. Its blocks that are missing are
+      // zero, and what becomes of them is dropped.
       alignas(64) std::uint8_t batch[kBatchSize] = {};
       std::memcpy(batch, region, size);
       TransformBatches<1>(tables, batch);

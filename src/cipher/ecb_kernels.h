@@ -11,15 +11,18 @@
 
 namespace launcher {
 
-// Transforms `size` bytes in place, a multiple of 8, at any alignment. `p` holds the subkeys in the
-// order of their use; the two directions differ in nothing else.
+// Transforms `size` bytes in place, a multiple of kBlockSize, at any alignment. `p` holds the
+// subkeys in the order of their use. The two directions differ only in that order, so one function
+// does both.
 using EcbTransform = void(const BlowfishP& p, const BlowfishS& s, std::uint8_t* region,
                           std::size_t size);
 
-// Eight blocks side by side, on any processor.
+// Eight blocks at a time, on any processor. Its table look-ups depend on the data, so cache timing
+// can reveal something of key and text.
 EcbTransform TransformSideBySide;
 
-// 256 blocks at once, with AVX-512 VBMI. Passes few blocks to TransformSideBySide.
+// 256 blocks at a time, only on processors with AVX-512 VBMI. Leaves a small rest to
+// TransformSideBySide.
 EcbTransform TransformByBytePlanes;
 
 struct EcbKernel {
@@ -28,7 +31,7 @@ struct EcbKernel {
   EcbTransform* transform;
 };
 
-// The fastest first. The last runs on every processor.
+// The fastest first. The last one runs on every processor, so a search always ends.
 inline constexpr EcbKernel kEcbKernels[] = {
     {"byte planes", [](const CpuFeatures& cpu) { return cpu.hasAvx512Vbmi; },
      TransformByBytePlanes},

@@ -1,7 +1,7 @@
-// Several blocks side by side: a round waits for its table look-ups, and blocks do not depend on
-// each other, so the processor looks up for other blocks meanwhile.
+// Several blocks side by side. A round of one block waits for its table look-ups; blocks do not
+// depend on each other, so meanwhile the processor looks up for the other blocks.
 //
-// The compiler writes out the blocks and the rounds: in loops the halves would stay in memory, and
+// The templates write out the blocks and the rounds. In loops the halves would stay in memory, and
 // every step would compute their addresses.
 
 #include <algorithm>
@@ -15,6 +15,8 @@
 namespace launcher {
 namespace {
 
+// Blocks at a time. Eight are the fastest in a 32-bit program like the callers of the DLL, six in a
+// 64-bit one.
 constexpr std::size_t kLanes = 8;
 constexpr std::size_t kStride = kLanes * kBlockSize;
 
@@ -30,6 +32,7 @@ inline void TransformStride(const BlowfishContext& context, std::uint8_t* blocks
     ((left[kLane] ^= even, right[kLane] ^= BlowfishF(context.s, left[kLane])), ...);
     ((right[kLane] ^= odd, left[kLane] ^= BlowfishF(context.s, right[kLane])), ...);
   }
+  // After the last round the halves have each other's places, so right goes to the lower address.
   const std::uint32_t forLeft = context.p[kBlowfishRounds];
   const std::uint32_t forRight = context.p[kBlowfishRounds + 1];
   (StoreLittleEndian(blocks + kLane * kBlockSize, right[kLane] ^ forRight), ...);
@@ -40,12 +43,14 @@ inline void TransformStride(const BlowfishContext& context, std::uint8_t* blocks
 
 void TransformSideBySide(const BlowfishP& p, const BlowfishS& s, std::uint8_t* region,
                          std::size_t size) {
-  // Tables in this stack frame are at constant offsets, so their address needs no register.
-  // 32-bit x86 has none to spare.
+  // A copy in this stack frame: its tables are at constant offsets from the frame, so they need no
+  // register for an address. 32-bit x86 has none to spare.
   BlowfishContext own;
   std::memcpy(own.p, p, sizeof own.p);
   std::memcpy(own.s, s, sizeof own.s);
 
+  // The last, incomplete stride is transformed in a buffer of its own: the blocks that are missing
+  // there must not be read from, or written to, the bytes after the region.
   std::uint8_t last[kStride] = {};
   while (size != 0) {
     const std::size_t count = std::min(size, kStride);

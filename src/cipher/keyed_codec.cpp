@@ -12,6 +12,7 @@
 namespace launcher {
 namespace {
 
+// The largest blockSize that QX_Decode accepts. QX_Encode has no such limit.
 constexpr std::int32_t kMaxBlockSize = 0xFFFFF;
 constexpr std::uint32_t kMarkerLength = sizeof kSignatureMarker - 1;
 
@@ -29,7 +30,7 @@ class TableTexts {
   bool LoadKey() { return CopyTableText(kCipherKeyLabel, key_); }
   bool LoadMarker() { return CopyTableText(kSignatureMarkerLabel, marker_); }
 
-  // The length takes a lookup of its own: each lookup prints a line, and callers can see the lines.
+  // Looks the key up again: each lookup prints a line, and callers can see how many there are.
   bool LoadKeyLength() {
     keyLength_ = QX_GetLengthOfRString(kCipherKeyLabel);
     return IsBlowfishKeyLength(keyLength_);
@@ -40,21 +41,24 @@ class TableTexts {
     return ContextForKey(reinterpret_cast<const std::uint8_t*>(key_), keyLength_, own);
   }
 
-  // Empty if LoadMarker was not called.
+  // Returns an empty text if LoadMarker was not called. Every payload begins with that text.
   const char* Marker() const { return marker_; }
 
  private:
+  // The areas include the terminator, so a key has at most 55 characters.
   char key_[kBlowfishMaxKeySize] = {};
   char marker_[256] = {};
   std::uint32_t keyLength_ = 0;
 };
 
-// The size and offset of a block's payload, both 0 if the block is not an intact container.
+// The size of a block's payload and its offset in the block, in bytes. Both are 0 if the block is
+// not an intact container; an intact one has an offset of 40 or more, even if its payload is empty.
 struct Delivery {
   std::uint32_t payloadSize;
   std::uint32_t payloadOffset;
 };
 
+// Deciphers the block in place if it looks like a container.
 Delivery Deliver(const TableTexts& texts, std::uint8_t* block, std::uint32_t blockSize) {
   if (!LooksLikeContainer(block, blockSize)) return {0, 0};
 
@@ -64,7 +68,7 @@ Delivery Deliver(const TableTexts& texts, std::uint8_t* block, std::uint32_t blo
   if (!intactSize) return {0, 0};
 
   const std::size_t length = std::strlen(texts.Marker());
-  // A payload without the marker is delivered whole.
+  // Here a payload without the marker is no failure, unlike in file_cipher_decode.
   if (!BeginsWith(block + kPayloadOffset, *intactSize, texts.Marker(), length)) {
     return {*intactSize, kPayloadOffset};
   }
@@ -92,7 +96,10 @@ ResultCode QX_CALL QX_Decode(std::uint8_t* block, std::int32_t blockSize,
   if (block == nullptr || payloadSize == nullptr || payloadOffset == nullptr) return QX_FAILED;
   if (blockSize < 1 || blockSize > kMaxBlockSize) return QX_SIZE_REFUSED;
 
+  // The argument is one byte; the caller may leave anything in the other three.
   const bool wantsMarker = (checkMarker & 0xFF) != 0;
+  // The lookups come before any look at the block. They print lines and load the settings, also for
+  // a block that turns out to be no container.
   TableTexts texts;
   if (!texts.LoadKey()) return QX_FAILED;
   if (wantsMarker && !texts.LoadMarker()) return QX_FAILED;
@@ -110,10 +117,11 @@ std::uint8_t QX_CALL QX_SignSignature(std::uint8_t* destination, std::uint32_t c
                                       const std::uint8_t* data, std::uint32_t dataSize) {
   using namespace launcher;
   if (destination == nullptr || data == nullptr) return 0;
-  // Compares what is left, since dataSize + kMarkerLength can wrap.
+  // Compares with the capacity that is left, since dataSize + kMarkerLength can wrap.
   if (capacity < kMarkerLength || dataSize > capacity - kMarkerLength) return 0;
 
   std::memcpy(destination, kSignatureMarker, kMarkerLength);
-  std::memmove(destination + kMarkerLength, data, dataSize);  // data may already be in its place
+  // memmove, since the data may already be in its place or overlap it.
+  std::memmove(destination + kMarkerLength, data, dataSize);
   return 1;
 }

@@ -1,3 +1,6 @@
+// The two services. CNG comes first because it is much faster: a provider of CryptoAPI takes longer
+// to acquire than a small container to decipher.
+
 #include "cipher/sha256.h"
 
 #include "platform/win32.h"
@@ -14,12 +17,12 @@ bool CngSha256::Create() {
 }
 
 bool CngSha256::Update(const std::uint8_t* data, std::uint32_t length) {
-  // The argument is not const, but only read.
+  // The parameter is not const, but CNG only reads the data.
   return BCRYPT_SUCCESS(BCryptHashData(hash_.Get(), const_cast<std::uint8_t*>(data), length, 0));
 }
 
 bool CngSha256::Finish(std::uint8_t (&digest)[kDigestSize]) {
-  // Fails if the digest has another size.
+  // CNG fails if kDigestSize is not the size of the digest.
   return BCRYPT_SUCCESS(BCryptFinishHash(hash_.Get(), digest, kDigestSize, 0));
 }
 
@@ -39,17 +42,19 @@ bool CryptoApiSha256::Create() {
   return true;
 }
 
+// There is no hash if Create failed, which Sha256 does not remember.
 bool CryptoApiSha256::Update(const std::uint8_t* data, std::uint32_t length) {
   return hash_ && CryptHashData(hash_.Get(), data, length, 0) != FALSE;
 }
 
 bool CryptoApiSha256::Finish(std::uint8_t (&digest)[kDigestSize]) {
-  DWORD digestSize = kDigestSize;
+  DWORD digestSize = kDigestSize;  // in: the capacity; out: the size of the digest
   return hash_ && CryptGetHashParam(hash_.Get(), HP_HASHVAL, digest, &digestSize, 0) != FALSE &&
          digestSize == kDigestSize;
 }
 
 bool Sha256::Update(const std::uint8_t* data, std::uint32_t length) {
+  // Decided once: the pieces of one digest must not go to different services.
   if (service_ == Service::kNone) {
     const bool hasCng = cng_.Create();
     service_ = hasCng ? Service::kCng : Service::kCryptoApi;

@@ -15,7 +15,8 @@ inline constexpr std::size_t kDigestSize = 32;
 // By CNG, with the pseudo-handle that Windows 10 and later have: there is nothing to acquire.
 class CngSha256 {
  public:
-  // Returns false if the service does not have the pseudo-handle.
+  // Returns false if the service does not have the pseudo-handle. Then the other functions
+  // must not be called.
   bool Create();
   bool Update(const std::uint8_t* data, std::uint32_t length);
   bool Finish(std::uint8_t (&digest)[kDigestSize]);
@@ -24,20 +25,21 @@ class CngSha256 {
   CngHash hash_;
 };
 
-// By CryptoAPI, which every Windows has. To acquire its provider can take milliseconds.
+// By CryptoAPI, which every Windows has. Acquiring its provider can take milliseconds.
 class CryptoApiSha256 {
  public:
+  // Returns false if there is no provider or no hash. The other functions then return false too.
   bool Create();
   bool Update(const std::uint8_t* data, std::uint32_t length);
   bool Finish(std::uint8_t (&digest)[kDigestSize]);
 
  private:
   CryptProvider provider_;
-  CryptHash hash_;  // released before its provider
+  CryptHash hash_;  // declared after its provider, so that it is released first
 };
 
 // Computes one digest of data in pieces, by CNG or, only if CNG cannot create a hash, by CryptoAPI.
-// Calls the system only from the first piece on.
+// Calls the system only from the first piece on, so that an unused object costs nothing.
 class Sha256 {
  public:
   // Adds the next `length` bytes, 0 or more. Returns false if the system refuses; the digest is
@@ -56,7 +58,8 @@ class Sha256 {
   CryptoApiSha256 cryptoApi_;
 };
 
-// Computes the digest of the `length` bytes at `data`, 0 or more. The same results as above.
+// Computes the digest of the `length` bytes at `data`, 0 or more. Returns false, with `digest`
+// undefined, if the system fails.
 bool Sha256Digest(const std::uint8_t* data, std::uint32_t length,
                   std::uint8_t (&digest)[kDigestSize]);
 

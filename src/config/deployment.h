@@ -1,5 +1,5 @@
-// The deployment's host names: what a new config.json says, and whose certificates are trusted. A
-// deployment changes them here and nowhere else.
+// The deployment's host names: the defaults of a new config.json, and the certificate names that
+// QX_CheckCert trusts. A deployment changes them here and nowhere else.
 
 #ifndef LAUNCHER_CONFIG_DEPLOYMENT_H_
 #define LAUNCHER_CONFIG_DEPLOYMENT_H_
@@ -9,7 +9,7 @@ namespace launcher {
 inline constexpr char kDefaultApiServer[] = "https://api.orvane.example/api";
 inline constexpr char kDefaultPurchaseServer[] = "http://purchase.orvane.example/";
 inline constexpr char kDefaultTelemetryServer[] = "https://telemetry.orvane.example/api";
-// The caller fills in the locale and the three numbers.
+// A format text: the caller fills in the locale and the three numbers, the library does not.
 inline constexpr char kDefaultDownloadUrl[] =
     "https://download.orvane.example/cmsresource/Quexara"
     "?locale=%s&itempath=DownloadList_PC%02d%02d_%02d";
@@ -17,7 +17,8 @@ inline constexpr char kDefaultQaApiHost[] = "qa-api.orvane.example";
 inline constexpr char kDefaultCiApiHost[] = "ci-api.orvane.example";
 inline constexpr char kDefaultGameDomain[] = ".orvane.example";
 
-// The names in the certificates of the game's service domain and of the CI game API.
+// The names in the certificates of the game's service domain and of the CI game API. They are
+// compared as texts: only a caller that passes the "*" itself matches the first.
 inline constexpr char kServiceCertificateName[] = "*.orvane.example";
 inline constexpr char kCiApiCertificateName[] = "ci-game-api.orvane.example";
 

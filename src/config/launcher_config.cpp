@@ -1,4 +1,5 @@
-// Reads config.json, and creates it with the defaults if it is missing.
+// Reads config.json, and creates it with the defaults if it is missing. Nothing is cached, so an
+// edit takes effect at the next call.
 
 #include "config/launcher_config.h"
 
@@ -20,6 +21,7 @@ namespace {
 using Json = nlohmann::json;
 using JsonType = Json::value_t;
 
+// The sections and settings of settings.inc, as numbers, names and a table.
 enum Section : std::size_t {
 #define SECTION(name) k##name,
 #include "config/settings.inc"
@@ -53,8 +55,9 @@ std::size_t FindIndex(std::size_t count, Matches matches) {
   return i;
 }
 
-// The two ways in which a value can be wrong. Both throw the JSON library's own exception for a
-// value of that type. Null counts as an object without members.
+// RequireObject and RequireString throw the exception that the JSON library itself throws if a
+// value of that type is used as an object or as a string: QX_IsStaging prints its text. Null counts
+// as an object without members, so that a missing section is reported as a missing setting.
 void RequireObject(JsonType type) {
   if (type == JsonType::object || type == JsonType::null) return;
   const Json value(type);
@@ -65,14 +68,15 @@ void RequireString(JsonType type) {
   if (type != JsonType::string) static_cast<void>(Json(type).get<std::string>());
 }
 
-// Takes the settings out of a file while the JSON library reads it. Its members are those that the
-// library's parser calls.
+// Collects the settings while the JSON library parses a file. The parser calls the functions from
+// null() to parse_error(), so their names and parameters are the library's.
 //
-// No document is built: a JSON object of the library needs memory to be destroyed, and ends the
-// process when there is none.
+// No document is built: to destroy a JSON object, the library allocates memory, and if there is
+// none, the process ends.
 class SettingsReader {
  public:
-  // For a file that has been read to the end of its value. Throws for the first wrong setting.
+  // Moves the settings out, once the parser has returned. Throws for the first wrong setting: the
+  // order is that of the table, whatever the order in the file.
   LauncherConfig Take() {
     LauncherConfig config;
     for (std::size_t i = 0; i < kSettingCount; ++i) {
@@ -97,6 +101,7 @@ class SettingsReader {
   }
   bool binary(Json::binary_t& /*value*/) { return TakeValue(JsonType::binary); }
 
+  // The parser does not use `value` again, so it can be moved from.
   bool string(std::string& value) {
     if (next_ != nullptr) next_->text = std::move(value);
     return TakeValue(JsonType::string);
@@ -107,6 +112,7 @@ class SettingsReader {
   bool start_array(std::size_t /*count*/) { return Enter(JsonType::array); }
   bool end_array() { return Leave(); }
 
+  // Finds the place for the value of a member. At other depths, and for other names, it has none.
   bool key(const std::string& name) {
     if (depth_ == 1) {
       section_ = FindIndex(kSectionCount, [&](std::size_t i) { return name == kSections[i]; });
@@ -120,6 +126,8 @@ class SettingsReader {
     return true;
   }
 
+  // A template, so that the exception keeps its own type. To return false would also stop the
+  // parser, but lose the reason.
   template <class ParseError>
   bool parse_error(std::size_t /*position*/, const std::string& /*token*/,
                    const ParseError& error) {
@@ -127,13 +135,14 @@ class SettingsReader {
   }
 
  private:
-  // What is absent is null.
+  // An absent value counts as null.
   struct Value {
     JsonType type = JsonType::null;
-    std::string text;  // of a string
+    std::string text;  // if the type is string
   };
 
-  // Of members with equal names the last counts, so a section's second coming empties it.
+  // Of members with equal names the last one counts. So if a section appears again, its earlier
+  // settings are dropped.
   Value* FreshSection() {
     for (std::size_t i = 0; i < kSettingCount; ++i) {
       if (kTable[i].section == section_) settings_[i] = Value();
@@ -141,6 +150,7 @@ class SettingsReader {
     return &sections_[section_];
   }
 
+  // Uses the place up: values without a key, the elements of an array, have none.
   bool TakeValue(JsonType type) {
     if (next_ != nullptr) next_->type = type;
     next_ = nullptr;
@@ -161,16 +171,16 @@ class SettingsReader {
   Value sections_[kSectionCount];
   Value settings_[kSettingCount];
 
-  Value* next_ = &document_;             // where the next value belongs, null where it is not ours
-  std::size_t depth_ = 0;                // the objects and arrays that are open
-  std::size_t section_ = kSectionCount;  // the section that is open at depth 2
+  Value* next_ = &document_;             // the place for the next value, null if it is ignored
+  std::size_t depth_ = 0;                // how many objects and arrays are open
+  std::size_t section_ = kSectionCount;  // the section of the last key at depth 1, if it is ours
 };
 
 LauncherConfig ReadConfig(std::FILE* file) {
   SettingsReader reader;
-  // What follows the value in the file is left alone.
+  // Parsing ends with the value: any text may follow it.
   constexpr bool kToTheEnd = false;
-  // From a FILE, since the runtime's streams would treble the size of the DLL.
+  // From a FILE, since the runtime's streams would make the DLL three times as large.
   Json::sax_parse(file, &reader, Json::input_format_t::json, kToTheEnd);
   return reader.Take();
 }
@@ -181,8 +191,9 @@ LauncherConfig DefaultConfig() {
   return config;
 }
 
-// An object in the JSON library's indented form and order, `indent` blanks ahead of its end. The
-// values are JSON already.
+// Returns an object as the JSON library would print it with four blanks a level. `indent` counts
+// the blanks before its closing brace. The values are JSON already. std::map sorts the members as
+// the library does, in byte order. The library itself cannot do this: see SettingsReader.
 std::string ObjectText(const std::map<std::string, std::string>& members, std::size_t indent) {
   constexpr std::size_t kStep = 4;
   std::string text = "{";
@@ -206,19 +217,21 @@ std::string DefaultConfigText() {
   return ObjectText(sections, 0) + '\n';
 }
 
-// Creates the file at `path` with the defaults, whole or not at all: a process that starts at the
-// same moment must not read half a file. Fails if anything is at `path`, since a file that exists
-// but cannot be read holds somebody's settings.
+// Creates the file at `path` with the defaults, completely or not at all: a process that starts at
+// the same moment must not read half a file. Returns false if anything exists at `path`, since a
+// file that exists but cannot be read holds somebody's settings.
 bool CreateConfigFile(const char* path) {
   const SystemPath place = SystemPathOf(path);
   const std::string text = DefaultConfigText();
   NewFile file;
-  // Flushed before it gets its name: after a loss of power, an empty file would stay for good.
+  // Flushed before it gets its name: otherwise a loss of power could leave an empty file, which
+  // does not load and is never replaced.
   if (file.CreateBeside(place) != 0 || file.WriteText(text) != 0 || file.Flush() != 0) return false;
   const SystemError error = file.MoveTo(place, NewFile::Existing::kStays);
   if (error == 0 || MeansThatItExists(error)) return error == 0;
 
-  // Some folders permit creating a file but not renaming it.
+  // Some folders permit creating a file but not renaming it. There the file is created under its
+  // own name, still only if nothing exists at `path`, and is removed again if the write fails.
   return file.Create(place) == 0 && file.WriteText(text) == 0 && file.Flush() == 0 &&
          file.MoveTo(place, NewFile::Existing::kStays) == 0;
 }
@@ -226,9 +239,11 @@ bool CreateConfigFile(const char* path) {
 }  // namespace
 
 LauncherConfig LoadLauncherConfig(const char* path) {
+  // Denies nothing: other programs may read and write the file at the same time.
   if (const OwnedFile file{_fsopen(path, "r", _SH_DENYNO)}) return ReadConfig(file.get());
 
-  // The load returns the defaults also if the file could not be created.
+  // The result is not used: even if the file could not be created, the defaults are returned and
+  // the line is printed.
   static_cast<void>(CreateConfigFile(path));
   printf_s("Created default config: %s\n", path);
   std::fflush(stdout);

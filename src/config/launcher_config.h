@@ -7,6 +7,7 @@
 
 namespace launcher {
 
+// Relative, so the file is in the current directory.
 inline constexpr char kConfigPath[] = "config.json";
 
 // The twelve settings. All are text, also those that read like truth values.
@@ -15,9 +16,9 @@ struct LauncherConfig {
 #include "config/settings.inc"
 };
 
-// Reads the settings from the file at `path`. If it cannot be opened, returns the defaults, writes
-// them to `path` unless something is there, and prints the line "Created default config: PATH" in
-// either case.
+// Reads the settings from the file at `path`. If it cannot be opened, returns the defaults, creates
+// the file with them unless something exists at `path`, and prints "Created default config: PATH"
+// in either case.
 //
 // A file that opens must hold a JSON object with all twelve settings as strings; what follows the
 // object is not looked at. Otherwise throws the JSON library's exception for the first wrong

@@ -1,4 +1,7 @@
 // The table of the library's texts and the four exports that read it.
+//
+// Every lookup goes through QX_LoadStringToMemory, even inside the library: callers can see its
+// line and its effect on config.json.
 
 #include "config/string_table.h"
 
@@ -28,6 +31,8 @@ struct TableEntry {
   std::string LauncherConfig::*field;  // that setting
 };
 
+// Labels are unique, so the order has no effect. Callers depend on each text as it is, even on its
+// odd wording.
 constexpr TableEntry kTable[] = {
     {kVendorNameLabel, "Tervane Inc."},
     {kBuildNameLabel, "Release"},
@@ -43,7 +48,7 @@ constexpr TableEntry kTable[] = {
     {1011, "text/plain;level=1"},
     {1012, "X-Identifier"},
     {1014, "P-Authorization"},
-    // The server knows the first of these three without the underscore.
+    // Not a typing error: the first of these three has no underscore in its version.
     {1100, "version:TamlsEarlyAccess,pid:{0},f:CoreSaveDataCreate"},
     {1101, "version:Tamls_EarlyAccess,pid:{0},f:CoreSaveDataRestart"},
     {1102, "version:Tamls_EarlyAccess,pid:{0},f:UserExistence"},
@@ -77,8 +82,9 @@ constexpr TableEntry kTable[] = {
 };
 static_assert(sizeof kTable / sizeof kTable[0] == 42);
 
-// Prints with one write. By printf_s, since MinGW's printf and msvcrt's fwrite under Wine write
-// each character by itself if the output is a console.
+// Prints the line with one write, even if the stream is not buffered, as that of a console. MinGW's
+// printf, and msvcrt's fwrite under Wine, would write character by character, so printf_s prints a
+// line that is already complete. It is not flushed: the runtime decides when it appears.
 void PrintCallLine(StringLabel label) {
   char line[64];
   std::snprintf(line, sizeof line, "QX_LoadStringToMemory called with label: %d\n",
@@ -86,7 +92,8 @@ void PrintCallLine(StringLabel label) {
   printf_s("%s", line);
 }
 
-// Returns null for a label that is not in the table. The text may belong to `config`.
+// Returns null for a label that is not in the table. The text may belong to `config`, so it is
+// valid only as long as `config` is.
 const char* FindText(StringLabel label, const LauncherConfig& config) {
   for (const TableEntry& entry : kTable) {
     if (entry.label != label) continue;
@@ -96,11 +103,12 @@ const char* FindText(StringLabel label, const LauncherConfig& config) {
 }
 
 ResultCode CopyTextToMemory(StringLabel label, char** text) {
-  // Before the search: with any label, a lookup creates a missing file and fails on a broken one.
+  // Load first: with any label, a lookup must create a missing file and fail on a broken one.
   const LauncherConfig config = LoadLauncherConfig(kConfigPath);
   const char* const source = FindText(label, config);
   if (source == nullptr) return QX_NOT_FOUND;
 
+  // Up to the first NUL, which a setting can contain.
   const std::size_t size = std::strlen(source) + 1;
   char* const copy = static_cast<char*>(AllocateBlock(size));
   if (copy == nullptr) return QX_OUT_OF_MEMORY;
@@ -121,7 +129,7 @@ OwnedText LookUpText(StringLabel label) {
 }  // namespace launcher
 
 ResultCode QX_CALL QX_LoadStringToMemory(StringLabel label, char** text) {
-  launcher::PrintCallLine(label);
+  launcher::PrintCallLine(label);  // on every call, even if it fails
   if (text == nullptr) return QX_BAD_ARGUMENT;
 
   return launcher::Guarded(QX_FAILED, [=] { return launcher::CopyTextToMemory(label, text); });
@@ -134,6 +142,8 @@ ResultCode QX_CALL QX_LoadString(StringLabel label, char* destination, std::uint
   const ResultCode result = QX_LoadStringToMemory(label, &text);
   if (result < 0) return result;
 
+  // A longer text leaves destination unwritten. One of exactly capacity bytes has no room for its
+  // terminator: CopyText fails and leaves an empty text.
   const launcher::OwnedText owner(text);
   if (std::strlen(text) > capacity) return QX_BAD_ARGUMENT;
   return launcher::CopyText(destination, capacity, text) ? QX_SUCCEEDED : QX_BAD_ARGUMENT;

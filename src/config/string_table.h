@@ -26,6 +26,7 @@ inline constexpr char kBuiltInKey[] = "7E3A90C2D1F86B45";
 // signs.
 inline constexpr char kSignatureMarker[] = "/* QTRMWO_Kd3Z_HLvN */";
 
+// Owns a text of QX_LoadStringToMemory, which is from the runtime's heap.
 struct MallocDeleter {
   void operator()(void* block) const { std::free(block); }
 };

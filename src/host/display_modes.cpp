@@ -14,14 +14,16 @@
 namespace launcher {
 namespace {
 
-constexpr UINT kSdkVersion = 32;
+constexpr UINT kSdkVersion = 32;  // D3D_SDK_VERSION of d3d9.h without its debug bit
 
+// Callers parse this text, so its blanks and line ends are part of the interface.
 constexpr char kHead[] = "{\n\"DisplayMode\": [\n";
 constexpr char kModeLine[] = "  {\"Width\": %u, \"Height\": %u, \"Hz\": %u}%s\n";
 constexpr char kTail[] = "]\n}";
+// The format and room for three numbers of ten digits.
 constexpr std::size_t kModeLineCapacity = sizeof kModeLine + 3 * sizeof "4294967295";
 
-// The modes of one adapter, by index. The query of each may fail.
+// The modes of one adapter, by index. The query of each may fail. Borrows the Direct3D object.
 class AdapterModes {
  public:
   AdapterModes(IDirect3D9* direct3D, UINT adapter)
@@ -40,7 +42,8 @@ class AdapterModes {
   UINT count_;
 };
 
-// Appends texts to a buffer, which always ends with a terminator.
+// Appends texts to a buffer of at least one byte. After each call the text in it has a terminator,
+// whose byte remains part of the capacity that is left.
 class TextWriter {
  public:
   TextWriter(char* buffer, std::uint32_t capacity) : next_(buffer), capacityLeft_(capacity) {}
@@ -68,7 +71,7 @@ bool WriteModes(TextWriter* text, const AdapterModes& modes) {
   for (UINT i = 0; i < modes.Count(); ++i) {
     D3DDISPLAYMODE mode = {};
     if (!modes.Get(i, &mode)) continue;
-    // Decided by the index alone: if the query of the last mode fails, the list ends with a comma.
+    // The index alone decides: if the query of the last mode fails, a comma remains at the end.
     const char* const separator = i == modes.Count() - 1 ? "" : ",";
     char line[kModeLineCapacity];
     std::snprintf(line, sizeof line, kModeLine, mode.Width, mode.Height, mode.RefreshRate,
@@ -78,7 +81,8 @@ bool WriteModes(TextWriter* text, const AdapterModes& modes) {
   return text->Write(kTail);
 }
 
-// Sign-extends the low 16 bits of an argument. From 32768 on the result exceeds every mode.
+// Sign-extends the low 16 bits of an argument. Values from 32768 on become negative, and as
+// unsigned numbers they are larger than any mode, so they never match.
 std::uint32_t Widened(std::int32_t argument) {
   return static_cast<std::uint32_t>(static_cast<std::int16_t>(argument & 0xFFFF));
 }
@@ -93,7 +97,7 @@ std::uint32_t QX_CALL QX_EnumDisplayMode(std::uint32_t adapter, std::uint32_t /*
   const launcher::Direct3D direct3D(Direct3DCreate9(launcher::kSdkVersion));
   if (!direct3D) return 0;
   const launcher::AdapterModes modes(direct3D.Get(), adapter);
-  if (modes.Count() == 0) return 0;
+  if (modes.Count() == 0) return 0;  // before the first write: the buffer stays as it is
 
   launcher::TextWriter text(buffer, capacity);
   if (!launcher::WriteModes(&text, modes)) return 0;

@@ -13,7 +13,8 @@
 namespace launcher {
 namespace {
 
-// Nothing in the library reads it except QX_GetIllegalValue.
+// Nothing in the library reads it except QX_GetIllegalValue. It has no lock: callers must not use
+// it from several threads at once.
 std::int32_t illegalValue = 0;
 
 }  // namespace
@@ -33,6 +34,7 @@ std::int32_t QX_CALL QX_SteamAPI_GetMirvelURL(std::uint32_t /*first*/, std::uint
 
 std::int32_t QX_CALL QX_GetIllegalValue() { return launcher::illegalValue; }
 
+// The seed changes once a second, so two calls within a second give the same value.
 std::int32_t QX_CALL QX_ResetIllegalValue() {
   std::srand(static_cast<std::uint32_t>(_time64(nullptr)));
   // rand is weak, but callers may rely on the runtime's sequence.
@@ -40,8 +42,9 @@ std::int32_t QX_CALL QX_ResetIllegalValue() {
   return launcher::illegalValue;
 }
 
+// In spite of its name it reads no setting: it returns 1 if the settings load.
 std::int32_t QX_CALL QX_IsStaging() {
-  // Not Guarded: this export prints the exception's text.
+  // Not by Guarded, which drops the exception's text: this export prints it.
   try {
     launcher::LoadLauncherConfig(launcher::kConfigPath);
     return 1;

@@ -12,7 +12,7 @@
 namespace launcher {
 namespace {
 
-// A longer setting is not a host name and equals none.
+// In bytes, terminator included. A longer setting is not a host name: it is skipped.
 constexpr std::size_t kHostNameCapacity = 1024;
 
 bool IsSetting(StringLabel label, const char* hostName) {
@@ -25,7 +25,8 @@ bool IsSetting(StringLabel label, const char* hostName) {
 }  // namespace launcher
 
 std::uint8_t QX_CALL QX_CheckCert(const char* certificateName, const char* hostName) {
-  // Compares character by character: a wildcard has no special meaning.
+  // Compares character by character: upper and lower case differ, and a wildcard has no special
+  // meaning. The order counts, and so does the end at the first match: each lookup prints a line.
   const bool isTrusted = launcher::IsSetting(launcher::kQaApiHostLabel, hostName) ||
                          launcher::IsSetting(launcher::kCiApiHostLabel, hostName) ||
                          std::strcmp(certificateName, launcher::kServiceCertificateName) == 0 ||

@@ -16,19 +16,20 @@
 
 namespace launcher {
 
+// In bytes, terminator included.
 inline constexpr std::size_t kLaunchLineCapacity = 2048;
 
 // The hexadecimal digits of a 32-bit number.
 inline constexpr std::size_t kWordDigits = 8;
 
-// Everything except the path: two quotes, a blank and two numbers.
+// The characters besides the path: two quotes, a blank and two numbers.
 inline constexpr std::size_t kLaunchLineExtra = 3 + 2 * kWordDigits;
 
 // The longest path, in characters, that leaves room for the rest and the terminator.
 inline constexpr std::size_t kMaxClientPathLength = kLaunchLineCapacity - 1 - kLaunchLineExtra;
 
-// Writes the line. `clientPath` has at most kMaxClientPathLength characters; a `dataAddress` of 0
-// means that there is no data.
+// Writes the line with its terminator. `clientPath` has at most kMaxClientPathLength characters; a
+// `dataAddress` of 0 means that there is no data.
 void FormatLaunchLine(char (&line)[kLaunchLineCapacity], const char* clientPath,
                       std::uint32_t processId, std::uint32_t dataAddress);
 
@@ -38,8 +39,8 @@ void FormatLaunchLine(char (&line)[kLaunchLineCapacity], const char* clientPath,
 inline constexpr std::uint32_t kSignedAreaSize = 2048;
 inline constexpr std::uint32_t kEncipheredLineSize = ContainerSize(kSignedAreaSize);
 
-// Writes the enciphered form. Returns false, with `block` unwritten, if the system computes no
-// digest.
+// Writes the enciphered form of a line. Returns false, with `block` unwritten, if the system cannot
+// compute the digest.
 bool EncipherLaunchLine(std::uint8_t (&block)[kEncipheredLineSize], const char* line);
 
 }  // namespace launcher

@@ -53,13 +53,14 @@ ResultCode QX_CALL QX_RightBinary(std::uint8_t* destination, std::uint32_t capac
                                   const char* text, std::uint32_t count) {
   if (text == nullptr) return QX_BAD_ARGUMENT;
 
-  // Compares half the length, since twice the count can wrap.
+  // Compares half the length with `count`, since twice the count can wrap.
   const std::size_t length = std::strlen(text);
   if (length / 2 < count || capacity < count) return QX_FAILED;
 
   if (destination == nullptr) return QX_SUCCEEDED;
 
-  // If the capacity has room for it, the zero fill is also the NUL after the bytes.
+  // If there is room after the bytes, the zero fill is also their terminator. With a capacity of
+  // exactly `count` there is none, since nothing may be written beyond the capacity.
   std::memset(destination, 0, capacity);
   const char* digits = text + length - std::size_t{count} * 2;
   for (std::uint32_t i = 0; i < count; ++i, digits += 2) {

@@ -1,5 +1,6 @@
-// The user's files in the Steam Cloud. Each export gets the interface again. The results for a bad
-// argument and for a missing interface differ from export to export.
+// The user's files in the Steam Cloud. Each export gets the interface again, since Steam can start
+// or end between two calls. A bad argument is reported before a missing interface. The results for
+// both differ from export to export.
 
 #include <cstdint>
 
@@ -15,6 +16,7 @@ ResultCode QX_CALL QX_SteamAPI_RemoteStorageFileWrite(const char* name, const vo
   return storage->FileWrite(name, data, size) ? QX_SUCCEEDED : QX_FAILED;
 }
 
+// The size is not checked, not even for 0 or a negative number: Steam decides.
 std::int32_t QX_CALL QX_SteamAPI_RemoteStorageFileRead(const char* name, void* buffer,
                                                        std::int32_t size) {
   if (name == nullptr || buffer == nullptr) return QX_BAD_ARGUMENT;
@@ -47,6 +49,7 @@ std::int32_t QX_CALL QX_SteamAPI_RemoteStorageGetFileSize(const char* name) {
   return storage != nullptr ? storage->GetFileSize(name) : 0;
 }
 
+// Without Steam a negative number, which is no valid count.
 std::int32_t QX_CALL QX_SteamAPI_RemoteStorageGetFileCount() {
   ISteamRemoteStorage* const storage = SteamRemoteStorage();
   return storage != nullptr ? storage->GetFileCount() : QX_FAILED;
@@ -58,8 +61,9 @@ ResultCode QX_CALL QX_SteamAPI_RemoteStorageGetFileName(std::int32_t index, char
   ISteamRemoteStorage* const storage = SteamRemoteStorage();
   if (storage == nullptr) return QX_FAILED;
 
-  std::int32_t size = 0;
-  // If the name does not fit, the caller gets an empty one, and success.
+  std::int32_t size = 0;  // required by Steam, not reported to the caller
+  // The call succeeds even if the name does not fit or Steam has none (null). The caller then gets
+  // an empty name.
   launcher::CopyText(destination, capacity, storage->GetFileNameAndSize(index, &size));
   return QX_SUCCEEDED;
 }
@@ -74,7 +78,8 @@ std::int32_t QX_CALL QX_SteamAPI_RemoteStorageIsCloudEnabledForApp() {
   return storage != nullptr && storage->IsCloudEnabledForApp() ? 1 : 0;
 }
 
-// The result is inverted: 1 if Steam is missing and nothing was done.
+// Inverted result: 1 means that Steam is missing and nothing was done. `enabled` is passed on
+// whole, not reduced to 0 or 1.
 std::uint8_t QX_CALL QX_SteamAPI_RemoteStorageSetCloudEnabledForApp(std::int32_t enabled) {
   ISteamRemoteStorage* const storage = SteamRemoteStorage();
   if (storage == nullptr) return 1;

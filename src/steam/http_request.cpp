@@ -13,9 +13,9 @@
 namespace launcher {
 namespace {
 
-constexpr std::int32_t kMethodPost = 3;
+constexpr std::int32_t kMethodPost = 3;  // in the enumeration of Steam
 
-// Owns a request of Steam.
+// Owns a request of Steam, so that every return after its creation releases it. Borrows `http`.
 class HttpRequest {
  public:
   HttpRequest(ISteamHTTP& http, std::int32_t method, const char* url)
@@ -28,17 +28,21 @@ class HttpRequest {
 
   explicit operator bool() const { return handle_ != 0; }
 
-  // The parameter of Steam is not const, but Steam does not write to it.
+  // Steam's parameter is not const, but Steam does not write to it. If Steam refuses the body, the
+  // request is sent all the same.
   void SetBody(const char* contentType, const std::uint8_t* body, std::uint32_t size) {
     http_.SetHTTPRequestRawPostBody(handle_, contentType, const_cast<std::uint8_t*>(body), size);
   }
 
-  // Returns when the response is complete.
+  // Returns when the response is complete. The handle of the call is for callbacks, which this
+  // library does not use.
   bool Send() {
     std::uint64_t unusedCall = 0;
     return http_.SendHTTPRequest(handle_, &unusedCall);
   }
 
+  // The size in bytes. For this header Steam counts the body bytes that it holds, even if the
+  // server sent no such header.
   bool GetBodySize(std::uint32_t& size) {
     return http_.GetHTTPResponseHeaderSize(handle_, "Content-Length", &size);
   }
@@ -52,8 +56,9 @@ class HttpRequest {
   std::uint32_t handle_;
 };
 
-// Prints the body as text, up to its first NUL.
+// Prints the body, of `size` bytes, as text up to its first NUL. Nothing is printed on failure.
 ResultCode PrintResponse(HttpRequest& request, std::uint32_t size) {
+  // With the terminator this size would wrap to 0 in a 32-bit program.
   if (size == UINT32_MAX) return QX_OUT_OF_MEMORY;
   const std::unique_ptr<std::uint8_t[]> body(new (std::nothrow)
                                                  std::uint8_t[size + std::size_t{1}]);
@@ -73,6 +78,7 @@ ResultCode QX_CALL QX_SteamAPI_HTTPRequest(const char* url, std::int32_t method,
                                            const char* contentType, const std::uint8_t* body,
                                            std::uint32_t bodyLength) {
   using namespace launcher;
+  // Here a missing interface is reported before a bad argument, unlike in the other Steam exports.
   ISteamHTTP* const http = SteamHTTP();
   if (http == nullptr) return QX_NO_STEAM;
   if (url == nullptr) return QX_BAD_ARGUMENT;

@@ -9,8 +9,10 @@
 namespace launcher {
 namespace {
 
+// In bytes; no ticket of Steam is longer.
 constexpr int kTicketCapacity = 1024;
 
+// Writes 2 * size characters and a terminator.
 void WriteHex(char* text, const std::uint8_t* bytes, std::uint32_t size) {
   constexpr char kDigits[] = "0123456789ABCDEF";
   for (std::uint32_t i = 0; i < size; ++i) {
@@ -36,7 +38,7 @@ std::uint64_t QX_CALL QX_SteamAPI_GetSteamIDConvertToUint64() {
 ResultCode QX_CALL QX_SteamAPI_GetPersonaName(char* destination, std::uint32_t capacity) {
   if (destination == nullptr || capacity == 0) return QX_BAD_ARGUMENT;
 
-  // Without Steam there is no name, but the call succeeds.
+  // Without Steam there is no name, but the call succeeds and leaves destination unwritten.
   ISteamFriends* const friends = SteamFriends();
   if (friends == nullptr) return QX_SUCCEEDED;
 
@@ -53,8 +55,10 @@ std::int32_t QX_CALL QX_SteamAPI_GetSteamAuthTicket(char* destination, std::uint
   std::uint32_t size = 0;
   // The handle is not kept: the ticket is valid until Steam shuts down.
   if (user->GetAuthSessionTicket(ticket, kTicketCapacity, &size) == 0) return QX_FAILED;
+  // Steam reports the size. If it were wrong, WriteHex would read beyond the buffer.
   if (size > sizeof ticket) return QX_FAILED;
 
+  // Only now: a call with a bad destination requests a ticket too.
   if (destination == nullptr || capacity == 0) return QX_FAILED;
   const std::uint32_t length = 2 * size;
   if (capacity <= length) return QX_FAILED;

@@ -9,9 +9,10 @@
 namespace launcher {
 namespace {
 
-// The result of SteamApps in the last QX_SteamAPI_Init that reached Steam; null before that.
-// QX_SteamAPI_Shutdown does not clear it, so callers must not ask for a language after it until
-// they have initialised Steam again.
+// The result of SteamApps in the last QX_SteamAPI_Init that reached Steam; null before that. Only
+// the language exports use it. QX_SteamAPI_Shutdown does not clear it, so after that call no
+// language export may be called until QX_SteamAPI_Init has succeeded again. It has no lock: callers
+// must not run these exports at the same time.
 ISteamApps* steamAppsInterface = nullptr;
 
 }  // namespace
@@ -20,6 +21,7 @@ ISteamApps* steamAppsInterface = nullptr;
 using launcher::steamAppsInterface;
 
 std::int32_t QX_CALL QX_SteamAPI_Init() {
+  // If Steam does not start, an earlier interface stays in use.
   if (!SteamAPI_Init()) return 0;
 
   steamAppsInterface = SteamApps();
@@ -40,7 +42,7 @@ ResultCode QX_CALL QX_SteamAPI_GetAvailableGameLanguages(char* destination,
   if (destination == nullptr || capacity == 0) return QX_BAD_ARGUMENT;
   if (steamAppsInterface == nullptr) return QX_NO_STEAM;
 
-  // If the list does not fit, the caller gets an empty one, and success.
+  // The call succeeds even if the list does not fit: the caller then gets an empty one.
   launcher::CopyText(destination, capacity, steamAppsInterface->GetAvailableGameLanguages());
   return QX_SUCCEEDED;
 }
@@ -52,5 +54,6 @@ ResultCode QX_CALL QX_SteamAPI_GetCurrentGameLanguage(char* destination, std::ui
   const char* const language = steamAppsInterface->GetCurrentGameLanguage();
   if (language == nullptr || *language == '\0') return QX_NOT_FOUND;
 
+  // QX_OUT_OF_MEMORY is also the code for a copy that does not fit, in this export only.
   return launcher::CopyText(destination, capacity, language) ? QX_SUCCEEDED : QX_OUT_OF_MEMORY;
 }

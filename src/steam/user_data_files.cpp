@@ -1,5 +1,5 @@
-// Whole files in the folder that Steam has for each user of this machine. The path contains the
-// file name unchanged.
+// Whole files in the folder that Steam has for each user of this machine. The file name becomes
+// part of the path unchanged: it can also name a file in another folder.
 
 #include <cstddef>
 #include <cstdint>
@@ -14,10 +14,12 @@
 namespace launcher {
 namespace {
 
-constexpr int kPathCapacity = 260;
+constexpr int kPathCapacity = 260;  // MAX_PATH, terminator included
+// The largest size in bytes that a signed 32-bit number holds.
 constexpr std::int64_t kMaxFileSize = 0x7FFFFFFF;
 
-// Writes the path of a user's file. Returns false if Steam has no folder or the path does not fit.
+// Writes the path of a user's file into the `capacity` bytes at `path`. Returns false if Steam has
+// no folder or the path does not fit.
 bool FormPath(ISteamUser& user, const char* fileName, char* path, int capacity) {
   if (!user.GetUserDataFolder(path, capacity)) return false;
   const auto size = static_cast<std::size_t>(capacity);
@@ -32,7 +34,8 @@ class UserFile {
 
   bool HasPath() const { return hasPath_; }
 
-  // Returns true, with the size, if the path exists.
+  // Returns true, with the size in bytes, if the path exists, even as a folder. By _stat64, since
+  // 32 bits do not hold the size of every file.
   bool Find(std::int64_t& size) const {
     struct __stat64 status = {};
     if (_stat64(path_, &status) != 0) return false;
@@ -40,10 +43,13 @@ class UserFile {
     return true;
   }
 
+  // Denies nothing: others may use the file at the same time.
   OwnedFile Open(const char* mode) const { return OwnedFile(_fsopen(path_, mode, _SH_DENYNO)); }
 
  private:
-  char path_[kPathCapacity] = {};  // never uninitialised, whatever Steam writes
+  // Zero, so that nothing uninitialised becomes a path. Declared before hasPath_, whose initialiser
+  // writes the path.
+  char path_[kPathCapacity] = {};
   bool hasPath_;
 };
 
@@ -55,6 +61,7 @@ ResultCode QX_CALL QX_SteamAPI_GetUserDataFolder(char* destination, std::int32_t
   ISteamUser* const user = SteamUser();
   if (user == nullptr) return QX_NO_STEAM;
 
+  // Unlike in the other exports success is 1, and 0 means that Steam refused.
   return user->GetUserDataFolder(destination, capacity) ? 1 : 0;
 }
 
@@ -87,11 +94,13 @@ ResultCode QX_CALL QX_SteamAPI_ReadFile(const char* fileName, void* buffer,
   if (!file.HasPath()) return QX_FAILED;
   std::int64_t size = 0;
   if (!file.Find(size)) return QX_NOT_FOUND;
+  // Nothing is read of a file that is empty, huge or larger than the buffer.
   if (size <= 0 || size > launcher::kMaxFileSize) return QX_READ_FAILED;
   if (size > capacity) return QX_BAD_ARGUMENT;
 
   const launcher::OwnedFile stream = file.Open("rb");
   if (!stream) return QX_OPEN_FAILED;
+  // As one item: a file that has become shorter since is a failure, not a part of a file.
   return std::fread(buffer, static_cast<std::size_t>(size), 1, stream.get()) == 0 ? QX_READ_FAILED
                                                                                   : QX_SUCCEEDED;
 }
@@ -106,7 +115,8 @@ ResultCode QX_CALL QX_SteamAPI_WriteFile(const char* fileName, const void* data,
   if (!file.HasPath()) return QX_FAILED;
   const launcher::OwnedFile stream = file.Open("wb");
   if (!stream) return QX_OPEN_FAILED;
-  // Unbuffered, so that a full disk fails the write and not only the close.
+  // Not buffered, so that a full disk fails the write and not only the close, whose result is not
+  // used.
   std::setvbuf(stream.get(), nullptr, _IONBF, 0);
   return std::fwrite(data, size, 1, stream.get()) == 1 ? QX_SUCCEEDED : QX_WRITE_FAILED;
 }
