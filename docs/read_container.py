@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""read_container.py CONTAINER [KEY-IN-HEX] writes a BFBR container's payload to the output. It needs
-nothing but Python's own library, and container-format.md explains it."""
+"""read_container.py CONTAINER [KEY-IN-HEX] writes the payload of a BFBR container to the standard
+output. It uses only Python's standard library. container-format.md describes the format."""
 import hashlib, struct, sys
 
 BUILT_IN_KEY = b"7E3A90C2D1F86B45"
 
 
-def pi_words(count):  # the fraction of pi in words of 32 bits, by Machin's formula
+def pi_words(count):  # the fractional part of pi in 32-bit words, by Machin's formula
     def arctan(x, total=0, n=1, sign=1):
         power = (1 << 32 * count + 64) // x
         while power:
@@ -36,7 +36,7 @@ class Blowfish:
 
 
 def read(block, key=BUILT_IN_KEY, prefix=b"", whole_without_prefix=False):
-    """The payload behind the prefix; ValueError names the test that the container fails."""
+    """Returns the payload after the prefix, or raises ValueError with the check that failed."""
     def test(holds, reason):
         if not holds:
             raise ValueError(reason)

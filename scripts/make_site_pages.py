@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Writes the site's pages as Markdown into FOLDER/pages, and FOLDER/mkdocs.yml with the functions.
+"""Writes the pages of the website as Markdown to FOLDER/pages, and FOLDER/mkdocs.yml.
 
 Usage: scripts/make_site_pages.py FOLDER
 
@@ -92,8 +92,8 @@ def export_page(export, section, comment, prototype, snippet):
     pattern = r"^(\w+)  +(\S.*(?:\n  .*)*)\n?"
     lines = [f"# {export['name']}", "", "```c", prototype, "```", "",
              prose(re.sub(pattern, "", comment, flags=re.M)), "",
-             f"[{section}](functions.md#{anchor(section)}); in the DLL `{export['decorated']}`, "
-             f"ordinal {export['ordinal']}.", ""]
+             f"Group: [{section}](functions.md#{anchor(section)}). Name in the DLL: "
+             f"`{export['decorated']}`. Ordinal: {export['ordinal']}.", ""]
     arguments = re.findall(pattern, comment, re.M)
     if arguments:
         lines += ["## Arguments", ""]
@@ -124,16 +124,17 @@ def functions_page(sections, exports):
 
 
 def results_page():
-    lines = ["# Result codes", "", "What a result means in detail, and what to do, is on the page of "
-             "each function that returns it.", ""]
+    lines = ["# Result codes", "", "The page of each function explains its results and what to do "
+             "next.", ""]
     for kind in ("ResultCode", "CipherCode"):
         lines += [f"## {kind}", ""]
         for name, number, meaning in CONSTANTS:
             if NAMES.get((kind, int(number))) == name:
                 users = [prose(export["name"]) for export in EXPORTS
                          if name in [constant(export, result) for result in export["results"]]]
-                lines.append(item(f"`{name}` `{number}` {{#{name}}}", prose(meaning) + ".\n\n    " +
-                                  ", ".join(users)))
+                text = prose(meaning[0].upper() + meaning[1:])
+                lines.append(item(f"`{name}` `{number}` {{#{name}}}",
+                                  f"{text}.\n\n    " + ", ".join(users)))
     return "\n".join(lines)
 
 
