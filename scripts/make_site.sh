@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
-# Makes the documents' site, with a page for each export: build/site/html/index.html.
+# Makes the site of the documents, with a page for each export: build/site/html/index.html.
 #
 #   scripts/make_site.sh [--serve]
 #
 #   --serve   show it at http://127.0.0.1:8000/, because the search works only with a server
 #
-# Needs MkDocs with its theme Material, which scripts/setup.sh site installs. Nothing is fetched. Exit
+# Needs MkDocs with its theme Material, which scripts/setup.sh site installs, but no network. Exit
 # status: 0 if there was no warning, 1 if there was one, 2 if MkDocs or the theme is missing.
 set -euo pipefail
 
