@@ -1,7 +1,7 @@
-// Benchmarks of the cipher, the containers, the look-ups and file removal, with others that do the
-// same work beside them. scripts/bench.sh runs them and makes docs/benchmarks.md of the results.
+// Benchmarks of the cipher, the containers, the look-ups and file removal, compared with other code
+// for the same work. scripts/bench.sh runs them and makes docs/benchmarks.md from the results.
 //
-// Names are FAMILY/WHO/SIZE; "ours" begins the names of what is the library's.
+// Names are FAMILY/WHO/SIZE. WHO begins with "ours" for this library.
 
 #include <benchmark/benchmark.h>
 #include <openssl/sha.h>
@@ -105,7 +105,7 @@ void RegisterKeySetups() {
   }
 }
 
-// What a peer has to do for a container: the same layout, the same SHA-256 as the native library's.
+// Does what a peer must do for a container, with the native library's layout and SHA-256.
 void PeerEncodes(Cipher& cipher, Bytes& block, const Bytes& payload) {
   std::memcpy(block.data(), "BFBR", 4);
   StoreLittleEndian(block.data() + 4, static_cast<std::uint32_t>(payload.size()));
@@ -137,8 +137,8 @@ void RegisterContainers() {
         SetBytes(state, size);
       });
     };
-    // A container under each key, made anew ahead of each turn by copying; the copy is in the
-    // time, for the peers too.
+    // Decoding changes the container, so each run starts with a copy. The time includes the copy,
+    // for the peers too.
     const auto registerDecode = [=](const std::string& name, const std::uint8_t* key,
                                     const CpuFeatures& cpu) {
       benchmark::RegisterBenchmark(Sized(name, size).c_str(), [=](benchmark::State& state) {
@@ -146,6 +146,7 @@ void RegisterContainers() {
         const Bytes payload(size, 0x5A);
         Bytes made(blockSize);
         file_cipher_encode(payload.data(), size, made.data());
+        // For another key: deciphers the container and enciphers it with that key.
         if (std::memcmp(key, kBuiltIn, sizeof kBuiltIn) != 0) {
           std::uint32_t payloadSize = 0;
           std::uint32_t offset = 0;
@@ -199,9 +200,9 @@ void RegisterLookups() {
     char text[256];
     for (auto _ : state) QX_LoadString(1001, text, sizeof text);
   });
-  // Opening, reading and parsing alone, as the JSON library's users do.
+  // Only opens, reads and parses the file, as a program with the JSON library would.
   benchmark::RegisterBenchmark("lookup/JSON library alone", [](benchmark::State& state) {
-    QX_IsStaging();  // makes the file
+    QX_IsStaging();  // creates the file
     for (auto _ : state) {
       std::ifstream file("config.json");
       nlohmann::json document;
@@ -260,9 +261,9 @@ int main(int argumentCount, char** arguments) {
   RegisterContainers();
   RegisterLookups();
   RegisterRemoval();
-  // The look-ups print a line each, which goes nowhere; the report goes to a file.
+  // Discards the line that each look-up prints. The report goes to a file.
   if (std::freopen("/dev/null", "w", stdout) == nullptr) return 1;
   benchmark::RunSpecifiedBenchmarks();
-  benchmark::ClearRegisteredBenchmarks();  // ahead of OpenSSL's own end
+  benchmark::ClearRegisteredBenchmarks();  // frees the peers before OpenSSL ends
   return 0;
 }

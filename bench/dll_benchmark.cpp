@@ -1,4 +1,4 @@
-// Times the DLL itself, and what its calls consist of.
+// Times the DLL itself, and parts of the work of its calls.
 //
 //   dll_benchmark RESULTS calls
 //       whole calls, digests by the system's two services, the kernels
@@ -63,7 +63,7 @@ double Seconds() {
   return static_cast<double>(count.QuadPart) / static_cast<double>(frequency.QuadPart);
 }
 
-// Runs it so often that it takes some milliseconds, and writes the time of one run. Returns false
+// Repeats the run until it takes some milliseconds, and writes the time of one run. Returns false
 // if a run fails.
 bool Measure(const Timed& timed, std::FILE* results) {
   for (int runs = 1;; runs *= 2) {
@@ -151,6 +151,7 @@ std::vector<Timed> Calls() {
                    return true;
                  }});
   all.push_back({"key set-up", 0, [] {
+                   // One byte less, since the built-in key itself is not set up at run time.
                    BlowfishContext context;
                    ContextForKey(kKey, kKeyLength - 1, context);
                    return true;

@@ -1,4 +1,4 @@
-// The plain way, which the kernels are measured by.
+// Enciphers without a kernel, for comparison with the kernels.
 
 #ifndef LAUNCHER_BENCH_ONE_BLOCK_H_
 #define LAUNCHER_BENCH_ONE_BLOCK_H_

@@ -1,5 +1,5 @@
-// The peers read a block's halves most significant byte first, and so give other bytes than the
-// library does. The work is the same.
+// The peers read the halves of a block as big-endian numbers, so their results differ from the
+// library's. The work is the same.
 
 #include "peers.h"
 
@@ -25,7 +25,8 @@
 namespace launcher::bench {
 namespace {
 
-// By its interface for regions. Its schedule is BF_set_key's, without the detour of the interface.
+// Enciphers by EVP, the interface for regions, always with one key. SetKey calls BF_set_key, to
+// time the key set-up without the cost of EVP.
 class OpenSsl : public Cipher {
  public:
   OpenSsl() {
@@ -63,7 +64,8 @@ class OpenSsl : public Cipher {
   std::unique_ptr<EVP_CIPHER_CTX, Freer> decryption_{EVP_CIPHER_CTX_new()};
 };
 
-// By its function for one block, which leaves the order of a block's bytes to the caller. Quicker.
+// Enciphers by OpenSSL's function for one block, which does not change the order of a block's
+// bytes. This is faster.
 class OpenSslBlocks final : public OpenSsl {
  public:
   void Encipher(std::uint8_t* region, std::size_t size) override {

@@ -1,4 +1,4 @@
-// Other Blowfish libraries behind one interface: as many as were found when this was built.
+// Other Blowfish libraries with one interface: those that the build found.
 
 #ifndef LAUNCHER_BENCH_PEERS_H_
 #define LAUNCHER_BENCH_PEERS_H_

@@ -12,11 +12,11 @@ target_include_directories(launcher_options INTERFACE
 
 target_compile_options(launcher_options INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wundef -Werror
-  # The same bytes from any folder.
+  # So that a build in any folder gives the same bytes.
   "-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.")
 
 if(WIN32)
-  # Callers align the stack to four bytes only.
+  # Callers may align the stack to four bytes only.
   target_compile_options(launcher_options INTERFACE -mincoming-stack-boundary=2)
 endif()
 
@@ -27,20 +27,20 @@ if(WIN32)
   string(REPLACE "." ";" windows_version "${LAUNCHER_OLDEST_WINDOWS}")
   list(GET windows_version 0 major)
   list(GET windows_version 1 minor)
-  # Exceptions of C++ do not use the system's structured exception handling.
+  # --no-seh: this compiler's C++ exceptions do not use structured exception handling.
   target_link_options(launcher_options INTERFACE
     -Wl,--dynamicbase -Wl,--nxcompat -Wl,--no-seh
     "-Wl,--major-subsystem-version=${major}" "-Wl,--minor-subsystem-version=${minor}")
 else()
   target_link_options(launcher_options INTERFACE -Wl,-z,relro -Wl,-z,now)
-  # It needs optimisation.
+  # _FORTIFY_SOURCE needs optimisation.
   set(is_not_optimised $<IN_LIST:-O0,$<TARGET_PROPERTY:COMPILE_OPTIONS>>)
   target_compile_definitions(launcher_options INTERFACE
     $<$<AND:$<CONFIG:Release>,$<NOT:${is_not_optimised}>>:_FORTIFY_SOURCE=2>)
 endif()
 
-# For what goes into a DLL: its symbols are shipped in a file of their own, with paths that a debugger
-# can be told to map.
+# For sources of a DLL, whose debug symbols are shipped in a separate file. Their paths begin with
+# /LauncherDll, which a debugger can map to a folder.
 add_library(launcher_symbols INTERFACE)
 if(WIN32)
   target_compile_options(launcher_symbols INTERFACE

@@ -1,6 +1,6 @@
-// A class that GoogleTest makes of std::mutex, which the win32 flavour of the compiler does not
-// have. Included ahead of everything that includes GoogleTest, with GTEST_HAS_NOTIFICATION_ set to
-// say so.
+// Replaces a class of GoogleTest that needs std::mutex, which the win32 flavour of the compiler
+// does not have. The compiler includes this file first. GTEST_HAS_NOTIFICATION_ makes GoogleTest
+// leave out its own class.
 
 #ifndef LAUNCHER_CMAKE_GTEST_NOTIFICATION_H_
 #define LAUNCHER_CMAKE_GTEST_NOTIFICATION_H_

@@ -1,4 +1,4 @@
-# Makes what other folders need of the lists in src/. From the list of exports, src/frame/exports.json:
+# Generates files from the lists in src/. From the list of exports, src/frame/exports.json:
 #
 #   LAUNCHER_EXPORTS_DEF   for linking the DLL: decorated names at their ordinals
 #   LAUNCHER_EXPORTS_MAP   for linking the native library: plain names, everything else hidden
@@ -30,8 +30,8 @@ foreach(index RANGE ${last})
   if(NOT decorated STREQUAL "_${name}@${size}")
     message(FATAL_ERROR "${export_list}: ${decorated} has ${argument_count} arguments")
   endif()
-  # Left of the equals sign stands the name in the table, right of it the linker's name for the
-  # function, which goes without the first underscore.
+  # Left of the equals sign is the name in the export table. Right of it is the linker's name for the
+  # function, which has no first underscore.
   string(APPEND def "  \"_${name}@${size}\" = \"${name}@${size}\" @${ordinal}\n")
   string(APPEND map "    ${name};\n")
   string(REPEAT "int, " ${argument_count} arguments)
@@ -41,7 +41,7 @@ foreach(index RANGE ${last})
 endforeach()
 string(APPEND map "  local: *;\n};\n")
 
-# file(CONFIGURE) leaves a file alone that would not change, so that nothing is built again.
+# file(CONFIGURE) does not write a file that would not change, so nothing is built again.
 file(CONFIGURE OUTPUT "${LAUNCHER_EXPORTS_DEF}" CONTENT "${def}" @ONLY)
 file(CONFIGURE OUTPUT "${LAUNCHER_EXPORTS_MAP}" CONTENT "${map}" @ONLY)
 file(CONFIGURE OUTPUT "${LAUNCHER_EMPTY_EXPORTS}" CONTENT "${empty_functions}" @ONLY)

@@ -1,8 +1,8 @@
 # LauncherDll.lib, the import library for Microsoft's linker, and for lld-link.
 #
-# No tool makes one of names that are decorated in the export table already. So lld-link builds a DLL
-# of the same name and the same table from empty functions, and what counts is the import library
-# that it writes on the way.
+# No tool makes an import library for names that are decorated in the export table. So lld-link
+# builds a DLL with the same name and the same table from empty functions. Only the import library
+# that it writes for this DLL is used.
 
 find_program(LAUNCHER_CLANG clang REQUIRED)
 find_program(LAUNCHER_LLD_LINK lld-link REQUIRED)

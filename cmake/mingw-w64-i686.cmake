@@ -1,9 +1,9 @@
-# 32-bit x86 Windows by MinGW-w64, with Wine to run what comes out.
+# Builds for 32-bit x86 Windows with MinGW-w64, and runs the programs under Wine.
 
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR i686)
 
-# The win32 thread flavour: the library has no threads, and the other one links winpthread in.
+# The win32 thread flavour: the library starts no threads, and the other flavour links winpthread in.
 set(CMAKE_C_COMPILER i686-w64-mingw32-gcc-win32)
 set(CMAKE_CXX_COMPILER i686-w64-mingw32-g++-win32)
 set(CMAKE_RC_COMPILER i686-w64-mingw32-windres)
@@ -13,7 +13,7 @@ set(CMAKE_FIND_ROOT_PATH /usr/i686-w64-mingw32)
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
-# The JSON library is headers alone, so the host's package serves.
+# The JSON library has only headers, so the host's package can be used.
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE BOTH)
 
 set(CMAKE_CROSSCOMPILING_EMULATOR "${CMAKE_CURRENT_LIST_DIR}/../scripts/wine.sh")

@@ -1,12 +1,12 @@
-# What users get: `cmake --install build/windows --prefix FOLDER`, and the same as ZIP files by cpack.
-# The symbols are an archive of their own, which unpacks into the same folder.
+# The package: `cmake --install build/windows --prefix FOLDER`, and the same as ZIP files by cpack.
+# The symbols are in a second archive, which unpacks into the same folder.
 
 include(CMakePackageConfigHelpers)
 set(generated "${PROJECT_BINARY_DIR}/generated")
 write_basic_package_version_file("${generated}/LauncherDllConfigVersion.cmake"
   COMPATIBILITY SameMajorVersion)
 
-# The components of others, with the versions of this build.
+# The third-party components, with their versions in this build.
 file(STRINGS "${CLI_INCLUDE_DIR}/CLI/Version.hpp" CLI11_VERSION REGEX "define CLI11_VERSION \"")
 string(REGEX REPLACE ".*\"(.*)\"" "\\1" CLI11_VERSION "${CLI11_VERSION}")
 execute_process(

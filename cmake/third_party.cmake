@@ -1,7 +1,7 @@
-# Libraries of others. third_party/components.json.in lists those in the package, with their licences.
+# Third-party libraries. third_party/components.json.in lists those in the package, with licences.
 
 # Header-only libraries are in /usr/include, which a cross compiler must not search: it would find the
-# host's headers too. A link in the build folder leads to each library alone.
+# host's headers too. So the build folder has a link to the folder of each library.
 find_package(nlohmann_json 3.8.0 REQUIRED)
 find_path(JSON_INCLUDE_DIR nlohmann/json.hpp PATHS /usr/include NO_CMAKE_FIND_ROOT_PATH REQUIRED)
 find_path(CLI_INCLUDE_DIR CLI/CLI.hpp PATHS /usr/include NO_CMAKE_FIND_ROOT_PATH REQUIRED)
@@ -15,12 +15,12 @@ foreach(library json cli)
     "${PROJECT_BINARY_DIR}/third_party/${library}")
 endforeach()
 
-# Natively libcrypto stands in for the system's digest, and is what the tests hold the cipher against.
+# Natively libcrypto replaces Windows' digest functions, and the tests compare the cipher with it.
 if(NOT WIN32)
   find_package(OpenSSL REQUIRED COMPONENTS Crypto)
 endif()
 
-# GoogleTest is built from its sources, since no package has it for Windows.
+# GoogleTest is built from its sources, since there is no package of it for Windows.
 if(BUILD_TESTING OR NOT DEFINED BUILD_TESTING)
   find_path(GOOGLETEST_SOURCE CMakeLists.txt PATHS /usr/src/googletest
     NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH REQUIRED)
@@ -29,7 +29,7 @@ if(BUILD_TESTING OR NOT DEFINED BUILD_TESTING)
   add_subdirectory("${GOOGLETEST_SOURCE}" "${PROJECT_BINARY_DIR}/googletest" EXCLUDE_FROM_ALL)
   target_compile_options(gtest PRIVATE -O0)
   if(WIN32)
-    # The win32 flavour of the compiler has no std::mutex, which GoogleTest wants for one class.
+    # The win32 flavour of the compiler has no std::mutex, which one class of GoogleTest needs.
     target_compile_definitions(gtest PUBLIC GTEST_HAS_NOTIFICATION_=1)
     target_compile_options(gtest PUBLIC
       "$<$<COMPILE_LANGUAGE:CXX>:SHELL:-include \"${CMAKE_CURRENT_LIST_DIR}/gtest_notification.h\">")

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Times the 32-bit DLL under Wine, and the native library beside other libraries, and writes
-# docs/benchmarks.md and its plot, docs/benchmarks.svg, anew. If Wine is emulated on this machine,
-# times of the DLL would mean nothing: the page then keeps its last figures.
+# Times the 32-bit DLL under Wine, compares the native library with other libraries, and writes
+# docs/benchmarks.md and its plot, docs/benchmarks.svg. If Wine is emulated on this machine, times of
+# the DLL would mean nothing, so the page keeps its last figures.
 #
 #   scripts/bench.sh [--quick] [--dll] [--help]
 #
@@ -31,7 +31,7 @@ done
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 cd "$root"
 
-# Each is run in a folder of its own.
+# Creates an empty folder to run a benchmark in.
 new_folder() {
   rm -rf "$1"
   mkdir -p "$1"
@@ -55,7 +55,7 @@ if "$native"; then
   results+=(--native build/native-bench/run/benchmarks.json)
 fi
 
-# Rounds of all outputs, so that what else the machine does meets them all.
+# Repeats all outputs in turn, so that other work of the machine slows all of them.
 time_dll() {
   local program=../bin/dll_benchmark.exe rounds=3
   if "$quick"; then rounds=1; fi

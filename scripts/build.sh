@@ -3,8 +3,8 @@
 #
 #   scripts/build.sh PRESET [TARGET...]
 #
-# Without targets everything is built. Prints progress on a terminal, else errors alone. Exit status:
-# CMake's.
+# Without targets everything is built. Prints progress on a terminal, else only errors. Exit status: 0
+# if all was built.
 set -euo pipefail
 
 [ $# -ge 1 ] || { sed -n '2,/^set -/{/^set -/d;s/^# \{0,1\}//;p}' "$0" >&2; exit 2; }
@@ -29,7 +29,7 @@ printf 'build: %s\n' "$preset"
 run_quietly cmake --preset "$preset"
 build=(cmake --build --preset "$preset" ${1:+--target "$@"})
 if [ -t 1 ]; then
-  # Ninja overwrites one line there, and prints the whole output of a command that fails.
+  # On a terminal Ninja overwrites one line, and prints the whole output of a command that fails.
   export NINJA_STATUS="build: $preset [%f/%t] "
   "${build[@]}"
 else

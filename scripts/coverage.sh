@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
-# Runs the native tests and tells which lines and branches of src/ they reach.
+# Runs the native tests and reports which lines and branches of src/ they reach.
 #
 #   scripts/coverage.sh [--help]
 #
 # Prints each file's figures, then the lines and the branches that were not reached; the page to
 # browse is build/native-coverage/coverage/index.html. Branches that only an exception of a called
-# function takes are left out. docs/coverage.md tells why the rest stays.
+# function takes are left out. docs/coverage.md explains why the rest is not reached.
 #
 # Installs what is missing. Exit status: 0 for at least 98 % of the lines and 95 % of the branches, 1
 # for less or if a test fails.
@@ -33,7 +33,7 @@ build=build/native-coverage
 find "$build" -name '*.gcda' -delete
 rm -rf "$build/coverage"
 mkdir "$build/coverage"
-# Of tests that pass nothing is printed.
+# Prints nothing about tests that pass.
 if ! ctest --preset native-coverage --parallel "$(nproc)" >"$build/coverage/tests.log" 2>&1; then
   cat "$build/coverage/tests.log" >&2
   printf 'coverage: not all tests passed\n' >&2
@@ -44,7 +44,7 @@ report=(gcovr --root . --object-directory "$build" --filter 'src/' -j "$(nproc)"
   --exclude-throw-branches --exclude-unreachable-branches)
 "${report[@]}" --json "$build/coverage/coverage.json" \
   --html-details "$build/coverage/index.html"
-# Each view tells what it is about, the second the branches.
+# The first report lists the missing lines, the second the missing branches.
 gcovr --root . --add-tracefile "$build/coverage/coverage.json"
 status=0
 gcovr --root . --add-tracefile "$build/coverage/coverage.json" --branches --print-summary \

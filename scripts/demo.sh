@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
 # Builds LauncherDll.dll and shows its main job: a launcher signs and enciphers data and starts a
-# client, which reads the data out of the launcher's memory and deciphers them. Then what a launcher
-# asks of the machine: display modes, a server's name, the removal of a folder. Then what it asks
-# Steam, of the stand-in for Steam's client library. Then each function once, with Steam and without.
+# client, which reads the data from the launcher's memory and deciphers them. Then it shows what a
+# launcher does on its machine (display modes, a server's name, the removal of a folder) and with Steam
+# (the stand-in for Steam's client library). Last, it calls each function once, with Steam and without.
 #
 #   scripts/demo.sh [--help]
 #
-# Installs what is missing. Runs the 32-bit DLL under Wine; where that is not to be had, the native
-# build instead. Exit status: 0 if the client got exactly the launcher's data.
+# Installs what is missing. Runs the 32-bit DLL under Wine or, if Wine cannot run, the native build.
+# Exit status: 0 if the client got exactly the launcher's data.
 set -euo pipefail
 
 case "${1:-}" in

@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
-# Runs a command on an emulated processor, for machines whose own runs no 32-bit programs.
+# Runs a command on an emulated processor, for machines that cannot run 32-bit programs.
 #
 #   scripts/emulate.sh COMMAND [ARGUMENT...]
 #   scripts/emulate.sh --install    unpacks a kernel for it into build/emulator
 #   scripts/emulate.sh --check      says why it cannot run here; exit status 1 then
 #
-# A Debian kernel is started under QEMU with this machine's files as its own, so the command finds
-# everything where it is here and what it writes stays. It has root's rights, a /tmp of its own, no
-# network, and is some twenty times slower. Takes root. Exit status: the command's.
+# Starts a Debian kernel under QEMU with the files of this machine, so the command finds every file in
+# its usual place, and the files that it writes stay. It runs as root with its own /tmp and without a
+# network, and is about twenty times slower. Needs root. Exit status: the command's.
 set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -15,18 +15,18 @@ emulator=$root/build/emulator
 kernel_package=linux-image-cloud-amd64
 # Shares a directory of this machine with the guest; it comes with qemu-system-x86.
 virtiofsd=/usr/lib/qemu/virtiofsd
-# In the order in which they need each other.
+# Each needs only modules before it.
 modules=(virtio/virtio_ring virtio/virtio virtio/virtio_pci_legacy_dev virtio/virtio_pci_modern_dev
   virtio/virtio_pci fuse virtiofs)
 
 why_not() {
   if [ "$(id -u)" -ne 0 ]; then
-    echo 'the emulator takes root'
+    echo 'the emulator needs root'
   elif ! command -v qemu-system-x86_64 >/dev/null || ! command -v busybox >/dev/null ||
     [ ! -x "$virtiofsd" ]; then
     echo 'the emulator is not installed'
   elif [ ! -e "$emulator/vmlinuz" ]; then
-    echo 'the kernel for the emulator is not there'
+    echo 'the kernel for the emulator is not installed'
   fi
 }
 
@@ -39,9 +39,9 @@ mount -t proc proc /proc
 mount -t devtmpfs dev /dev
 for module in $(cat /modules/order); do insmod "/modules/$module.ko"; done
 mount -t virtiofs root /machine || poweroff -f
-# In base 64, since a path may hold blanks.
+# In base 64, since a path may contain blanks.
 project=$(sed -n 's/.* project=\([^ ]*\).*/\1/p' /proc/cmdline | base64 -d)
-# The project may lie in a folder that is hidden now.
+# The next line hides /tmp and /run, and the project may be in one of them.
 mount --bind "/machine$project" /project
 for folder in tmp run; do mount -t tmpfs "$folder" "/machine/$folder"; done
 mkdir -p "/machine$project"
@@ -56,7 +56,7 @@ ip link set lo up
 # The second serial line is the command's output; the first has the kernel's messages.
 stty -F /dev/ttyS1 raw
 emulator=$project/build/emulator
-# Through cat, since programs treat a terminal in ways of their own.
+# Through cat, since some programs behave differently on a terminal.
 {
   chroot /machine /bin/bash "$emulator/job" 2>&1 </dev/null
   echo $? >"/machine$emulator/status"
@@ -73,7 +73,7 @@ install_kernel() {
   work=$(mktemp -d)
   trap 'rm -rf "$work"' EXIT
   chmod 755 "$work"
-  # The package that the kernel's name stands for now.
+  # The package with the kernel itself: the other one only depends on it.
   package=$(apt-cache depends "$kernel_package" | sed -n 's/^ *Depends: \(linux-image\)/\1/p')
   (cd "$work" && apt-get download -q "$package" && dpkg -x "$package"_*.deb kernel)
 
@@ -87,7 +87,7 @@ install_kernel() {
   write_init "$image/init"
   mkdir -p "$emulator"
   (cd "$image" && find . | busybox cpio -o -H newc 2>/dev/null | gzip -1) >"$emulator/initrd"
-  # Under its name only when it is whole, since that says that all is there.
+  # Gets its name last: if it exists, the installation is complete.
   cp "$work"/kernel/boot/vmlinuz-* "$emulator/vmlinuz.new"
   mv "$emulator/vmlinuz.new" "$emulator/vmlinuz"
 }
@@ -113,10 +113,10 @@ if why=$(why_not) && [ -n "$why" ]; then
 fi
 
 exec 9>"$emulator/.running"
-flock 9  # one at a time: they would share what follows
+flock 9  # one run at a time: runs would share the files below
 {
   printf 'cd %q\n' "$PWD"
-  # Where it is empty the guest's shell has none either.
+  # A variable that is empty here is not set in the guest.
   for name in PATH HOME CI LANG WINEPREFIX WINEDEBUG WINEDLLOVERRIDES STEAM_STAND_IN; do
     [ -z "${!name:-}" ] || printf 'export %s=%q\n' "$name" "${!name}"
   done
@@ -130,7 +130,7 @@ files=$!
 trap 'kill "$files" 2>/dev/null || true' EXIT
 until [ -S "$emulator/files.socket" ]; do
   if ! kill -0 "$files" 2>/dev/null; then
-    printf 'emulate: no files for the guest; see %s\n' "$emulator/files.log" >&2
+    printf 'emulate: virtiofsd did not start; see %s\n' "$emulator/files.log" >&2
     exit 1
   fi
   sleep 0.1

@@ -5,8 +5,8 @@
 #   scripts/fuzz.sh --runs N [NAME...]
 #   scripts/fuzz.sh --help
 #
-#   SECONDS  how long each runs
-#   N        how many inputs each runs, the slow ones a part of them
+#   SECONDS  how long each fuzzer runs
+#   N        how many inputs each fuzzer tries; slow fuzzers try fewer
 #   NAME     container, settings or removal: only these fuzzers
 #
 # Each starts with its seeds and with the inputs that earlier runs kept in
@@ -15,7 +15,7 @@
 # if nothing was found, 1 if something was, 2 for wrong arguments.
 set -euo pipefail
 
-# By how much --runs is divided for the fuzzers that take long for an input.
+# For fuzzers that need long for an input, --runs is divided by this.
 declare -A divisors=([removal]=10 [container]=2 [settings]=2)
 
 usage() {
@@ -40,7 +40,7 @@ case "${1:-}" in
     amount="$limit seconds"
     ;;
 esac
-[[ $limit =~ ^[1-9][0-9]*$ ]] || usage "this is no number above 0: '$limit'"
+[[ $limit =~ ^[1-9][0-9]*$ ]] || usage "'$limit' is not a number above 0"
 shift
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -59,7 +59,7 @@ done
 scripts/setup.sh build fuzz
 scripts/build.sh native-fuzz
 
-# In memory, where there is such a folder: the fuzzers work with files.
+# In memory, if there is such a folder, since the fuzzers work with files.
 scratch=$(mktemp -d -p /dev/shm 2>/dev/null || mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 output="$root/build/native-fuzz/fuzzing"
@@ -81,7 +81,7 @@ run_fuzzer() {
     "$root/fuzz/seeds/$name" >"$own/log" 2>&1
 }
 
-# Runs every second fuzzer, from the one of index $1 on.
+# Runs every second fuzzer, beginning with index $1.
 run_half() {
   local i
   for ((i = $1; i < ${#names[@]}; i += 2)); do

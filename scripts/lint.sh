@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
-# Looks at layout (clang-format) and for suspicious code (clang-tidy, cppcheck; shellcheck in
+# Checks the layout (clang-format) and looks for suspicious code (clang-tidy, cppcheck; shellcheck in
 # scripts), by the rules in the root's .clang-format and .clang-tidy.
 #
 #   scripts/lint.sh [--fix]
 #
-#   --fix   put the layout right instead of complaining
+#   --fix   correct the layout instead of reporting it
 #
-# Exit status: 0 if there is nothing to complain of, 1 if there is, 2 where a tool is missing.
+# Exit status: 0 if nothing was found, 1 if something was, 2 if a tool is missing.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
@@ -30,8 +30,9 @@ git grep -lzE '^#!/.*\b(ba)?sh$' -- scripts tests .ci | xargs -0 -n 4 -P "$(npro
 cppcheck --quiet -j "$(nproc)" --std=c++17 --enable=warning,performance,portability --inline-suppr \
   --error-exitcode=1 -Isrc -Iinclude -I. -Itools src platform steam_stand_in examples tools || exit 1
 
-# The C++ wrapper by itself, since no source but tests includes it. Tests are not examined here:
-# GoogleTest's macros are full of what clang-tidy reports. The largest files, a whole tool each, begin.
+# The C++ wrapper is checked as a file, since only tests include it. Tests are not checked: clang-tidy
+# reports too much in GoogleTest's macros. The combined sources of the tools are the largest files and
+# come first; they include .cpp files, which bugprone-suspicious-include would report.
 cmake --preset native -DCMAKE_EXPORT_COMPILE_COMMANDS=ON >/dev/null
 {
   python3 - <<'PYTHON' || exit 1

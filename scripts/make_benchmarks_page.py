@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Makes a page with tables, and a plot, of what the benchmarks measured.
+"""Makes a page with tables and a plot from the results of the benchmarks.
 
-A figure is the median of the repetitions. A ratio is that of two medians; in brackets are the lower
-and the upper quartile of the ratios repetition by repetition.
+A figure is the median of the repetitions. A ratio is the ratio of two medians. The brackets have the
+lower and the upper quartile of the ratios of the single repetitions.
 """
 
 import argparse
@@ -44,7 +44,7 @@ def ratio(peer, ours):
     return f"{statistics.median(peer) / statistics.median(ours):.2f} ({low:.2f} to {high:.2f})"
 
 
-def figure(family, size, values):
+def figure(size, values):
     nanoseconds = statistics.median(values)
     if size and size >= 2048:
         return f"{size / nanoseconds * 1e3:,.0f} MB/s"
@@ -65,7 +65,7 @@ def table(family, size, entries):
     for who in sorted(entries, key=lambda who: statistics.median(entries[who])):
         cells = ["" if is_ours(who) else ratio(entries[who], entries[one]) for one in ours]
         mark = " (the best of the others)" if who == best and len(peers) > 1 else ""
-        lines.append(f"| {who}{mark} | {figure(family, size, entries[who])} | " +
+        lines.append(f"| {who}{mark} | {figure(size, entries[who])} | " +
                      " | ".join(cells) + " |")
     return lines + [""]
 
@@ -117,7 +117,7 @@ def native_section(path):
 
 
 def read_dll(path):
-    """The microseconds of each measurement, by what was timed and its size in bytes."""
+    """The median microseconds by what was timed and its size in bytes."""
     times = collections.defaultdict(list)
     with open(path, encoding="utf-8") as file:
         for line in file:
@@ -170,7 +170,7 @@ def dll_section(times, wine, picture):
 
 
 def plot(times):
-    """Bars of whole calls of the DLL, and in grey of what a part of the work takes without it.
+    """Bars for whole calls of the DLL, and grey bars for a part of the work without the DLL.
 
     A label is above its bar, so that the plot can be read on a phone."""
     rows = [(name, "2 KiB", times[name, 2048]) for name in (

@@ -49,7 +49,7 @@ CSHARP_TYPES = {
     "uint32_t*": "out uint", "int32_t*": "out int",
     "SystemInformation*": "out SystemInformation",
 }
-# If the type alone does not say how an argument is used.
+# Arguments whose type alone does not say how they are used.
 CSHARP_EXCEPTIONS = {
     ("QX_Deallocate", "block"): "IntPtr",              # an address that the library gave
     ("QX_UnloadStringFromMemory", "text"): "ref IntPtr",  # read as well
@@ -125,7 +125,7 @@ def csharp_text(exports):
         "    }",
         "",
         "    /// <summary>The exports; launcher_dll.h describes them. Text arguments are strings, text",
-        "    /// results are bytes with a terminator. Null is allowed if it is in C, except for out",
+        "    /// results are bytes with a terminator. Null is allowed if C allows it, except for out",
         "    /// arguments.</summary>",
         "    public static class NativeMethods",
         "    {",

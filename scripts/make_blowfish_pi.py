@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Writes src/cipher/blowfish_pi.h: the fraction of pi that Blowfish begins with.
+"""Prints src/cipher/blowfish_pi.h: the fraction of pi that Blowfish begins with.
 
 Usage: scripts/make_blowfish_pi.py > src/cipher/blowfish_pi.h
 
-The cipher's initial state is the binary fraction of pi, cut into 32-bit words. This computes it by
-Machin's formula, pi = 16 atan(1/5) - 4 atan(1/239), so that the table rests on nothing but that.
+The cipher's initial state is the binary fraction of pi, cut into 32-bit words. This program computes
+it by Machin's formula, pi = 16 atan(1/5) - 4 atan(1/239), and needs no other source of the table.
 """
 
 WORDS = 18 + 4 * 256
@@ -39,7 +39,7 @@ def main():
     boxes = [words[18 + 256 * i:18 + 256 * (i + 1)] for i in range(4)]
 
     print("// The initial Blowfish state: the fraction of pi in 32-bit words, P first, then S[0] to S[3].")
-    print("// Made by scripts/make_blowfish_pi.py; a test holds it against that program.")
+    print("// Made by scripts/make_blowfish_pi.py; a test compares it with that program's output.")
     print()
     print("#ifndef LAUNCHER_CIPHER_BLOWFISH_PI_H_")
     print("#define LAUNCHER_CIPHER_BLOWFISH_PI_H_")

@@ -3,15 +3,15 @@
 
   make_completions.py FOLDER
 
-Each program has one row for each command, also for the call without one: what the command does, its
-options, and what its other words are. A test compares the table with what --help lists.
+Each program has a row for each command, and one for the call without a command: what the command
+does, its options, and the kind of its other words. A test compares the table with what --help lists.
 """
 
 import pathlib
 import shlex
 import sys
 
-FILE, FOLDER, TEXT = "file", "folder", "text"  # what an option's value is, if not one of a few words
+FILE, FOLDER, TEXT = "file", "folder", "text"  # the kind of an option's value, if not one of a few words
 
 HELP = ("-h --help", None, "print help")
 BFBR_ALL = [
@@ -27,10 +27,10 @@ BFBR_ALL = [
 ]
 BFBR_DATA = [
     ("--out-dir", FOLDER, "write each file into this directory"),
-    ("--sync", None, "have the disk hold each file before it appears"),
+    ("--sync", None, "flush each file to the disk before it appears"),
 ]
 BFBR_KEY = [
-    ("--key-file", FILE, "the bytes of this file are the key"),
+    ("--key-file", FILE, "the key is all bytes of this file"),
     ("--key-hex", TEXT, "the key in hexadecimal digits"),
 ]
 BFBR_CHECK = BFBR_ALL + BFBR_KEY + [("--marker", "keep require", "the signature marker")]
@@ -95,7 +95,7 @@ _{program}() {{
   local current=${{COMP_WORDS[COMP_CWORD]}} previous=${{COMP_WORDS[COMP_CWORD-1]}}
   local command='' word words='' files=''
   COMPREPLY=()
-  # "--option=value" comes as three words, or as one if "=" breaks none.
+  # Bash passes "--option=value" as three words, or as one if "=" is not in COMP_WORDBREAKS.
   if [[ $current == = ]]; then current=''; fi
   if [[ $previous == = ]]; then previous=${{COMP_WORDS[COMP_CWORD-2]}}; fi
   for word in "${{COMP_WORDS[@]:1:COMP_CWORD-1}}"; do
@@ -154,7 +154,7 @@ _{program}() {{
   esac
 }}
 
-# Run as the completion itself, but not if a file only loads it.
+# Runs the completion if zsh has loaded this file for it; otherwise only defines it.
 if [[ $zsh_eval_context[-1] == loadautofunc ]]; then _{program} "$@"; else compdef _{program} {program}; fi
 """
 

@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Writes THIRD_PARTY_NOTICES.md and LauncherDll.spdx.json: what the package has from others.
+"""Writes THIRD_PARTY_NOTICES.md and LauncherDll.spdx.json: the third-party parts of the package.
 
 Usage: scripts/make_notices.py COMPONENTS VERSION FOLDER
 
-COMPONENTS is cmake/third_party/components.json.in with the versions of this build filled in, VERSION
-the package's own. The texts of the licences are in cmake/third_party. The time in the second file
-is SOURCE_DATE_EPOCH if that is set.
+COMPONENTS is cmake/third_party/components.json.in with the versions of this build filled in. VERSION
+is the package's version. The texts of the licences are in cmake/third_party. The time in the second
+file is SOURCE_DATE_EPOCH if that is set.
 """
 
 import json

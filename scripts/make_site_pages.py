@@ -23,13 +23,13 @@ NAMES = {("CipherCode" if "CIPHER" in name else "ResultCode", int(number)): name
          for name, number, _ in CONSTANTS}
 LINKS = {export["name"]: f"{export['name']}.md" for export in EXPORTS}
 LINKS.update((name, f"results.md#{name}") for name in NAMES.values())
-# The documents, and which page a link to another file leads to.
+# The page of each document. TARGETS also has the pages for links to other files.
 PAGES = {path: f"{path.stem}.md" for path in [
     *(ROOT / "docs").glob("*.md"), ROOT / "SECURITY.md", ROOT / "CHANGELOG.md"]}
 PAGES.update((ROOT / f"bindings/{name}/README.md", f"{name}.md") for name in ("python", "csharp"))
 TARGETS = {**PAGES, ROOT / "README.md": "index.md", ROOT / "include/launcher_dll.h": "functions.md",
            ROOT / "include/launcher_dll.hpp": "cpp.md",
-           ROOT / "docs/steam-stand-in/README.md": "steam-stand-in.md"}  # there in the package
+           ROOT / "docs/steam-stand-in/README.md": "steam-stand-in.md"}  # its name in the package
 TARGETS.update((ROOT / "docs" / name, name) for name in ("functions.md", "results.md", "cpp.md"))
 
 
@@ -63,7 +63,7 @@ def anchor(title):
 
 
 def header_parts():
-    """By section its text, and by export its section, comment and prototype."""
+    """Two dictionaries: the text of each section; the section, comment and prototype of each export."""
     sections, exports = {}, {}
     tokens = re.compile(r"/\* ---- (.*?) -+ \*/|/\* ((?:(?!\*/).)*?)\s*\*/\n(\n|QX_API .*?;)", re.S)
     for title, comment, code in tokens.findall(HEADER):
@@ -80,7 +80,7 @@ def header_parts():
 
 
 def snippets():
-    """For each export the code between the two lines that name it."""
+    """The code between the two lines that name an export, for each export."""
     return {name: code for file in sorted((ROOT / "examples/each").glob("*.c"))
             for name, code in re.findall(r"^/\* \[(\w+)\] \*/\n(.*?)^/\* \[\1\] \*/$",
                                          file.read_text(encoding="ascii"), re.S | re.M)}
@@ -153,7 +153,7 @@ def wrapper_page():
             code = re.sub(r"\s* private:.*", "\n};", code, flags=re.S).strip()
             if code.startswith("inline "):
                 code = code.replace("\n       ", "\n").removeprefix("inline ")
-            # The bodies of members, and what they begin with after a colon.
+            # Removes the bodies of members, and the initializers of constructors.
             code = re.sub(r"(\))([\w ]*)(?:\s+: [^;]*?)? \{(?:[^{}]|\{[^{}]*\})*\}(?=\n)", r"\1\2;", code)
             lines += ["```cpp", code, "```"] if code else []
             lines += [prose(re.sub(r"^// ?", "", comment, flags=re.M)), ""]
@@ -161,9 +161,10 @@ def wrapper_page():
 
 
 def document(path, folder):
-    """A document whose links lead to pages of the site, with links for names of exports and constants.
+    """The text of a document for the site: with links to the site's pages, also for names of exports
+    and constants.
 
-    Other files that it links to are copied."""
+    Copies other files that the document links to."""
     def link(match):
         target, name = (path.parent / match[2]).resolve(), match[2]
         if not name or target.is_dir():

@@ -41,7 +41,7 @@ def encipher(key, region):
 
 
 def container(key, payload, length=None, filler=b"\0", digest=None):
-    """A container. A length, filler or digest that is given replaces the right one."""
+    """A container. `length`, `filler` and `digest` replace what would be right."""
     region = struct.pack("<I", len(payload) if length is None else length)
     region += (digest or sha256(payload)) + payload
     region += filler * (-len(region) % 8)
@@ -57,9 +57,9 @@ def vector(name, why, block, payload=None, reason=None, key=BUILT_IN_KEY, prefix
     intact = payload is not None
     starts = intact and payload.startswith(prefix)
     kept = payload[len(prefix) if starts else 0:] if intact else None
-    answer = {"result": 0 if starts else 7}
+    expected = {"result": 0 if starts else 7}
     if intact:
-        answer.update(payloadSize=len(kept), payloadOffset=40 + len(payload) - len(kept))
+        expected.update(payloadSize=len(kept), payloadOffset=40 + len(payload) - len(kept))
     made = {
         "name": name, "why": why,
         "verdict": "invalid" if not intact else "valid" if starts else "delivered whole",
@@ -67,7 +67,7 @@ def vector(name, why, block, payload=None, reason=None, key=BUILT_IN_KEY, prefix
         "key": key.hex(), "prefix": prefix.decode(), "container": block.hex(),
         "payload": kept.hex() if intact else None,
         "encoded": bool(payload) and block == container(BUILT_IN_KEY, payload),
-        "file_cipher_decode": answer,
+        "file_cipher_decode": expected,
     }
     if key == BUILT_IN_KEY:
         for check in (0, 1):
@@ -111,7 +111,7 @@ def vectors():
                  prefix=MARKER)
     yield vector("signed-unasked", "without a prefix the marker is data",
                  container(BUILT_IN_KEY, signed), signed)
-    yield vector("marker-alone", "the marker and nothing behind it", container(BUILT_IN_KEY, MARKER),
+    yield vector("marker-alone", "the marker and nothing after it", container(BUILT_IN_KEY, MARKER),
                  MARKER, prefix=MARKER)
     for name, why, payload in (("unsigned", "no marker", pattern(51)),
                                ("marker-cut", "shorter than the marker", MARKER[:21]),

@@ -77,7 +77,7 @@ TESTS = (
           "{build}/lib/libLauncherDll.so", "work")),
     Test("tools/[bs]*", "bfbr", (*UNITTEST, "{tree}/tests/tools/bfbr_test.py", "{build}/bin/bfbr")),
 )
-# Of these tests, those that run at the same time, with their commands and seconds.
+# Tests that run at the same time, with their commands and the seconds that they take together.
 Step = collections.namedtuple("Step", "files programs commands seconds")
 
 Change = collections.namedtuple("Change", "file line column kind before after start end lines")
@@ -90,8 +90,8 @@ def blank(match):
 
 
 def hide_text(source):
-    """Blanks out what is no code, so that places stay: comments, literals, preprocessor lines,
-    assertions that only the compiler sees."""
+    """Replaces what is not code with blanks, so that every position stays: comments, literals,
+    preprocessor lines, static assertions."""
     source = re.sub(r"//[^\n]*|/\*.*?\*/|\"(?:\\.|[^\"\\\n])*\"|(?<![0-9A-Fa-f])'(?:\\.|[^'\\\n])+'",
                     blank, source, flags=re.S)
     source = re.sub(r"^[ \t]*#(?:[^\n]*\\\n)*[^\n]*", blank, source, flags=re.M)
@@ -111,7 +111,7 @@ WORDS = {
 
 
 def closing(source, start):
-    """The place behind the bracket that closes the one at `start`."""
+    """The position after the bracket that closes the one at `start`."""
     depth = 0
     for i in range(start, len(source)):
         depth += (source[i] in "([{") - (source[i] in ")]}")
@@ -121,10 +121,10 @@ def closing(source, start):
 
 
 def find_changes(source):
-    """Gives kind, start, end and replacement of each change."""
+    """Yields the kind, start, end and replacement of each change."""
     code = hide_text(source)
-    # Binary operators have blanks or a line's end around them; those of templates and pointers do
-    # not.
+    # A binary operator is between blanks, or a blank and the end of the line. The signs of templates
+    # and pointers are not.
     for match in re.finditer(r"(?<=[ ])[<>=!+\-*/%&|^]{1,2}(?=[ \n])", code):
         for kind, swaps in SWAPS.items():
             if match.group() in swaps:
@@ -150,7 +150,7 @@ def find_changes(source):
     for match in re.finditer(r"\breturn ([^;{}]+);", code):
         if not re.fullmatch(r"true|false|\d+|QX_[A-Z_]+|nullptr", match.group(1)):
             yield "result", match.start(1), match.end(1), "{}"
-    # A statement that begins with a call and has nothing else.
+    # A statement that is only a call.
     for match in re.finditer(r"(?:(?<=[;{})])|(?<=else))\s*((?:[A-Za-z_](?:\w|::|\.|->)*)"
                              r"(?:<[\w:]+>)?)(\()", code):
         name = match.group(1)
@@ -247,7 +247,7 @@ class Copy:
         linker = ["-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=lld", "-DCMAKE_SHARED_LINKER_FLAGS=-fuse-ld=lld"]
         done = run(["cmake", "-G", "Ninja", "-S", self.tree, "-B", self.build,
                     "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_C_FLAGS_DEBUG=-O1",
-                    # A fault may cause a warning, which no test sees.
+                    # A fault may cause a warning, which must not count as an error.
                     "-DCMAKE_CXX_FLAGS_DEBUG=-O1 -w",
                     f"-DLAUNCHER_SANITIZERS={self.sanitizers}",
                     "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON", "-DCMAKE_UNITY_BUILD=OFF",
@@ -282,7 +282,7 @@ class Copy:
                    *(word.format(tree=self.tree, build=self.build) for word in command)]
 
         def limit():
-            if not self.sanitizers:  # whose shadow memory takes terabytes of addresses
+            if not self.sanitizers:  # their shadow memory takes terabytes of addresses
                 resource.setrlimit(resource.RLIMIT_AS, (16 * GIBIBYTE, 16 * GIBIBYTE))
             resource.setrlimit(resource.RLIMIT_FSIZE, (8 * GIBIBYTE, 8 * GIBIBYTE))
             resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
@@ -395,12 +395,14 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--count", type=int, metavar="N", help="try N faults, evenly from all files")
-    parser.add_argument("--seed", type=int, default=1, help="which ones, with --count (1)")
+    parser.add_argument("--seed", type=int, default=1, help="seed of the sample (default: 1)")
     parser.add_argument("--file", default=["src/*"], nargs="+", metavar="GLOB",
-                        help="in which files ('src/*')")
-    parser.add_argument("--again", metavar="LIST", help="only those that a report lists")
-    parser.add_argument("--jobs", type=int, default=2, help="copies that work at a time (2)")
-    parser.add_argument("--sanitizers", default="", metavar="LIST", help="as address,undefined")
+                        help="files to plant faults in (default: src/*)")
+    parser.add_argument("--again", metavar="LIST", help="only the faults that a report lists")
+    parser.add_argument("--jobs", type=int, default=2,
+                        help="copies that work at the same time (default: 2)")
+    parser.add_argument("--sanitizers", default="", metavar="LIST",
+                        help="for example address,undefined")
     parser.add_argument("--report", type=pathlib.Path, default=REPORT, metavar="FILE",
                         help="instead of build/mutations.txt")
     parser.add_argument("--list", action="store_true", help="only list the faults")
@@ -421,7 +423,7 @@ def main():
         print("mutate: bwrap is not installed: run scripts/setup.sh build test mutate", file=sys.stderr)
         sys.exit(2)
 
-    # After the sample, so that a longer list does not make it another one.
+    # Removed after sampling, so that a longer list does not change the sample.
     listed = equivalents()
     verdicts = {change: "equivalent" for change in changes if (change.file, *change.lines) in listed}
     changes = [change for change in changes if change not in verdicts]
@@ -442,7 +444,7 @@ def main():
             steps = copy.time_tests(tests)
         copies.put((copy, {area: copy.objects(area) for area in areas}))
 
-    # The faults of one file follow one another in one copy: each build also undoes the one before.
+    # One copy tries all faults of a file in turn: each build also undoes the fault before.
     piles = collections.defaultdict(list)
     for change in changes:
         piles[change.file].append(change)

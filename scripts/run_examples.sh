@@ -1,14 +1,15 @@
 #!/usr/bin/env bash
-# Runs the examples out of a build, in an empty directory of their own: the launcher with its client,
-# what it asks of the machine, the Steam chapter with the stand-in and a server on the loopback
-# interface, and each function once, with Steam and without.
+# Runs the examples of a build in an empty directory: the launcher with its client, the host example,
+# the Steam example with the stand-in and a server on the loopback interface, and each function once,
+# with Steam and without.
 #
 #   scripts/run_examples.sh PRESET
 #   scripts/wine.sh --with scripts/run_examples.sh windows
 #
-# PRESET is windows, native or native-asan, and built. The directory, build/PRESET/demo, holds
-# afterwards what they wrote: config.json, client.log, received.bin, and Steam's files below steam/.
-# Exit status: 0 if the client got exactly the launcher's data and all else went as expected.
+# PRESET is windows, native or native-asan; it must be built. The directory is build/PRESET/demo.
+# Afterwards it has the files that the examples wrote: config.json, client.log, received.bin, and
+# Steam's files below steam/. Exit status: 0 if the client got exactly the launcher's data and
+# everything else went as expected.
 set -euo pipefail
 
 [ $# -eq 1 ] || { sed -n '2,/^set -/{/^set -/d;s/^# \{0,1\}//;p}' "$0" >&2; exit 2; }
@@ -43,7 +44,7 @@ fi
 
 export STEAM_STAND_IN=steam
 printf '{ "personaName": "Ada", "currentLanguage": "german" }\n' >steam/steam_settings.json
-# shellcheck disable=SC2016  # the port is known inside
+# shellcheck disable=SC2016  # the server sets the port for the inner shell
 with_server=(python3 "$root/tests/support/http_server.py"
   bash -c 'exec "$@" "http://127.0.0.1:$TEST_HTTP_PORT/text"' bash)
 "${with_server[@]}" "${steam[@]}"

@@ -28,7 +28,7 @@ needs=(
   'mutate | whether the tests notice changes | git bubblewrap'
   'blank | a try on an empty Debian | git debootstrap'
 )
-# Wine needs these too on a machine whose processor runs no 32-bit programs, and a kernel besides.
+# On a machine that cannot run 32-bit programs Wine also needs these, and a kernel.
 emulator_packages='qemu-system-x86 busybox-static'
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -74,7 +74,7 @@ is_installed() {
   [ "$(dpkg-query -W -f '${db:Status-Abbrev}' "$1" 2>/dev/null)" = 'ii ' ]
 }
 
-# True if Wine is installed and the processor refuses it. Only root can use the emulator.
+# True if Wine is installed, but this machine cannot run it. Only root can use the emulator.
 needs_emulator() {
   is_installed wine32:i386 && ! wine --version >/dev/null 2>&1 && [ "$(id -u)" -eq 0 ]
 }
@@ -142,10 +142,10 @@ run_logged() {
   return 1
 }
 
-# An i386 library must have the version of its amd64 twin. If the twin came from the security suite
-# and that suite's i386 index is out of step, apt cannot resolve the plain install, or only by removing
-# packages, which it may not. The release's main suite has every library for both, so the second try
-# takes all from there.
+# An i386 library must have the same version as the amd64 one. If the amd64 one came from the security
+# suite and that suite's i386 index is older, the plain install fails: apt could only succeed by
+# removing packages, which --no-remove forbids. The release's main suite has every library for both
+# architectures, so the second try takes all packages from there.
 install_from_main_suite() {
   local codename older
   # shellcheck disable=SC1091  # the system's
@@ -157,8 +157,8 @@ install_from_main_suite() {
     "${install_options[@]}" "$@")
   run_logged "${from_main[@]}" --simulate || return 1
   older=$(sed -n '/ DOWNGRADED:$/,/^[^ ]/s/^ *\( .*\)/\1/p' "$work/log" | tr -d '\n')
-  say "trying again with the packages of the main suite of $codename alone, since an i386 library" \
-    'must have the version of its amd64 twin, and a newer twin may exist for amd64 only'
+  say "trying again with only the packages of the main suite of $codename: an i386 library must have" \
+    'the same version as the amd64 one, and a newer version may exist for amd64 only'
   say "packages that this takes back to an older version:${older:- none}"
   run_logged "${from_main[@]}"
 }
@@ -185,7 +185,7 @@ if [ "${#missing[@]}" -gt 0 ] && ! install "${missing[@]}"; then
   if [ "${#missing[@]}" -gt 0 ]; then install "${missing[@]}" || true; fi
 fi
 
-# Only now is it known whether Wine's programs run.
+# Wine is installed now, so whether it runs can be tested.
 if wants_wine && needs_emulator; then
   say 'this machine runs no 32-bit programs: installing an emulator for Wine'
   packages[wine]+=" $emulator_packages"

@@ -7,7 +7,7 @@
 #   CHECK   lint, native, native-asan, native-tsan, native-fuzz or windows; all if none is named
 #
 # Installs what is missing. What cannot run is reported as skipped, with the reason. Exit status: 0
-# if everything that ran passed; 1 if not, and in CI also where Wine is not installed.
+# if everything that ran passed; 1 if not, and in CI also if Wine is not installed.
 set -euo pipefail
 
 case "${1:-}" in
@@ -33,7 +33,7 @@ skip() {
   skipped=$((skipped + 1))
 }
 
-# Runs a preset's tests and adds up its figures; further arguments are ctest's.
+# Runs a preset's tests and counts their results. Passes further arguments to ctest.
 run_tests() {
   local preset=$1 report="$PWD/build/$1/tests.xml" status=0
   shift
@@ -42,7 +42,7 @@ run_tests() {
     --test-output-size-passed 1000000 "$@" ||
     status=$?
   [ "$status" -eq 0 ] || printf 'test: %s: not all passed\n' "$preset"
-  # One that found no test, or ended early, leaves no report.
+  # ctest leaves no report if it found no test or ended early.
   if [ ! -e "$report" ]; then
     failed=$((failed + 1))
     return
@@ -52,7 +52,7 @@ run_tests() {
 import re, sys, xml.etree.ElementTree as tree
 suite = tree.parse(sys.argv[1]).getroot()
 total, failures, skips = (int(suite.get(k)) for k in ("tests", "failures", "skipped"))
-# A program that passes as one test can have skipped some of its own; it says so twice.
+# A program that passes as one test can have skipped some of its own tests. It prints each twice.
 for case in suite.iter("testcase"):
     if case.get("status") == "run":
         output = case.findtext("system-out") or ""
@@ -64,7 +64,7 @@ for case in suite.iter("testcase"):
 print(total - failures - skips, failures, skips)
 PYTHON
 )"
-  # A program that could not be started counts as skipped there, and ctest's word decides.
+  # In the report a program that could not be started counts as skipped. Trust ctest's exit status.
   if [ "$status" -ne 0 ] && [ "${counts[1]}" -eq 0 ]; then counts[1]=1; fi
   passed=$((passed + counts[0]))
   failed=$((failed + counts[1]))
@@ -84,7 +84,7 @@ run_script() {
 # Runs the tests of the DLL.
 run_windows_tests() {
   local status=0 what
-  # What needs no Wine first: it looks at the file.
+  # First the tests that need no Wine: they examine the files.
   run_tests windows --label-exclude wine
   what=$(scripts/wine.sh --check) || status=$?
   if [ "$status" -eq 0 ]; then

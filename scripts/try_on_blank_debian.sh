@@ -10,9 +10,9 @@
 #   --user    run them as an ordinary user who may use sudo, not as root
 #   --folder  where to put the system; build/blank-debian by default
 #
-# For root. The packages come from this machine's apt sources, with its apt configuration. The empty
-# system is kept in FOLDER.tar for the next time. Mounts and processes are in namespaces of their own,
-# so the kernel removes them, however the script ends. Exit status: 0 if all commands passed.
+# Needs root. The packages come from this machine's apt sources, with its apt configuration. The empty
+# system is kept in FOLDER.tar for the next time. Mounts and processes are in separate namespaces, so
+# the kernel removes them, however the script ends. Exit status: 0 if all commands passed.
 set -euo pipefail
 
 release=bookworm
@@ -48,15 +48,15 @@ done
 commands=("$@")
 [ $# -gt 0 ] || commands=(scripts/demo.sh scripts/test.sh)
 
-[ "$(id -u)" -eq 0 ] || fail 'this takes root'
+[ "$(id -u)" -eq 0 ] || fail 'this needs root'
 for tool in debootstrap git; do
   command -v "$tool" >/dev/null || fail "$tool is not installed: run scripts/setup.sh blank"
 done
 mark=$folder/.blank-debian
 if [ -e "$folder" ] && [ ! -e "$mark" ]; then fail "$folder exists and is not from this script"; fi
 
-# Runs a command with mounts and processes that end with it. In the background, so that a signal ends
-# this script at once.
+# Runs a command in new namespaces: its mounts and processes end with it. It runs in the background,
+# so that a signal ends this script at once.
 child=
 apart() {
   local status=0

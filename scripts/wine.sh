@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Runs Windows programs under Wine, in a prefix of this project's own, with a display that nobody sees
-# where there is none, and on an emulated processor where this machine's runs no 32-bit programs.
+# Runs Windows programs under Wine in the project's own prefix. Without a display it starts an
+# invisible one. On a machine that cannot run 32-bit programs it uses an emulated processor.
 #
 #   scripts/wine.sh PROGRAM.exe [ARGUMENT...]
 #   scripts/wine.sh --with COMMAND [ARGUMENT...]   one display, one emulator and one Wine server for all
@@ -9,9 +9,9 @@
 #                                                  exit status 2 if Wine is not installed, 1 if
 #                                                  this machine cannot run it
 #
-# WINEPREFIX  the prefix; build/wine if unset. It is made on first use. Runs of one prefix at the same
-#             time share a display and a Wine server. When the last of them ends, so do these, and
-#             every program of the prefix that still runs.
+# WINEPREFIX  the prefix; build/wine if unset. It is created on first use. Runs of one prefix at the
+#             same time share a display and a Wine server. When the last of them ends, the script
+#             ends both, and every program of the prefix that still runs.
 set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -49,7 +49,7 @@ if ! runs_here; then exec "$root/scripts/emulate.sh" "$root/scripts/wine.sh" "$@
 export WINEPREFIX="${WINEPREFIX:-$root/build/wine}"
 export WINEARCH=win32
 export WINEDEBUG="${WINEDEBUG:--all}"
-# Neither Mono nor Gecko is used, and without this Wine asks for them in a window.
+# Without this Wine opens a window to ask for Mono and Gecko, which are not needed.
 export WINEDLLOVERRIDES="${WINEDLLOVERRIDES:-mscoree,mshtml=}"
 
 case $1 in
@@ -65,8 +65,8 @@ fail() {
   exit 1
 }
 
-# A console of its own, which the client gets, is a window under Wine. Xvfb chooses a free number
-# itself, so two that start at once do not choose the same.
+# Wine needs a display because the client gets its own console, which is a window. Xvfb itself chooses
+# a free number, so two that start at once do not choose the same.
 start_display() {
   local process number
   { read -r process && read -r number; } < <(
@@ -99,15 +99,15 @@ start_session() {
   fi
   wineserver --persistent=300 8>&- 9>&-
   if [ "$1" = --with ]; then
-    # Here and not by the first program: Wine's services keep the streams of the program that starts
-    # them.
+    # Starts Wine's services here and not with the first program: they keep the streams of the
+    # program that starts them.
     wineboot </dev/null >/dev/null 2>&1 8>&- 9>&- ||
       fail "the services of $WINEPREFIX did not start"
   fi
 }
 
-# First the Wine server with all programs, then the display: Wine's desktop is a window there, and its
-# process complains of a display that ends before it.
+# Ends the Wine server with all programs, then the display. Wine's desktop is a window of that
+# display, and its process prints an error if the display ends first.
 end_session() {
   wineserver --kill || true  # it may have ended by itself
   local process=''
@@ -119,8 +119,8 @@ end_session() {
   rm -f "$display"
 }
 
-# Each run holds the second lock, shared, as long as it lasts, and takes or gives it back while it
-# holds the first. So one that gets the second alone is the first run, or the last.
+# Each run holds lock 9, shared, until it ends. It takes and releases that lock while it holds lock 8.
+# So a run that gets lock 9 exclusively is the first or the last one.
 # shellcheck disable=SC2317  # the trap calls it
 leave() {
   flock 8

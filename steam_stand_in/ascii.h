@@ -1,4 +1,4 @@
-// ASCII texts in which the case of letters means nothing.
+// Lower case of ASCII text, for comparisons that ignore case.
 
 #ifndef LAUNCHER_STEAM_STAND_IN_ASCII_H_
 #define LAUNCHER_STEAM_STAND_IN_ASCII_H_
@@ -9,7 +9,7 @@
 
 namespace launcher::stand_in {
 
-// Not the runtime's, which asks the locale.
+// Not std::tolower, which depends on the locale.
 inline std::string LowerCase(std::string_view text) {
   std::string lower(text);
   std::transform(lower.begin(), lower.end(), lower.begin(), [](char c) {

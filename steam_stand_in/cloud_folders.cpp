@@ -1,5 +1,5 @@
-// Both folders hold a file under its name. It is written in a third folder, on the same volume, and
-// then moved to its place, so that half a file is never seen under a cloud file's name.
+// The game's folder and the cloud's folder hold each file under its own name. A file is written in
+// a third folder on the same volume and then moved, so that nobody sees half a file.
 
 #include "steam_stand_in/cloud_folders.h"
 
@@ -15,8 +15,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Where a file of this name lies below `root`; none for a name that is refused, and none where the
-// way there leads over a link, since a link leads anywhere.
+// The path of a file of this name below `root`. None if the name is refused, or if a part of the
+// path is a link, which could lead outside `root`.
 std::optional<Path> PathBelow(const Path& root, const char* name) {
   const std::optional<std::string> cloudName = CloudName(name);
   if (!cloudName) return std::nullopt;
@@ -40,7 +40,7 @@ void AddFiles(const Path& folder, const std::string& prefix, std::vector<CloudFi
   std::error_code error;
   for (const fs::directory_entry& entry : fs::directory_iterator(folder, error)) {
     const std::string name = prefix + entry.path().filename().u8string();
-    // Somebody may have put things here that no cloud file can be.
+    // Skips what cannot be a cloud file and was put here by hand.
     if (!CloudName(name.c_str()) || IsLink(entry.path())) continue;
     if (fs::is_directory(entry.path(), error)) {
       AddFiles(entry.path(), name + '/', files);
@@ -58,8 +58,8 @@ std::vector<CloudFile> FilesBelow(const Path& root) {
   return files;
 }
 
-// A file that is whole and on the disk under a temporary name. Unless it is moved to its place it
-// is removed with its owner.
+// A file under a temporary name, with its whole content on the disk. The destructor removes it,
+// unless MoveTo succeeded.
 class StagedFile {
  public:
   StagedFile(const Path& folder, const void* data, std::size_t size) {
@@ -85,7 +85,8 @@ class StagedFile {
   bool isWhole_ = false;
 };
 
-// The process whose name a staged file bears may be at work on it right now.
+// Keeps the files of running processes, which may still write them: a file's name begins with the
+// id of its process. This process writes none now, so one with its id is from an earlier process.
 void RemoveLeftovers(const Path& staging) {
   std::error_code error;
   for (const fs::directory_entry& entry : fs::directory_iterator(staging, error)) {
@@ -95,7 +96,7 @@ void RemoveLeftovers(const Path& staging) {
   }
 }
 
-// Takes the folders with it that are empty then, or else no file could have such a folder's name.
+// Also removes the folders that are empty then: otherwise no file could have the name of one.
 bool RemoveFile(const Path& path, const Path& root) {
   std::error_code error;
   if (!fs::remove(path, error)) return false;
@@ -122,6 +123,7 @@ CloudFolders::CloudFolders(const Path& accountFolder, const SteamSettings& setti
 void CloudFolders::CatchUp() {
   RemoveLeftovers(staging_);
   if (!ReachesCloud()) return;
+  // A local file without a copy stays out of the cloud, as after Forget.
   for (const CloudFile& file : FilesBelow(cloud_)) {
     const std::optional<Path> local = PathBelow(local_, file.name.c_str());
     const Path copy = cloud_ / fs::u8path(file.name);
@@ -136,7 +138,7 @@ void CloudFolders::CatchUp() {
   }
 }
 
-// The place of the copy that `size` bytes would replace is free for them.
+// The bytes of `copy` do not count, since the new file replaces it.
 bool CloudFolders::FitsQuota(const Path& copy, std::uint64_t size) const {
   const std::vector<CloudFile> files = FilesBelow(cloud_);
   const std::uint64_t used =
@@ -152,7 +154,7 @@ bool CloudFolders::Write(const char* name, const void* data, std::size_t size) {
   if (!local || !copy) return false;
   if (ReachesCloud() && !FitsQuota(*copy, size)) return false;
 
-  // Both before either counts, since a full disk is found out here.
+  // Both are written before either is moved, because a full disk shows here.
   StagedFile forLocal(staging_, data, size);
   if (!forLocal.IsWhole()) return false;
   std::optional<StagedFile> forCloud;
@@ -160,8 +162,8 @@ bool CloudFolders::Write(const char* name, const void* data, std::size_t size) {
 
   if (!forLocal.MoveTo(*local)) return false;
   list_.reset();
-  // The file is written. A copy that fails now, or is never made because the process ends here, is
-  // made up for by CatchUp.
+  // The write has succeeded, whatever becomes of the copy. If an older copy stays, CatchUp replaces
+  // it when the next session starts.
   if (forCloud) forCloud->MoveTo(*copy);
   return true;
 }
@@ -178,8 +180,8 @@ bool CloudFolders::Forget(const char* name) {
   return !FileSize(*copy) || RemoveFile(*copy, cloud_);
 }
 
-// The copy goes first: a local file without one is only forgotten, while a copy without a local
-// file would be fetched again.
+// Removes the copy first. If the process ends in between, a local file without a copy counts as
+// forgotten; a copy without a local file would be fetched again.
 bool CloudFolders::Delete(const char* name) {
   if (!Forget(name)) return false;
   list_.reset();

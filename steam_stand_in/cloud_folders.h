@@ -1,4 +1,4 @@
-// Cloud files: for each user a folder that the game works with, and one that plays the cloud.
+// Cloud files: each user has a folder that the game works with, and a folder in place of the cloud.
 
 #ifndef LAUNCHER_STEAM_STAND_IN_CLOUD_FOLDERS_H_
 #define LAUNCHER_STEAM_STAND_IN_CLOUD_FOLDERS_H_
@@ -19,26 +19,25 @@ struct CloudFile {
   std::uint64_t size;
 };
 
-// Names are as the caller gives them; one that is refused is a file that is not there.
+// Names are as the caller gives them. A name that CloudName refuses counts as a missing file.
 class CloudFolders {
  public:
   CloudFolders(const Path& accountFolder, const SteamSettings& settings);
 
-  // What Steam does when a game starts: the cloud gets what was changed without it, and what is
-  // missing here is fetched from it. Also removes what killed writers left.
+  // Does what Steam does when a game starts: replaces a copy in the cloud that differs from the
+  // local file, and fetches a file that is missing here. Also removes what killed processes left.
   void CatchUp();
 
   bool Write(const char* name, const void* data, std::size_t size);
   std::size_t Read(const char* name, void* buffer, std::size_t capacity) const;
-  // The file stays here and leaves the cloud.
+  // Removes the file from the cloud only.
   bool Forget(const char* name);
   bool Delete(const char* name);
   std::optional<std::uint64_t> Size(const char* name) const;
 
-  // The list that the index of `At` counts in is taken here, and again after a change by this
-  // process.
+  // Makes the list that `At` uses. After a change by this process `At` makes a new list.
   std::size_t Count();
-  // Null for an index that is not there.
+  // Null if the index is out of range.
   const CloudFile* At(std::size_t index);
 
   bool IsEnabledForAccount() const { return isEnabledForAccount_; }

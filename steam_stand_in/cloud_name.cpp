@@ -11,7 +11,7 @@
 namespace launcher::stand_in {
 namespace {
 
-// Windows has no other encoding to make a name of.
+// Other bytes cannot be converted to a name on Windows, where names are UTF-16.
 bool IsUtf8(std::string_view text) {
   for (std::size_t i = 0; i < text.size();) {
     const auto lead = static_cast<std::uint8_t>(text[i]);
@@ -41,7 +41,7 @@ bool IsForbidden(char c) {
   return byte < 0x20 || byte == 0x7F || kForbidden.find(c) != std::string_view::npos;
 }
 
-// Names of devices, whatever extension follows.
+// True for the name of a Windows device, with or without an extension.
 bool IsReserved(std::string_view component) {
   std::string stem(component.substr(0, component.find('.')));
   stem.erase(stem.find_last_not_of(' ') + 1);
@@ -52,7 +52,7 @@ bool IsReserved(std::string_view component) {
 
   const std::string_view family = std::string_view(stem).substr(0, 3);
   if (family != "com" && family != "lpt") return false;
-  // The raised digits count as digits there.
+  // Windows takes the superscript digits 1 to 3 for digits of a port.
   constexpr std::string_view kPorts[] = {"1", "2", "3", "4",      "5",      "6",
                                          "7", "8", "9", "\u00B9", "\u00B2", "\u00B3"};
   const std::string_view port = std::string_view(stem).substr(3);
@@ -60,7 +60,7 @@ bool IsReserved(std::string_view component) {
 }
 
 bool IsFit(std::string_view component) {
-  // A dot at the end is refused with it: "." and ".." too.
+  // Windows removes a dot or a blank at the end. Refusing the dot also refuses "." and "..".
   return !component.empty() && component.back() != '.' && component.back() != ' ' &&
          std::none_of(component.begin(), component.end(), IsForbidden) && !IsReserved(component);
 }

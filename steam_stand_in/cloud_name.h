@@ -1,5 +1,5 @@
-// Which names a cloud file may have. The rules are Windows' on every system, so that a file which
-// one can write the other can too.
+// Which names a cloud file may have. The rules of Windows hold on every system, so that all systems
+// accept the same names.
 
 #ifndef LAUNCHER_STEAM_STAND_IN_CLOUD_NAME_H_
 #define LAUNCHER_STEAM_STAND_IN_CLOUD_NAME_H_
@@ -12,7 +12,7 @@ namespace launcher::stand_in {
 
 constexpr std::size_t kLongestCloudName = 259;
 
-// The name with "/" between its folders; none for a name that is refused, null included.
+// Returns the name with "/" between its folders, or none if the name is null or refused.
 std::optional<std::string> CloudName(const char* name);
 
 }  // namespace launcher::stand_in

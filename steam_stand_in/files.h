@@ -1,4 +1,4 @@
-// What the stand-in asks of the system's files, and of its processes.
+// Functions of the system for files and processes.
 
 #ifndef LAUNCHER_STEAM_STAND_IN_FILES_H_
 #define LAUNCHER_STEAM_STAND_IN_FILES_H_
@@ -12,19 +12,20 @@ namespace launcher::stand_in {
 
 using Path = std::filesystem::path;
 
-// The absolute folder that STEAM_STAND_IN names, or steam_stand_in beside the program.
+// The folder that the environment variable STEAM_STAND_IN names, as an absolute path. If it is not
+// set: steam_stand_in beside the program.
 Path StandInFolder();
 
-// A path as the system's narrow functions take it; none if their encoding has no such text.
+// A path in the encoding of the system's narrow functions; none if a character is not in it.
 std::optional<std::string> NarrowText(const Path& path);
 
 // Fills the buffer with random bytes from the system.
 bool FillRandom(void* buffer, std::size_t size);
 
-// A symbolic link, or whatever else leads to another place.
+// True for a symbolic link, and on Windows for a junction or another reparse point.
 bool IsLink(const Path& path);
 
-// The file's first bytes, `capacity` at most. Returns how many.
+// Reads up to `capacity` bytes from the start of the file. Returns how many.
 std::optional<std::size_t> ReadStart(const Path& path, void* buffer, std::size_t capacity);
 
 std::optional<std::string> ReadWhole(const Path& path);

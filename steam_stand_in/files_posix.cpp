@@ -29,8 +29,8 @@ class Descriptor {
   int number_;
 };
 
-// Calls `transfer(offset)`, which returns what read and write return, until `size` bytes have
-// passed or no more come. Returns how many passed.
+// Calls `transfer(offset)`, which returns what read returns, until it has transferred `size` bytes
+// or no more come. Returns how many it transferred.
 template <class Transfer>
 std::optional<std::size_t> TransferAll(std::size_t size, Transfer transfer) {
   std::size_t offset = 0;
@@ -66,7 +66,7 @@ bool IsLink(const Path& path) {
 }
 
 std::optional<std::size_t> ReadStart(const Path& path, void* buffer, std::size_t capacity) {
-  // Without waiting, since a pipe may bear the name.
+  // O_NONBLOCK: the file may be a pipe, and opening it would wait for a writer.
   const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   if (!file) return std::nullopt;
   return TransferAll(capacity, [&](std::size_t offset) {

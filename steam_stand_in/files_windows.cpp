@@ -4,20 +4,20 @@
 #include "platform/owners.h"
 #include "platform/win32.h"
 #include "steam_stand_in/files.h"
-// then
+// This needs <windows.h> first.
 #include <bcrypt.h>
 
 namespace launcher::stand_in {
 namespace {
 
-// CreateFileW has a value of its own for none.
+// A failed CreateFileW returns INVALID_HANDLE_VALUE; an empty KernelHandle is null.
 KernelHandle Open(const Path& path, DWORD access, DWORD sharing, DWORD disposition) {
   const HANDLE file = CreateFileW(path.c_str(), access, sharing, nullptr, disposition,
                                   FILE_ATTRIBUTE_NORMAL, nullptr);
   return KernelHandle(file == INVALID_HANDLE_VALUE ? nullptr : file);
 }
 
-// The sizes of these calls have 32 bits.
+// ReadFile takes a size of 32 bits.
 DWORD Step(std::size_t left) {
   constexpr std::size_t kLargest = std::numeric_limits<DWORD>::max();
   return static_cast<DWORD>(std::min(left, kLargest));
@@ -25,6 +25,7 @@ DWORD Step(std::size_t left) {
 
 std::wstring EnvironmentText(const wchar_t* name) {
   std::wstring text;
+  // The variable may grow between two calls.
   DWORD capacity = GetEnvironmentVariableW(name, nullptr, 0);
   while (capacity > text.size()) {
     text.resize(capacity);
@@ -56,11 +57,11 @@ Path StandInFolder() {
 std::optional<std::string> NarrowText(const Path& path) {
   const std::wstring& wide = path.native();
   const int length = static_cast<int>(wide.size());
-  // A character that is only alike would lead to another folder.
-  BOOL isAlikeOnly = FALSE;
+  // A similar character in its place would lead to another folder.
+  BOOL isLossy = FALSE;
   const int size = WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, wide.data(), length, nullptr,
-                                       0, nullptr, &isAlikeOnly);
-  if (size == 0 || isAlikeOnly) return std::nullopt;
+                                       0, nullptr, &isLossy);
+  if (size == 0 || isLossy) return std::nullopt;
   std::string text(static_cast<std::size_t>(size), '\0');
   WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, wide.data(), length, text.data(), size, nullptr,
                       nullptr);
@@ -78,7 +79,7 @@ bool IsLink(const Path& path) {
 }
 
 std::optional<std::size_t> ReadStart(const Path& path, void* buffer, std::size_t capacity) {
-  // A reader keeps nobody from replacing the file.
+  // Another process may replace the file while this one reads it.
   constexpr DWORD kAllSharing = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
   const KernelHandle file = Open(path, GENERIC_READ, kAllSharing, OPEN_EXISTING);
   if (!file) return std::nullopt;

@@ -1,4 +1,4 @@
-// One request and its response, over the network by the system's HTTP client.
+// Sends one request with the system's HTTP client and receives the response.
 
 #ifndef LAUNCHER_STEAM_STAND_IN_HTTP_EXCHANGE_H_
 #define LAUNCHER_STEAM_STAND_IN_HTTP_EXCHANGE_H_
@@ -25,7 +25,7 @@ struct HttpResponse {
   int status = 0;
   std::vector<std::pair<std::string, std::string>> headers;
   std::string body;         // decoded
-  std::string redirectUrl;  // absolute, where the response names one
+  std::string redirectUrl;  // absolute; empty if the response has none
 };
 
 struct HttpLimits {
@@ -34,11 +34,11 @@ struct HttpLimits {
   std::size_t bodySize;
 };
 
-// Whether a request of this method always tells how long its body is, be it empty.
+// True if a request of this method always has a body, even an empty one.
 bool AlwaysHasBody(const std::string& method);
 
-// Follows no redirect. None where there is no whole response within the limits, and where the
-// server's certificate does not fit.
+// Does not follow redirects. Returns none if no complete response arrives within the limits, or if
+// the server's certificate is not valid for it.
 std::optional<HttpResponse> Exchange(const HttpRequest& request, const HttpLimits& limits);
 
 }  // namespace launcher::stand_in

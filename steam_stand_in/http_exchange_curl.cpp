@@ -8,7 +8,7 @@
 namespace launcher::stand_in {
 namespace {
 
-// libcurl counts who uses it.
+// libcurl counts its users, so this does not disturb a program that uses libcurl too.
 class CurlUse {
  public:
   CurlUse() : isReady_(curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK) {}
@@ -35,7 +35,7 @@ struct ListDeleter {
 using OwnedList = std::unique_ptr<curl_slist, ListDeleter>;
 
 bool Append(OwnedList* list, const std::string& line) {
-  // What it gives back is the whole list, which was `list` already unless that was empty.
+  // The result is the start of the list, which is the old start unless the list was empty.
   curl_slist* const longer = curl_slist_append(list->get(), line.c_str());
   if (longer == nullptr) return false;
   static_cast<void>(list->release());
@@ -43,13 +43,13 @@ bool Append(OwnedList* list, const std::string& line) {
   return true;
 }
 
-// What the two functions below write to.
+// What TakeBody and TakeHeader write to.
 struct Arrival {
   HttpResponse response;
   std::size_t bodyLimit;
 };
 
-// An answer other than `count` ends the transfer. No exception may pass through libcurl.
+// A result other than `count` ends the transfer. No exception may pass through libcurl.
 std::size_t TakeBody(char* data, std::size_t, std::size_t count, void* target) noexcept {
   auto* const arrival = static_cast<Arrival*>(target);
   std::string& body = arrival->response.body;
@@ -66,7 +66,7 @@ std::size_t TakeHeader(char* data, std::size_t, std::size_t count, void* target)
   auto& headers = static_cast<Arrival*>(target)->response.headers;
   std::string_view line(data, count);
   try {
-    // A status line. An interim response, such as 100, comes before the one that counts.
+    // A status line starts a response. An interim one, such as 100, comes before the final one.
     if (line.compare(0, 5, "HTTP/") == 0) headers.clear();
     const std::size_t colon = line.find(':');
     if (colon == std::string_view::npos) return count;
@@ -98,21 +98,22 @@ std::optional<HttpResponse> Exchange(const HttpRequest& request, const HttpLimit
   set(CURLOPT_PROTOCOLS_STR, "http,https");
   set(CURLOPT_SSL_VERIFYPEER, 1L);
   set(CURLOPT_SSL_VERIFYHOST, 2L);
-  // The caller's program has signals of its own.
+  // Otherwise libcurl would set signal handlers in the caller's program.
   set(CURLOPT_NOSIGNAL, 1L);
   set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(limits.connectMs));
   set(CURLOPT_TIMEOUT_MS, static_cast<long>(limits.requestMs));
-  // All that this build of libcurl can decode.
+  // The empty text asks for every encoding that this build of libcurl can decode.
   set(CURLOPT_ACCEPT_ENCODING, "");
   set(CURLOPT_WRITEFUNCTION, TakeBody);
   set(CURLOPT_WRITEDATA, static_cast<void*>(&arrival));
   set(CURLOPT_HEADERFUNCTION, TakeHeader);
   set(CURLOPT_HEADERDATA, static_cast<void*>(&arrival));
+  // A proxy on another machine could not reach a server on this one.
   if (request.url.isLoopback) set(CURLOPT_PROXY, "");
 
   OwnedList headers;
-  // An empty value takes out what libcurl would send by itself; "Expect" would wait a second for
-  // servers that do not know it.
+  // An empty value removes a header that libcurl would send by itself. With "Expect" libcurl would
+  // wait a second if the server does not know that header.
   isSet = isSet && Append(&headers, "Expect:") &&
           Append(&headers,
                  "Content-Type:" + (request.contentType.empty() ? "" : ' ' + request.contentType));
@@ -121,6 +122,7 @@ std::optional<HttpResponse> Exchange(const HttpRequest& request, const HttpLimit
     set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body.size()));
     set(CURLOPT_POSTFIELDS, request.body.data());
   }
+  // With the method alone libcurl would wait for the body that Content-Length announces.
   if (std::string_view(request.method) == "HEAD") {
     set(CURLOPT_NOBODY, 1L);
   } else {

@@ -6,7 +6,7 @@
 #include "platform/win32.h"
 #include "steam_stand_in/ascii.h"
 #include "steam_stand_in/http_exchange.h"
-// then
+// These need <windows.h> first.
 #include <shlwapi.h>
 #include <winhttp.h>
 
@@ -20,7 +20,7 @@ struct InternetHandleKind {
 };
 using InternetHandle = Owner<InternetHandleKind>;
 
-// URLs and headers: byte for byte, as they cross the network.
+// For URLs and headers: each byte becomes one character, without a code page.
 std::wstring Widen(const std::string& text) {
   std::wstring wide;
   for (const char c : text) wide += static_cast<wchar_t>(static_cast<unsigned char>(c));
@@ -43,7 +43,7 @@ std::optional<UrlParts> Crack(const std::string& url) {
   const std::wstring wide = Widen(url);
   URL_COMPONENTS found = {};
   found.dwStructSize = sizeof found;
-  // Any length but 0 asks for a pointer into the text.
+  // A length other than 0 asks for a pointer into the text.
   found.dwHostNameLength = found.dwUrlPathLength = found.dwExtraInfoLength = 1;
   if (!WinHttpCrackUrl(wide.c_str(), static_cast<DWORD>(wide.size()), 0, &found)) {
     return std::nullopt;
@@ -52,6 +52,7 @@ std::optional<UrlParts> Crack(const std::string& url) {
                  {found.lpszUrlPath, found.dwUrlPathLength},
                  found.nPort};
   parts.pathAndQuery.append(found.lpszExtraInfo, found.dwExtraInfoLength);
+  // A URL such as "http://host?query" has no path.
   if (parts.pathAndQuery.empty() || parts.pathAndQuery[0] != L'/')
     parts.pathAndQuery.insert(0, 1, L'/');
   return parts;
@@ -69,8 +70,7 @@ std::string Absolute(const std::string& base, const std::string& reference) {
   return Narrow(combined);
 }
 
-// The time that is left. WinHTTP's own limits are for one step each: they are set again before
-// each.
+// The time that is left. Each limit of WinHTTP is for one step only, so it is set before each step.
 class Deadline {
  public:
   explicit Deadline(std::uint64_t milliseconds)
@@ -132,7 +132,8 @@ bool ReadHead(HINTERNET request, HttpResponse* response) {
   return true;
 }
 
-// In portions of what has arrived: a call for more would wait for all of it, past the deadline.
+// Reads what has arrived, again and again: a call for more bytes than have arrived would wait for
+// all of them, past the deadline.
 bool ReadBody(HINTERNET request, const Deadline& deadline, std::size_t limit, std::string* body) {
   for (;;) {
     DWORD available = 0;
@@ -149,9 +150,9 @@ bool ReadBody(HINTERNET request, const Deadline& deadline, std::size_t limit, st
   }
 }
 
-// A connection that ends early may look like the end of the body. Of a decoded body the length as
-// it was sent is not known; there the decoder finds the end missing. Where a chunk is missing
-// WinHTTP itself has to notice: it shows nobody the chunks.
+// A connection that ends early can look like the end of the body, so its length is compared with
+// Content-Length. That is not possible for a decoded body, but there the decoder notices a missing
+// end. Only WinHTTP can notice a missing chunk, since it does not show the chunks.
 bool IsWhole(const HttpRequest& request, const HttpResponse& response) {
   const std::string* const announced = FindHeader(response, "content-length");
   if (announced == nullptr || FindHeader(response, "content-encoding") != nullptr) return true;
@@ -190,8 +191,8 @@ std::optional<HttpResponse> Exchange(const HttpRequest& request, const HttpLimit
                         sizeof disabled)) {
     return std::nullopt;
   }
-  // The next two are refused by older systems: servers then are not asked to encode, and the limit
-  // for one step has to do for the head of the response.
+  // Older systems refuse the next two options. Then servers are not asked to compress, and the head
+  // of the response has the limit of an ordinary step.
   DWORD encodings = WINHTTP_DECOMPRESSION_FLAG_ALL;
   WinHttpSetOption(exchange.Get(), WINHTTP_OPTION_DECOMPRESSION, &encodings, sizeof encodings);
   DWORD headMs = static_cast<DWORD>(limits.requestMs);

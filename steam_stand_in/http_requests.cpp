@@ -19,8 +19,8 @@ bool IsRedirect(int status) {
   return status == 301 || status == 302 || status == 303 || status == 307 || status == 308;
 }
 
-// What browsers made of it, and RFC 9110 after them: these two statuses turn a POST into a GET, and
-// 303 turns everything into one but a HEAD.
+// As browsers do and RFC 9110 permits: 301 and 302 turn a POST into a GET, and 303 turns every
+// method except HEAD into a GET.
 bool BecomesGet(int status, const std::string& method) {
   return status == 303 ? method != "HEAD" : (status == 301 || status == 302) && method == "POST";
 }
@@ -72,7 +72,7 @@ bool HttpRequests::SetBody(std::uint32_t handle, const std::string& contentType,
   if (found == open_.end() || found->second.wasSent || size > limits_.bodySize) return false;
   HttpRequest& request = found->second.request;
   if (!AlwaysHasBody(request.method)) return false;
-  // A line end would begin another header.
+  // A line end would start another header.
   const bool isPlain = std::all_of(contentType.begin(), contentType.end(),
                                    [](char c) { return c >= ' ' && c < 0x7F; });
   if (contentType.empty() || !isPlain) return false;

@@ -1,4 +1,4 @@
-// The requests of ISteamHTTP: numbers that stand for a request and its response.
+// The open requests of ISteamHTTP. A handle is the number of a request and its response.
 
 #ifndef LAUNCHER_STEAM_STAND_IN_HTTP_REQUESTS_H_
 #define LAUNCHER_STEAM_STAND_IN_HTTP_REQUESTS_H_
@@ -22,13 +22,13 @@ class HttpRequests {
 
   explicit HttpRequests(const HttpLimits& limits) : limits_(limits) {}
 
-  // 0 where the method or the URL is refused, or kMostOpen are open.
+  // Returns 0 if the method or the URL is refused, or if kMostOpen requests are open.
   std::uint32_t Create(int method, const char* url);
   bool SetBody(std::uint32_t handle, const std::string& contentType, const void* body,
                std::size_t size);
-  // Sending takes three steps, so that the transfer does not use this object: BeginSending, Fetch,
-  // EndSending. It is done once for each request, and fails without a whole response. One with an
-  // HTTP error status is whole.
+  // Sending takes three steps: BeginSending, Fetch, EndSending. Fetch does not use this object, so
+  // that other calls can use it during the transfer. Each request is sent once. Sending fails if
+  // there is no complete response; a response with an HTTP error status is complete.
   std::optional<HttpRequest> BeginSending(std::uint32_t handle);
   bool EndSending(std::uint32_t handle, std::optional<HttpResponse> response, std::uint64_t* call);
   const HttpLimits& Limits() const { return limits_; }
@@ -47,7 +47,7 @@ class HttpRequests {
 
   const HttpLimits limits_;
   std::map<std::uint32_t, Open> open_;
-  // Of all sessions, so that a handle of an ended one is not valid in the next.
+  // For all sessions, so that a handle of an ended session is not valid in the next one.
   static inline std::uint32_t lastHandle_ = 0;
   std::uint64_t lastCall_ = 0;
 };

@@ -1,9 +1,9 @@
-// The exported functions and their interfaces: arguments are tested here, and exceptions end here.
+// The exported functions and their interfaces. They check the arguments and catch all exceptions.
 //
-// The interfaces stay when a session ends, since a caller may have kept a pointer to one: without a
-// session each call fails. The texts stay too.
+// The interface objects and the texts that they return are never freed, since a caller may keep a
+// pointer to one when its session ends. Without a session each call fails.
 //
-// The game may call from any thread.
+// Any thread may call.
 
 #include "steam_stand_in/stand_in.h"
 
@@ -41,7 +41,7 @@ Result Guarded(Result otherwise, Body body) noexcept {
   }
 }
 
-// Returns what `body` does with the session, or `otherwise` if there is none or it throws.
+// Calls `body` with the session. Returns `otherwise` if there is no session or `body` throws.
 template <class Result, class Body>
 Result InSession(Result otherwise, Body body) noexcept {
   const Lock lock(mutex);
@@ -49,23 +49,23 @@ Result InSession(Result otherwise, Body body) noexcept {
   return Guarded(otherwise, [&] { return body(*session); });
 }
 
-// A copy of the text that stays: another thread may end the session while a caller reads it.
-// Needs the lock.
+// Returns a copy of the text that is never freed: another thread may end the session while a caller
+// reads it. Call it with the mutex locked.
 const char* Kept(const std::string& text) {
   static auto* const texts = new std::set<std::string>;
   return texts->insert(text).first->c_str();
 }
 
-// Null without a session.
+// Returns null if there is no session.
 template <class Interface>
-Interface* OfSession(Interface* whole) {
+Interface* OfSession(Interface* object) {
   const Lock lock(mutex);
-  return session ? whole : nullptr;
+  return session ? object : nullptr;
 }
 
 constexpr std::int32_t kLargestSize = std::numeric_limits<std::int32_t>::max();
 
-// The interfaces know no size beyond 32 bits.
+// The interfaces have sizes of 32 bits.
 std::int32_t ShortSize(std::uint64_t size) {
   return static_cast<std::int32_t>(std::min<std::uint64_t>(size, kLargestSize));
 }
@@ -222,6 +222,7 @@ class Http final : public ISteamHTTP {
       if (!toSend) return false;
       std::optional<HttpResponse> response = Fetch(*toSend, current->http.Limits());
       const Lock lock(mutex);
+      // The session may have ended during the transfer.
       return session == current && current->http.EndSending(request, std::move(response), call);
     });
   }
@@ -254,8 +255,8 @@ Apps apps;
 RemoteStorage remoteStorage;
 Http http;
 
-// The settings without a session, for the two questions that come before one. None where the file
-// does not fit: SteamAPI_Init says why.
+// The session's settings, or those of the file before a session: SteamAPI_IsSteamRunning and
+// SteamAPI_RestartAppIfNecessary need no session. None if the file is wrong.
 std::optional<SteamSettings> SettingsNow() noexcept {
   const Lock lock(mutex);
   return Guarded(std::optional<SteamSettings>(), [] {
@@ -264,17 +265,17 @@ std::optional<SteamSettings> SettingsNow() noexcept {
   });
 }
 
-// A session where Steam would give one; otherwise throws what the reason is.
+// Creates a session if the settings permit one, else throws the reason.
 std::shared_ptr<Session> NewSession() {
   const Path folder = StandInFolder();
   const SteamSettings settings = LoadSteamSettings(folder);
-  if (!settings.running) throw SteamSettingsError("Steam is not running, say the settings");
+  if (!settings.running) throw SteamSettingsError("the settings say that Steam is not running");
   if (!settings.subscribed) {
-    throw SteamSettingsError("the account has no licence, say the settings");
+    throw SteamSettingsError("the settings say that the account has no licence");
   }
 
   auto created = std::make_shared<Session>(folder, settings);
-  // A cloud that is out of reach keeps no game from starting.
+  // A game starts even if its cloud files cannot be compared.
   Guarded(false, [&] {
     created->cloud.CatchUp();
     return true;

@@ -1,4 +1,4 @@
-// What there is between SteamAPI_Init and SteamAPI_Shutdown.
+// The state between SteamAPI_Init and SteamAPI_Shutdown.
 
 #ifndef LAUNCHER_STEAM_STAND_IN_STAND_IN_SESSION_H_
 #define LAUNCHER_STEAM_STAND_IN_STAND_IN_SESSION_H_
@@ -14,7 +14,7 @@
 namespace launcher::stand_in {
 
 struct Session {
-  // `folder` is the stand-in's own.
+  // `folder` is StandInFolder().
   Session(const Path& folder, SteamSettings theSettings)
       : settings(std::move(theSettings)),
         accountFolder(folder / std::to_string(settings.accountId)),

@@ -19,16 +19,16 @@ struct Number {
   std::uint64_t greatest;
 };
 using Text = std::string SteamSettings::*;
-using Claim = bool SteamSettings::*;
+using Flag = bool SteamSettings::*;
 
 struct SteamSetting {
   const char* name;
-  std::variant<Number, Text, Claim> field;
+  std::variant<Number, Text, Flag> field;
 };
 
 constexpr std::uint64_t kAny = std::numeric_limits<std::uint64_t>::max();
 constexpr std::uint64_t kHourMs = 3'600'000;
-// What is held fits the 32-bit sizes of the interface, in a 32-bit process.
+// A body must fit the interface's sizes of 32 bits and the memory of a 32-bit process.
 constexpr std::uint64_t kGreatestBody = 1024 * kMebibyte;
 
 constexpr SteamSetting kTable[] = {
@@ -48,13 +48,13 @@ constexpr SteamSetting kTable[] = {
     {"httpBodyLimitBytes", Number{&SteamSettings::httpBodyLimitBytes, 0, kGreatestBody}},
 };
 
-// Takes a value into its setting; each throws SteamSettingsError for one of another kind.
+// Stores a value in its setting. Throws SteamSettingsError if its type or range is wrong.
 struct Taker {
   SteamSettings* settings;
   const Json& value;
 
   void operator()(const Number& number) const {
-    if (!value.is_number_unsigned()) throw SteamSettingsError("is no whole number");
+    if (!value.is_number_unsigned()) throw SteamSettingsError("is not a whole number of 0 or more");
     const auto taken = value.get<std::uint64_t>();
     if (taken < number.least || taken > number.greatest) {
       throw SteamSettingsError("is not from " + std::to_string(number.least) + " to " +
@@ -64,11 +64,11 @@ struct Taker {
   }
 
   void operator()(Text field) const {
-    if (!value.is_string()) throw SteamSettingsError("is no text");
+    if (!value.is_string()) throw SteamSettingsError("is not a text");
     settings->*field = value.get<std::string>();
   }
 
-  void operator()(Claim field) const {
+  void operator()(Flag field) const {
     if (!value.is_boolean()) throw SteamSettingsError("is neither true nor false");
     settings->*field = value.get<bool>();
   }
@@ -76,7 +76,7 @@ struct Taker {
 
 SteamSettings SteamSettingsFrom(const std::string& text) {
   const Json document = Json::parse(text);
-  if (!document.is_object()) throw SteamSettingsError("is no JSON object");
+  if (!document.is_object()) throw SteamSettingsError("is not a JSON object");
 
   SteamSettings settings;
   for (const auto& [name, value] : document.items()) {
@@ -84,7 +84,7 @@ SteamSettings SteamSettingsFrom(const std::string& text) {
     const auto* const setting =
         std::find_if(std::begin(kTable), std::end(kTable),
                      [&](const SteamSetting& each) { return key == each.name; });
-    // A misspelt setting would otherwise do nothing, and nobody would know why.
+    // Otherwise a misspelt setting would be ignored without a message.
     if (setting == std::end(kTable)) throw SteamSettingsError("has an unknown member " + key);
     try {
       std::visit(Taker{&settings, value}, setting->field);

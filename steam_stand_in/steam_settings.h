@@ -1,4 +1,4 @@
-// What the stand-in's Steam is like: whose account, which languages, how much room.
+// The stand-in's settings: the account, its languages, what Steam reports, and limits.
 
 #ifndef LAUNCHER_STEAM_STAND_IN_STEAM_SETTINGS_H_
 #define LAUNCHER_STEAM_STAND_IN_STEAM_SETTINGS_H_
@@ -13,7 +13,7 @@ namespace launcher::stand_in {
 constexpr std::uint64_t kMebibyte = std::uint64_t{1} << 20;
 
 struct SteamSettings {
-  // The last individual account there can be, so that it is hardly anybody's.
+  // The highest possible id of an individual account: probably no real user has it.
   std::uint64_t accountId = 0x01100001FFFFFFFF;
   std::string personaName = "Player";
   std::string currentLanguage = "english";
@@ -30,14 +30,14 @@ struct SteamSettings {
   std::uint64_t httpBodyLimitBytes = 16 * kMebibyte;
 };
 
-// Tells in one line what is wrong with a settings file.
+// Its text says in one line what is wrong with a settings file.
 class SteamSettingsError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-// Reads the settings in `folder`: the defaults where there is no file. Throws SteamSettingsError
-// for one that does not fit.
+// Reads the settings file in `folder`. Returns the defaults if there is no file. Throws
+// SteamSettingsError if the file is wrong.
 SteamSettings LoadSteamSettings(const std::filesystem::path& folder);
 
 }  // namespace launcher::stand_in

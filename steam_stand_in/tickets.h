@@ -1,4 +1,4 @@
-// Auth tickets: random bytes, which the stand-in knows again.
+// Auth tickets: random bytes, which the stand-in keeps and can verify.
 
 #ifndef LAUNCHER_STEAM_STAND_IN_TICKETS_H_
 #define LAUNCHER_STEAM_STAND_IN_TICKETS_H_
@@ -13,11 +13,11 @@ namespace launcher::stand_in {
 class Tickets {
  public:
   static constexpr std::size_t kSize = 234;
-  // A caller that never stops asking must not fill the memory: older ones are forgotten.
+  // Only the newest are kept, so that a caller that asks again and again does not fill the memory.
   static constexpr std::size_t kMostCount = 1024;
 
-  // Writes a new ticket to kSize bytes at `ticket`. Answers its handle, 0 where there are no random
-  // bytes.
+  // Writes a new ticket to the kSize bytes at `ticket`. Returns its handle, or 0 if the system
+  // gives no random bytes.
   std::uint32_t Issue(void* ticket);
   bool IsIssued(const void* ticket, std::size_t size) const;
 

@@ -7,7 +7,7 @@
 namespace launcher::stand_in {
 namespace {
 
-// A backslash is left out too: clients disagree on whether it ends the host.
+// A backslash is refused because HTTP clients disagree on whether it ends the host.
 bool IsPlain(char c) { return c > ' ' && c < 0x7F && c != '\\'; }
 
 // "127.0.0.1:80" without the port; an IPv6 address keeps its brackets.

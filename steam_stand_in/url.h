@@ -1,4 +1,4 @@
-// The little that must be known of a URL before it goes to the system's HTTP client.
+// Checks a URL before the system's HTTP client gets it.
 
 #ifndef LAUNCHER_STEAM_STAND_IN_URL_H_
 #define LAUNCHER_STEAM_STAND_IN_URL_H_
@@ -15,11 +15,11 @@ struct Url {
   bool isLoopback;  // the server is this machine
 };
 
-// None for what is no plain http or https URL: it has a host and no user name, and other characters
-// than printable ASCII stand in it in their %XX form.
+// Returns none unless `text` is an http or https URL with a host and without a user name, in
+// printable ASCII: other characters must be written as %XX.
 std::optional<Url> ParseUrl(std::string_view text);
 
-// Whether an answer of `from` may lead on to `to`: what was asked for in secret stays secret.
+// True if a response of `from` may redirect to `to`: https never leads to http.
 bool MayLeadTo(const Url& from, const Url& to);
 
 }  // namespace launcher::stand_in

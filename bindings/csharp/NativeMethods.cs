@@ -18,7 +18,7 @@ namespace Launcher
     }
 
     /// <summary>The exports; launcher_dll.h describes them. Text arguments are strings, text
-    /// results are bytes with a terminator. Null is allowed if it is in C, except for out
+    /// results are bytes with a terminator. Null is allowed if C allows it, except for out
     /// arguments.</summary>
     public static class NativeMethods
     {

@@ -56,8 +56,8 @@ std::string Hex(std::uint32_t number) {
 }  // namespace
 
 int main() {
-  // The readers read from the end of the line: first the address and, after that is cut off, the
-  // process id.
+  // The functions read from the end of the line. The address is last. After QX_RightDWORD has cut
+  // it off, the process id is last.
   std::string line = GetCommandLineA();
   std::uint32_t address = 0;
   std::uint32_t processId = 0;

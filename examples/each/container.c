@@ -17,7 +17,7 @@ static Outcome EncipherFile(void) {
   const uint32_t size = file_cipher_get_encode_size(sizeof payload);
   uint8_t* const container = malloc(size);
   if (container == NULL) return kFailed;
-  /* Compared with 0: QX_IsFailed does not know a 7 as a failure. */
+  /* Compare the result with 0: QX_IsFailed does not take 7 for a failure. */
   const CipherCode result = file_cipher_encode(payload, sizeof payload, container);
   if (result == QX_CIPHER_SUCCEEDED) printf("%lu bytes\n", (unsigned long)size);
   free(container);
@@ -42,7 +42,7 @@ static Outcome DecipherFile(void) {
 /* [QX_GetEncodeDataSize] */
 static Outcome MeasureData(void) {
   const uint32_t size = QX_GetEncodeDataSize(100);
-  /* QX_Decode takes no larger one. */
+  /* QX_Decode refuses a larger container. */
   return size <= 1048575 && size == 140 ? kDone : kFailed;
 }
 /* [QX_GetEncodeDataSize] */

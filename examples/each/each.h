@@ -11,7 +11,7 @@
 
 #include "launcher_dll.h"
 
-/* How an example ended. Without Steam a program goes on as well as it can. */
+/* How an example ended. kNoSteam is not a failure: a program should work without Steam too. */
 typedef enum Outcome { kDone, kFailed, kNoSteam } Outcome;
 
 typedef Outcome Example(void);
@@ -19,11 +19,11 @@ typedef Outcome Example(void);
 /* Runs one example and counts it. */
 void Run(const char* name, Example* example);
 
-/* Given on the command line: a client to start, and an address that answers. */
+/* Given on the command line: a client to start, and the URL of a running server. */
 extern const char* clientPath;
 extern const char* serverUrl;
 
-/* The groups, each in an order in which they make sense. */
+/* Each runs a group of examples. Later examples may need earlier ones. */
 void RunTextsAndMemory(void);
 void RunContainer(void);
 void RunLaunch(void);

@@ -18,7 +18,8 @@ static Outcome ListDisplayModes(void) {
 static Outcome CheckWantedMode(void) {
   const ResultCode wanted = QX_CheckDisplayMode(0, 0, 1280, 1024, 60);
   printf("1280 x 1024 at 60 Hz: %s\n", wanted == QX_SUCCEEDED ? "there" : "not there");
-  return QX_CheckDisplayMode(0, 0, 1, 1, 60) == QX_BAD_ARGUMENT ? kDone : kFailed; /* nowhere */
+  /* No adapter has a mode of 1 x 1. */
+  return QX_CheckDisplayMode(0, 0, 1, 1, 60) == QX_BAD_ARGUMENT ? kDone : kFailed;
 }
 /* [QX_CheckDisplayMode] */
 
@@ -42,7 +43,7 @@ static Outcome RemoveOldPart(void) {
 
 /* [QX_RemoveDirectory] */
 static Outcome RemoveDownloads(void) {
-  /* First what is in it, whatever the result: some of it may be in use. Then all of it. */
+  /* First only the content: returns 0 even if a file in use stays. Then the directory too. */
   if (QX_RemoveDirectory("downloads", 1) != QX_SUCCEEDED) return kFailed;
   if (QX_RemoveDirectory("downloads", 0) != QX_SUCCEEDED) return kFailed;
   return QX_RemoveDirectory("downloads", 0) == QX_FAILED ? kDone : kFailed; /* gone already */

@@ -1,17 +1,17 @@
-/* Starting the client, and what the client reads off its command line. */
+/* Starting the client, and what the client reads from its command line. */
 
 #include "each.h"
 
 /* [QX_CreateProcess] */
 static Outcome StartClient(void) {
-  /* What example_client expects: a container's size, and behind it the container of signed data. */
+  /* What example_client expects: the size of a container, then the container with signed data. */
   uint8_t text[22 + 7], data[4 + 76];
   const uint32_t size = QX_GetEncodeDataSize(sizeof text);
   if (size > sizeof data - 4) return kFailed;
   if (!QX_SignSignature(text, sizeof text, (const uint8_t*)"level=7", 7)) return kFailed;
   memcpy(data, &size, 4);
   if (QX_Encode(data + 4, text, sizeof text) != QX_SUCCEEDED) return kFailed;
-  /* Comes back when the client has ended. */
+  /* Returns when the client has ended. */
   return QX_CreateProcess(clientPath, data, sizeof data) == QX_SUCCEEDED ? kDone : kFailed;
 }
 /* [QX_CreateProcess] */
@@ -45,13 +45,13 @@ static Outcome ReadBytes(void) {
 
 /* [QX_CommandLineToArgvA] */
 static Outcome ListArguments(void) {
-  static char* arguments; /* kept until the process ends; LocalFree would give it back */
+  static char* arguments; /* kept until the process ends; LocalFree would free it */
   int32_t count = 0;
   if (QX_CommandLineToArgvA(&arguments, 4096, &count) != QX_SUCCEEDED) return kFailed;
   const char* argument = arguments;
   for (int32_t i = 0; i < count; ++i) {
     printf("argument %ld: %s\n", (long)i, argument);
-    argument += strlen(argument) + 1; /* one directly behind the other */
+    argument += strlen(argument) + 1; /* the next one follows directly */
   }
   return count > 0 ? kDone : kFailed;
 }

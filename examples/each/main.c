@@ -3,8 +3,8 @@
  *
  *   example_each CLIENT URL
  *
- * CLIENT is started (example_client is meant), URL asked for. Exit status: 0 if all 60 did what
- * they should, with Steam or, where it is missing, without; 1 if not, 2 for a wrong call. */
+ * CLIENT, which should be example_client, is started. URL is requested. Exit status: 0 if all 60
+ * did what they should (without Steam, what they should do then), 1 if not, 2 for a wrong call. */
 
 #include "each.h"
 

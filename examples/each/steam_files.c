@@ -7,7 +7,7 @@ static Outcome ShowFolder(void) {
   char folder[260];
   const ResultCode result = QX_SteamAPI_GetUserDataFolder(folder, sizeof folder);
   if (result == QX_NO_STEAM) return kNoSteam;
-  if (result != 1) return kFailed; /* 1 is the success here, and 0 a failure */
+  if (result != 1) return kFailed; /* here 1 is success and 0 is a failure */
   printf("the user's files are in %s\n", folder);
   return kDone;
 }
@@ -43,7 +43,7 @@ static Outcome LookForGame(void) {
 
 /* [QX_SteamAPI_ReadFile] */
 static Outcome LoadGame(void) {
-  char game[256] = ""; /* the size is not told, so the zero bytes behind the file count */
+  char game[256] = ""; /* the file's size is not returned: the zero bytes show where it ends */
   const ResultCode result = QX_SteamAPI_ReadFile("save.txt", game, sizeof game - 1);
   if (result == QX_NO_STEAM) return kNoSteam;
   if (result != QX_SUCCEEDED) return kFailed; /* QX_NOT_FOUND: a new player */
@@ -69,7 +69,7 @@ static Outcome AskForCloudOfGame(void) {
 
 /* [QX_SteamAPI_RemoteStorageSetCloudEnabledForApp] */
 static Outcome SwitchCloudOn(void) {
-  /* 0 is done, and 1 tells that there is no Steam. */
+  /* Inverted result: 0 is success, and 1 means that there is no Steam. */
   if ((uint8_t)QX_SteamAPI_RemoteStorageSetCloudEnabledForApp(1) != 0) return kNoSteam;
   return QX_SteamAPI_RemoteStorageIsCloudEnabledForApp() == 1 ? kDone : kFailed;
 }

@@ -42,14 +42,14 @@ static Outcome ShowAccount(void) {
   const uint64_t account = QX_SteamAPI_GetSteamIDConvertToUint64();
   if (account == 0) return kNoSteam; /* no account has this number */
   printf("account %lu%09lu\n", (unsigned long)(account / 1000000000),
-         (unsigned long)(account % 1000000000)); /* the older runtime prints no 64 bits */
+         (unsigned long)(account % 1000000000)); /* the older runtime cannot print 64 bits */
   return kDone;
 }
 /* [QX_SteamAPI_GetSteamIDConvertToUint64] */
 
 /* [QX_SteamAPI_GetPersonaName] */
 static Outcome GreetUser(void) {
-  char name[128] = ""; /* stays empty without Steam, where the result is 0 as well */
+  char name[128] = ""; /* stays empty without Steam; the result is 0 then too */
   if (QX_SteamAPI_GetPersonaName(name, sizeof name) != QX_SUCCEEDED) return kFailed;
   if (name[0] == '\0') return kNoSteam;
   printf("hello %s\n", name);
@@ -90,7 +90,7 @@ static Outcome ChooseLanguage(void) {
 /* [QX_SteamAPI_HTTPRequest] */
 static Outcome SendRequest(void) {
   const int32_t kGet = 1;
-  /* Prints the response; the result does not tell its status. */
+  /* Prints the response. The result does not depend on its HTTP status. */
   const ResultCode result = QX_SteamAPI_HTTPRequest(serverUrl, kGet, NULL, NULL, 0);
   if (result == QX_NO_STEAM) return kNoSteam; /* or no network, or no such server */
   return result == QX_SUCCEEDED ? kDone : kFailed;

@@ -1,4 +1,4 @@
-/* Results, memory, settings and texts, and the fixed answers. */
+/* Results, memory, settings and texts, and functions with fixed results. */
 
 #include "each.h"
 
@@ -26,7 +26,7 @@ static Outcome TakeMemory(void) {
   void* block = NULL;
   if (QX_Allocate(&block, 4096) != QX_SUCCEEDED) return kFailed;
   const uint8_t* const bytes = block;
-  const int isZero = bytes[0] == 0 && bytes[4095] == 0; /* the library filled it */
+  const int isZero = bytes[0] == 0 && bytes[4095] == 0; /* the library sets all bytes to 0 */
   QX_Deallocate(block);
   return isZero ? kDone : kFailed;
 }
@@ -96,7 +96,7 @@ static Outcome ShowLibrary(void) {
 /* [QX_IsStaging] */
 static Outcome TestSettings(void) {
   if (QX_IsStaging() == 1) return kDone;
-  /* The reason is on the standard error stream already. */
+  /* QX_IsStaging has printed the reason to the standard error stream. */
   fprintf(stderr, "config.json does not load: correct it, or delete it for the defaults\n");
   return kFailed;
 }
@@ -104,7 +104,7 @@ static Outcome TestSettings(void) {
 
 /* [QX_ExistClient] */
 static Outcome AskForClient(void) {
-  /* Always 1. The cast keeps the bits that are defined. */
+  /* Always 1. Only the low 8 bits of the result are defined, hence the cast. */
   return (uint8_t)QX_ExistClient() == 1 ? kDone : kFailed;
 }
 /* [QX_ExistClient] */

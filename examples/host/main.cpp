@@ -1,10 +1,10 @@
-// What a launcher asks of the machine: which display modes there are, whether a server is one of
-// the game's own, and to clear the folder of its downloads.
+// What a launcher does on its machine: lists the display modes, checks if a server is one of the
+// game's own, and clears the folder of its downloads.
 //
 //   example_host
 //
-// Works in the current directory. Exit status: 0 if all was answered as expected. A machine without
-// Direct3D has no display modes, which is told and no failure.
+// Works in the current directory. Exit status: 0 if all results are as expected. A machine without
+// Direct3D has no display modes; that is reported and is not a failure.
 
 #include <cstdint>
 #include <cstdio>

@@ -1,5 +1,5 @@
-// What a launcher asks Steam: who plays, in which language, for a ticket, for the user's files here
-// and in the cloud, and for a request to the game's server.
+// What a launcher does with Steam: gets the user's name and language and a ticket, keeps files on
+// this machine and in the cloud, and sends a request to the game's server.
 //
 //   example_steam URL
 //

@@ -1,5 +1,5 @@
 // The initial Blowfish state: the fraction of pi in 32-bit words, P first, then S[0] to S[3].
-// Made by scripts/make_blowfish_pi.py; a test holds it against that program.
+// Made by scripts/make_blowfish_pi.py; a test compares it with that program's output.
 
 #ifndef LAUNCHER_CIPHER_BLOWFISH_PI_H_
 #define LAUNCHER_CIPHER_BLOWFISH_PI_H_

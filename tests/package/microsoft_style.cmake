@@ -1,5 +1,5 @@
-# Microsoft's naming without Microsoft's tools and libraries: clang and lld-link, for a program that
-# needs no C runtime.
+# Links with Microsoft's naming, but without Microsoft's tools and libraries: clang and lld-link, for
+# a program that needs no C runtime.
 
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR i686)

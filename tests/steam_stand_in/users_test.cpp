@@ -96,10 +96,10 @@ TEST_F(StandInSettings, KeepASessionFromStarting) {
   };
   const Case cases[] = {
       {"{\"running\": true", "parse error", "0 0 "},
-      {"[]", "steam_settings.json: is no JSON object", "0 0 "},
-      {R"({"accountId": -1})", "accountId is no whole number", "0 0 "},
-      {R"({"accountId": 18446744073709551616})", "accountId is no whole number", "0 0 "},
-      {R"({"personaName": 1})", "personaName is no text", "0 0 "},
+      {"[]", "steam_settings.json: is not a JSON object", "0 0 "},
+      {R"({"accountId": -1})", "accountId is not a whole number", "0 0 "},
+      {R"({"accountId": 18446744073709551616})", "accountId is not a whole number", "0 0 "},
+      {R"({"personaName": 1})", "personaName is not a text", "0 0 "},
       {R"({"loggedOn": "true"})", "loggedOn is neither true nor false", "0 0 "},
       {R"({"httpConnectLimitMs": 0})", "httpConnectLimitMs is not from 1 to 3600000", "0 0 "},
       {R"({"httpRequestLimitMs": 3600001})", "httpRequestLimitMs is not from 1 to", "0 0 "},

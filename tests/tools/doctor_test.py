@@ -58,9 +58,9 @@ def staging(value):
 # wrong place, a repair of the list in docs/doctor.md that is not made, a setting that a rewrite loses.
 ALL, ONE_FIELD, SECTION = "settings", "settings-field", "settings-section"
 BROKEN = {
-    "empty": (b"", ALL, 1, 1, "true", "anew"),
-    "zero bytes": (bytes(600), ALL, 1, 1, "true", "anew"),
-    "a list": (b"[1]", ALL, None, None, "true", "anew"),
+    "empty": (b"", ALL, 1, 1, "true", "cannot be corrected"),
+    "zero bytes": (bytes(600), ALL, 1, 1, "true", "cannot be corrected"),
+    "a list": (b"[1]", ALL, None, None, "true", "cannot be corrected"),
     "a number": (staging(b"7.50"), ONE_FIELD, 14, 23, "7.50", "the number 7.50"),
     "a truth value": (staging(b"false"), ONE_FIELD, 14, 23, "false", "the truth value false"),
     "a list inside": (staging(b'["x", "y"]'), ONE_FIELD, 14, 23, "true", "a list"),
@@ -69,9 +69,9 @@ BROKEN = {
     "a section's name": (staging(b'"x"').replace(b'"Settings"', b'"settings"'), SECTION, 1, 1, "x", ""),
     "a comma at the end": (edit(b'"false"\n', b'"false",\n'), ALL, 17, 5, "true", "removed 1 comma after"),
     "no comma": (staging(b'"x"').replace(b'"x",', b'"x"'), ALL, 15, 9, "x", "_version keeps"),
-    "no quotes": (staging(b"http://x/y?z"), ALL, 14, 23, "true", "anew"),
+    "no quotes": (staging(b"http://x/y?z"), ALL, 14, 23, "true", "cannot be corrected"),
     "no second quote": (staging(b'"x').replace(b"1_63_0", b"\xC3\xA4"), ALL, 14, 26, "true", "it was not readable"),
-    "a quote inside": (staging(b'"\xC3\xA4 "b" c"'), ALL, 14, 27, "true", "anew"),
+    "a quote inside": (staging(b'"\xC3\xA4 "b" c"'), ALL, 14, 27, "true", "cannot be corrected"),
     "a path": (staging(b'"C:\\games\\new\\\\x\\"y"'), ALL, 14, 23, 'C:\\games\\new\\x"y', "backslashes"),
     "a user's path": (staging(b'"C:\\users"'), ALL, 14, 23, "C:\\users", "backslashes"),
     "comments": (b"/* a\n */" + staging(b'"//x" /**/').replace(ONE[:4], b"// ]\n" + ONE[:4]), ALL, 1, 1, "//x",
@@ -79,9 +79,9 @@ BROKEN = {
     "UTF-16": (staging(b'"\xF0\x9F\x98\x80"').decode().encode("utf-16"), ALL, None, None, "\U0001F600", "UTF-8"),
     "UTF-16, no mark": (staging(b'"x"').decode().encode("utf-16-be"), ALL, None, None, "x", "UTF-8"),
     "a mark": (b"\xEF\xBB\xBF" + staging(b"1"), ONE_FIELD, 14, 23, "1", "byte order mark"),
-    "cut off": (DEFAULTS[:DEFAULTS.index(ONE) + 19], ALL, 14, 28, "true", "anew"),
-    "a large number": (staging(b"1e999"), ALL, 14, 23, "true", "anew"),
-    "deep": (b'{"x": ' + b"[" * 5000, ALL, 1, 5007, "true", "anew"),
+    "cut off": (DEFAULTS[:DEFAULTS.index(ONE) + 19], ALL, 14, 28, "true", "cannot be corrected"),
+    "a large number": (staging(b"1e999"), ALL, 14, 23, "true", "cannot be corrected"),
+    "deep": (b'{"x": ' + b"[" * 5000, ALL, 1, 5007, "true", "cannot be corrected"),
 }
 
 # File, exit status, finding. Catches: a file that loads and is changed, or gets no warning.

@@ -19,13 +19,13 @@ constexpr std::size_t kPayloadOffset = 40;
 constexpr std::size_t kSmallestContainer = 44;
 
 constexpr std::uint64_t kLargestPayload = 0x7FFFFFFF;
-constexpr std::uint64_t kLargestContainer = 0x8000002C;
+constexpr std::uint64_t kLargestContainer = 0x8000002C;  // that of the largest payload
 constexpr std::uint64_t kLargestForKeyedDecoder = 1048575;
 
-// Between two pieces an interrupt is noticed and the progress moves.
+// Files are read and written in pieces. Between two pieces the worker checks for an interrupt.
 constexpr std::size_t kPiece = 8u << 20;
 
-// Ends the work on a file.
+// Thrown to end the work on a file.
 struct Failure {
   Reason reason;
   std::string text;
@@ -55,15 +55,15 @@ std::string HexDigits(const std::uint8_t* bytes, std::size_t size) {
 
 [[noreturn]] void FailToWrite(const std::string& path, SystemError error) {
   if (!path.empty() && MeansThatItExists(error)) throw Failure{Reason::kExists, kExists, path};
-  const char* const advice = !MeansFullDisk(error) ? "check that it may be written there"
+  const char* const advice = !MeansFullDisk(error) ? "check that you may write there"
                              : path.empty()        ? "make room; what was written is not whole"
                                                    : "make room; nothing of it was left";
   throw Failure{Reason::kWrite, "cannot be written: " + SystemErrorText(error) + ": " + advice,
                 path.empty() ? "standard output" : path, error};
 }
 
-// Counts the 8-byte blocks that are equal to an earlier one, and leaves them in another order.
-// Equal blocks are equal before and after the cipher.
+// Counts the 8-byte blocks that are equal to an earlier one, and sorts the blocks. Deciphered
+// blocks give the same count as enciphered ones: equal blocks stay equal.
 std::uint64_t CountRepeatedBlocks(std::uint8_t* bytes, std::size_t count) {
   using Block = std::array<std::uint8_t, 8>;
   const auto number = [](const Block& block) {
@@ -87,7 +87,7 @@ std::string Grouped(std::uint64_t number) {
 
 FileWorker::FileWorker(const Options& options, const Key& key, Steps* steps)
     : options_(options), key_(key), steps_(steps) {
-  // Without data the marked data are the marker itself.
+  // Signing no data gives the marker alone.
   QX_SignSignature(marker_.data(), static_cast<std::uint32_t>(marker_.size()), marker_.data(), 0);
 }
 
@@ -135,7 +135,7 @@ Outcome FileWorker::Work(const Item& item) {
   return outcome;
 }
 
-// Makes room for `capacity` bytes and keeps what there is.
+// Enlarges the buffer to `capacity` bytes and keeps its content.
 void FileWorker::Reserve(std::uint64_t capacity) {
   if (capacity <= capacity_) return;
   auto* const block = static_cast<std::uint8_t*>(
@@ -143,7 +143,7 @@ void FileWorker::Reserve(std::uint64_t capacity) {
                           : std::realloc(buffer_.get(), static_cast<std::size_t>(capacity)));
   if (block == nullptr) {
     Fail(Reason::kMemory, "memory: " + Grouped(capacity) +
-                              " bytes cannot be had: close other programs or lower --jobs");
+                              " bytes are not available: close other programs or lower --jobs");
   }
   static_cast<void>(buffer_.release());
   buffer_.reset(block);
@@ -158,7 +158,7 @@ void FileWorker::Read(const std::string& name, std::size_t offset, std::uint64_t
   }
   std::setvbuf(file.get(), nullptr, _IONBF, 0);
   const std::uint64_t expected = SizeOf(name).value_or(0);
-  // The filler needs room too, and one byte more than expected shows where the file ends.
+  // Room for the filler, and for one byte more than expected: reading it shows where the file ends.
   constexpr std::size_t kRest = 16;
   constexpr std::size_t kLeast = 1u << 16;
   const auto capacityFor = [&](std::uint64_t size) {
@@ -168,7 +168,7 @@ void FileWorker::Read(const std::string& name, std::size_t offset, std::uint64_t
     }
     return std::max<std::uint64_t>(offset + size + kRest, kLeast);
   };
-  // The memory of a large file goes before the next takes its own.
+  // Frees a large buffer before it allocates a larger one, since realloc can need both at once.
   constexpr std::size_t kLarge = 64u << 20;
   if (capacityFor(expected) > capacity_ && capacity_ > kLarge) {
     buffer_.reset();
@@ -190,7 +190,7 @@ void FileWorker::Read(const std::string& name, std::size_t offset, std::uint64_t
     }
     size_ += count;
     *steps_ += count;
-    capacityFor(size_);
+    capacityFor(size_);  // fails if the file has become too large
     if (count < room) return;
   }
 }
@@ -216,7 +216,8 @@ void FileWorker::Encode(Outcome* outcome) {
                                 ": have it read by file_cipher_decode");
   }
   if (!key_.empty()) {
-    // The digest, from the head alone: deciphering a part gives that part.
+    // Deciphers a copy of the head only, which has the digest. The call can fail, since the payload
+    // is cut off, but it deciphers what it gets: each block is enciphered by itself.
     std::uint8_t head[kSmallestContainer];
     std::memcpy(head, container, sizeof head);
     std::uint32_t ignored = 0;
@@ -228,7 +229,7 @@ void FileWorker::Encode(Outcome* outcome) {
   resultSize_ = containerSize;
 }
 
-// Says which of the library's tests the deciphered container failed.
+// Reports which of the library's checks the deciphered container failed.
 void FileWorker::FailForContent() const {
   const std::uint64_t length = LittleEndian32(buffer_.get() + kRegionOffset);
   const std::uint64_t most = size_ - kPayloadOffset;
@@ -311,7 +312,7 @@ void FileWorker::Write(const Item& item) {
   if (!path.empty()) {
     std::error_code error;
     if (options_.isRecursive) fs::create_directories(InputPath(path).parent_path(), error);
-    // Other errors have a better text from Open.
+    // For other errors Open gives a better message.
     if (error == std::errc::no_space_on_device) FailToWrite(path, LastFileError());
     if (const SystemError failed = output.Open(path); failed != 0) FailToWrite(path, failed);
     if (item.name != "-") output.TakeAfter(InputPath(item.name));

@@ -18,7 +18,7 @@ namespace launcher {
 
 using Key = std::vector<std::uint8_t>;
 
-// The test that failed, or what else went wrong; documented as `reason` of the JSON objects.
+// The check that failed, or another reason; documented as `reason` of the JSON objects.
 enum class Reason {
   kNone,
   kSize,
@@ -34,7 +34,7 @@ enum class Reason {
   kInterrupted,
 };
 
-// What became of one file.
+// The result of the work on one file.
 struct Outcome {
   std::string file;
   Reason reason = Reason::kNone;
@@ -57,11 +57,11 @@ inline constexpr char kExists[] = "exists already: name another, or replace it w
 // 1234567 as "1,234,567".
 std::string Grouped(std::uint64_t number);
 
-// How far the work is. A byte counts when it is read, when the library has worked on it, and when
-// it is written.
+// The progress. A byte counts three times: when it is read, when the library has processed it, and
+// when it is written.
 using Steps = std::atomic<std::uint64_t>;
 
-// Does a command with one file after the other, in memory that it keeps for the next.
+// Runs a command on one file after the other, and keeps its buffer for the next file.
 class FileWorker {
  public:
   FileWorker(const Options& options, const Key& key, Steps* steps);
@@ -86,10 +86,10 @@ class FileWorker {
   const Key& key_;
   Steps* const steps_;
   std::array<std::uint8_t, 22> marker_ = {};
-  // Not a vector, which fills its memory before the file is read into it.
+  // Not a vector, which would set its memory to zero before the file is read into it.
   std::unique_ptr<std::uint8_t, Free> buffer_;
   std::size_t capacity_ = 0;
-  std::size_t size_ = 0;  // what has been read
+  std::size_t size_ = 0;  // of what has been read
   const std::uint8_t* result_ = nullptr;
   std::size_t resultSize_ = 0;
 };

@@ -1,4 +1,4 @@
-// bfbr: makes BFBR containers, opens and checks them.
+// bfbr: makes, opens and checks BFBR containers.
 
 #include <algorithm>
 #include <atomic>
@@ -32,8 +32,8 @@ bool KeyFromDigits(const std::string& digits, Key* key) {
   return true;
 }
 
-// The key that the user names, or the built-in one. Returns an exit code if there is none, after a
-// message, which never repeats a part of the key.
+// Writes the key that the user gave, or the built-in one. If there is none, prints a message, which
+// never repeats a part of the key, and returns an exit code.
 std::optional<int> FindKey(const Options& options, Key* key) {
   char bytes[kLongestKey + 1] = "";
   if (!options.keyFile.empty()) {
@@ -46,7 +46,7 @@ std::optional<int> FindKey(const Options& options, Key* key) {
     }
   } else if (!options.keyDigits.empty()) {
     if (!KeyFromDigits(options.keyDigits, key)) {
-      PrintMessage("--key-hex: is no even number of hexadecimal digits: check what was given");
+      PrintMessage("--key-hex: is not an even number of hexadecimal digits: check what was given");
       return kBadUsage;
     }
   } else {
@@ -54,7 +54,7 @@ std::optional<int> FindKey(const Options& options, Key* key) {
     const SystemError error =
         RunQuietly([&] { result = QX_LoadString(kKeyLabel, bytes, sizeof bytes); });
     if (error != 0 || result != QX_SUCCEEDED) {
-      PrintMessage("internal: the built-in key cannot be looked up in a directory of its own" +
+      PrintMessage("internal: the built-in key cannot be looked up in a temporary directory" +
                    (error == 0 ? std::string() : ": " + SystemErrorText(error)) +
                    ": check the directory for temporary files");
       return kNoMemory;
@@ -85,7 +85,7 @@ int Run(int argumentCount, char** arguments) {
     std::error_code error;
     std::filesystem::create_directories(InputPath(options.outputDirectory), error);
     if (error) {
-      PrintMessage(options.outputDirectory + ": cannot be made: " + error.message() +
+      PrintMessage(options.outputDirectory + ": cannot be created: " + error.message() +
                    ": check the name");
       return kBadFile;
     }
@@ -93,7 +93,7 @@ int Run(int argumentCount, char** arguments) {
 
   Steps steps{0};
   Reporter reporter(options, steps);
-  // Now rather than when all the work is done.
+  // Opens the report first, so that a failure shows before the work and not after it.
   if (!reporter.OpenReport()) return kBadFile;
   std::atomic<std::size_t> next{0};
   const auto work = [&] {
@@ -110,7 +110,7 @@ int Run(int argumentCount, char** arguments) {
     if (!Interrupted()) return;
     const double now = reporter.SecondsSinceBegin();
     if (interruptedAt < 0) interruptedAt = now;
-    // Workers notice by themselves, unless they wait for a pipe or for the library.
+    // Workers notice an interrupt, unless they wait for a pipe or for the library.
     constexpr double kPatience = 0.3;
     if (now - interruptedAt < kPatience) return;
     const int exitCode = reporter.Finish();

@@ -39,8 +39,8 @@ const struct CommandRow {
 
 void AddOptions(const CommandRow& row, CLI::App* command, Options* options,
                 std::vector<std::string>* names) {
-  // An empty text is a variable of a script that is not set. Taken as an option not given, it would
-  // have the built-in key used in place of another.
+  // An empty value usually comes from a script's variable that is not set. If it counted as no
+  // option, the built-in key would be used in place of the intended one.
   const CLI::Validator isNotEmpty(
       [](const std::string& text) {
         return std::string(text.empty() ? "is empty: give it a value or leave it out" : "");
@@ -75,11 +75,11 @@ void AddOptions(const CommandRow& row, CLI::App* command, Options* options,
     add("--out-dir", &options->outputDirectory, "DIR",
         "Write each file into this directory, under its own name")
         ->excludes(output);
-    command->add_flag("--sync", options->isSafe, "Have the disk hold each file before it appears");
+    command->add_flag("--sync", options->isSafe, "Flush each file to the disk before it appears");
   }
   if (row.command == Command::kEncode || row.command == Command::kMark) return;
-  auto* const file = add("--key-file", &options->keyFile, "KEY",
-                         "The key is this file's bytes, all of them, 4 to 56");
+  auto* const file =
+      add("--key-file", &options->keyFile, "KEY", "The key is all bytes of this file, 4 to 56");
   add("--key-hex", &options->keyDigits, "DIGITS",
       "The key in hexadecimal digits; the list of processes shows it")
       ->excludes(file);
@@ -97,8 +97,8 @@ int RefuseUsage(const std::string& text) {
   return kBadUsage;
 }
 
-// The parser's own text repeats the words that it does not know, and a word after an unknown option
-// can be a key: only the options are named, without their values.
+// Names only the unknown options, without their values. The parser's own message repeats all words
+// that it does not know, and a word after an unknown option can be a key.
 std::string TextOf(const CLI::ParseError& error, const CLI::App& app) {
   std::string text;
   for (const std::string& word : app.remaining(true)) {
@@ -135,8 +135,8 @@ std::optional<int> ReadList(const std::string& list, std::vector<std::string>* n
   return {};
 }
 
-// Adds the files of a tree in the order of their names, each with its place below --out-dir, and
-// counts what it leaves out.
+// Adds the files of a tree in the order of their names, each with its output path below --out-dir.
+// Counts the links and devices that it skips.
 void AddTree(const std::string& folder, const std::string& output, Options* options,
              std::size_t* skippedCount) {
   std::error_code error;
@@ -145,7 +145,7 @@ void AddTree(const std::string& folder, const std::string& output, Options* opti
        entry.increment(error)) {
     names.insert(NarrowText(entry->path().filename()));
   }
-  // A folder that cannot be listed fails like a file that cannot be opened.
+  // Adds a folder that cannot be listed as a file: opening it fails, which is reported.
   if (error) options->items.push_back({folder, output});
   for (const std::string& name : names) {
     const std::string path = PathIn(folder, name);
@@ -155,13 +155,13 @@ void AddTree(const std::string& folder, const std::string& output, Options* opti
     } else if (!fs::is_directory(place, error)) {
       options->items.push_back({path, PathIn(output, name)});
     } else if (!fs::equivalent(place, InputPath(options->outputDirectory), error)) {
-      // The output of an earlier run is no input.
+      // Does not enter --out-dir: the output of an earlier run is not input.
       AddTree(path, PathIn(output, name), options, skippedCount);
     }
   }
 }
 
-// Lists the files to work on, and checks what the parser cannot know.
+// Lists the files to work on, and checks what the parser cannot check.
 std::optional<int> ListItems(std::vector<std::string> names, Options* options) {
   if (!options->filesFrom.empty()) {
     if (const auto exitCode = ReadList(options->filesFrom, &names)) return exitCode;
@@ -175,7 +175,7 @@ std::optional<int> ListItems(std::vector<std::string> names, Options* options) {
     return RefuseUsage("standard input: cannot be read twice: name it once");
   }
   if (needsDirectory && (names.size() > 1 || options->isRecursive)) {
-    return RefuseUsage("several files need a place for what is made of them: add --out-dir DIR");
+    return RefuseUsage("several files need a directory for the results: add --out-dir DIR");
   }
   std::size_t skippedCount = 0;
   for (const std::string& name : names) {
@@ -244,7 +244,7 @@ OwnedStream OpenInput(const std::string& name) {
 }
 
 std::optional<int> ParseOptions(int argumentCount, char** arguments, Options* options) {
-  CLI::App app("Makes BFBR containers, opens and checks them.\n", "bfbr");
+  CLI::App app("Makes, opens and checks BFBR containers.\n", "bfbr");
   app.set_version_flag("-V,--version", "bfbr " QX_VERSION, "Print the version and exit");
   app.set_help_flag("-h,--help", "Print this help and exit");
   app.require_subcommand(1);
@@ -270,10 +270,10 @@ std::optional<int> ParseOptions(int argumentCount, char** arguments, Options* op
   }
   const auto isCommand = [&](const CommandRow& row) { return words[0] == row.name; };
   if (words[0][0] != '-' && std::none_of(std::begin(kCommands), std::end(kCommands), isCommand)) {
-    return RefuseUsage("command line: \"" + words[0] + "\" is no command: try bfbr --help");
+    return RefuseUsage("command line: \"" + words[0] + "\" is not a command: try bfbr --help");
   }
   try {
-    std::reverse(words.begin(), words.end());  // as the parser wants them
+    std::reverse(words.begin(), words.end());  // the parser expects the last word first
     app.parse(words);
   } catch (const CLI::Success& wanted) {
     app.exit(wanted);

@@ -15,7 +15,7 @@ namespace launcher {
 
 enum class Command { kEncode, kDecode, kVerify, kInspect, kMark };
 
-// The program's exit codes. Of several files the highest counts.
+// The program's exit codes. With several files the highest of them counts.
 enum ExitCode { kFine = 0, kBadData = 1, kBadUsage = 2, kBadFile = 3, kNoMemory = 4 };
 
 struct Item {
@@ -25,7 +25,7 @@ struct Item {
 
 struct Options {
   Command command = Command::kEncode;
-  std::vector<Item> items;  // never empty once parsed
+  std::vector<Item> items;  // not empty after ParseOptions
   std::string filesFrom;
   std::string output;  // "-" is the standard output, even a terminal; empty if not given
   std::string outputDirectory;
@@ -40,7 +40,7 @@ struct Options {
   std::string keyFile;
   std::string keyDigits;
 
-  // True if a file is made of each file.
+  // True if the command makes a file from each file.
   bool MakesFiles() const { return command != Command::kVerify && command != Command::kInspect; }
   NewFile::Existing Existing() const {
     return replaces ? NewFile::Existing::kReplaced : NewFile::Existing::kStays;
@@ -51,8 +51,8 @@ struct Options {
   }
 };
 
-// Reads the command line and lists the files. Returns the exit code if the program has to end here:
-// it has printed help or what is wrong.
+// Reads the command line and lists the files. If the program must end after that, prints help or
+// what is wrong and returns the exit code.
 std::optional<int> ParseOptions(int argumentCount, char** arguments, Options* options);
 
 // Prints "bfbr: TEXT" and a line end to the standard error stream.
@@ -61,7 +61,7 @@ void PrintMessage(const std::string& text);
 // An input's path, without a separator at its end.
 std::filesystem::path InputPath(const std::string& name);
 
-// Empty for a pipe, which opening would disturb, a device or the standard input.
+// The size of a file. Empty for a pipe, a device or the standard input.
 std::optional<std::uint64_t> SizeOf(const std::string& name);
 
 // Opens a file to read, or the standard input for "-". Null after a failure: see LastFileError.

@@ -28,8 +28,7 @@ std::string ShownName(const Outcome& outcome) {
   return outcome.file == "-" ? "standard input" : outcome.file;
 }
 
-// One line, without its end. In the order of the documents, which the library's objects do not
-// keep.
+// One line of JSON. Not made by the JSON library, whose objects do not keep the documented order.
 std::string JsonOf(const Outcome& outcome) {
   const bool isFine = outcome.reason == Reason::kNone;
   const auto orNull = [](const auto& value) { return value ? JsonText(*value) : "null"; };
@@ -44,7 +43,7 @@ std::string JsonOf(const Outcome& outcome) {
          ",\"repeatedBlocks\":" + orNull(outcome.repeatedBlocks) + "}\n";
 }
 
-// What `verify` and `inspect` print of a file that is fine.
+// What `verify` and `inspect` print for a file without errors.
 std::string TextOf(const Outcome& outcome, Command command) {
   const std::string name = ShownName(outcome);
   const std::string payload = Grouped(*outcome.payloadSize) + " bytes";
@@ -84,7 +83,7 @@ void Reporter::Add(std::size_t number, Outcome outcome) {
     readSize_ += outcome.readSize;
     writtenSize_ += outcome.writtenSize;
   }
-  // Not only when it is printed: the files before it can take long.
+  // Stops now, not when the outcome is printed: the files before it can take long.
   if (outcome.error != 0) StopFor(outcome.error);
   waiting_.emplace(number, std::move(outcome));
   for (auto next = waiting_.begin(); next != waiting_.end() && next->first == printed_;
@@ -102,7 +101,7 @@ void Reporter::Print(const Outcome& outcome) {
   exitCode_ = std::max(exitCode_, kReasons[static_cast<int>(outcome.reason)].exitCode);
   const std::string name = ShownName(outcome);
   if (MeansFullDisk(outcome.error)) {
-    // Other files that were in work fail likewise.
+    // Other threads fail for the same reason: one message is enough.
     if (!isDiskFull_) PrintLine(outcome.place + ": " + outcome.message);
     isDiskFull_ = true;
   } else if (outcome.reason == Reason::kNone) {
@@ -190,6 +189,7 @@ void Reporter::ShowProgress() {
 
   const Guard guard(mutex_);
   lastShown_ = now;
+  // Each byte counts two or three times: see Steps.
   const double size = static_cast<double>(steps_.load()) / (options_.MakesFiles() ? 3 : 2);
   const double total = isSizeKnown_ ? static_cast<double>(totalSize_) : 0;
   const auto whole = [](double number) { return std::to_string(std::llround(number)); };
@@ -212,7 +212,7 @@ void Reporter::ShowProgress() {
   std::fprintf(stderr, "\r%s", text.c_str());
 }
 
-// Prints a message, if any, in place of the progress.
+// Removes the progress from the terminal's line, then prints a message, if any.
 void Reporter::PrintLine(const std::string& text) {
   if (progressWidth_ > 0) {
     std::fprintf(stderr, "\r%s\r", std::string(progressWidth_, ' ').c_str());

@@ -1,5 +1,5 @@
-// What a run reports: a line or an object for each file, in the order they were named, and how far
-// it is.
+// The reports of a run: a line or an object for each file, in the order of the command line, and
+// the progress.
 
 #ifndef LAUNCHER_TOOLS_BFBR_REPORTER_H_
 #define LAUNCHER_TOOLS_BFBR_REPORTER_H_
@@ -30,7 +30,7 @@ class Reporter {
   // True if no more files are to be started: the disk is full, or nobody reads the output.
   bool HasStopped() const { return stopError_ != 0; }
 
-  // Shows the progress if it is time to.
+  // Shows the progress, unless it was shown a short time ago.
   void ShowProgress();
 
   // Reports on the files without an outcome, then prints the totals. Returns the exit code.
@@ -59,7 +59,7 @@ class Reporter {
   std::size_t progressWidth_ = 0;
 
   Mutex mutex_;
-  std::map<std::size_t, Outcome> waiting_;  // for those before them
+  std::map<std::size_t, Outcome> waiting_;  // to be printed after the files before them
   std::size_t printed_ = 0;
   std::size_t done_ = 0;
   std::size_t failed_ = 0;
@@ -67,7 +67,7 @@ class Reporter {
   std::uint64_t writtenSize_ = 0;
   int exitCode_ = kFine;
   std::atomic<SystemError> stopError_{0};
-  bool isDiskFull_ = false;  // and it was printed
+  bool isDiskFull_ = false;  // and a message was printed
   std::string report_;
   OutputFile reportFile_;
   bool canWriteReport_ = true;

@@ -22,7 +22,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The settings without secrets, and without control characters, which a terminal could obey.
+// The settings without secrets, and without control characters, which could control a terminal.
 std::string SettingsToSend(const Subject& subject) {
   try {
     std::vector<std::string> ignored;

@@ -106,7 +106,7 @@ LibraryReply AskLibrary(const Subject& subject, const char* mode,
 void CheckConfig(const Subject& subject, Report& report) {
   const std::optional<std::string> bytes = ReadConfig(subject, report);
   if (!bytes) return;
-  // Findings about the library belong to the whole check-up.
+  // Findings about the library are not shown: they belong to the whole check-up.
   Report ofLibrary;
   const LibraryReply reply = AskLibrary(subject, kSettingsMode, *bytes, ofLibrary);
   if (!reply.loads) report.Add("library.unused");

@@ -17,15 +17,15 @@ struct Subject {
   std::filesystem::path config = "config.json";
 };
 
-// Throws std::runtime_error, with a sentence, for a file that cannot be read or is larger than
-// `limit`.
+// Returns the content of a file. Throws std::runtime_error with the reason if the file cannot be
+// read or is larger than `limit`.
 std::string ReadBytes(const std::filesystem::path& path, std::size_t limit);
 
 // The settings file's bytes; nothing, with a finding, if it cannot be read or does not exist.
 std::optional<std::string> ReadConfig(const Subject& subject, Report& report);
 
 struct LibraryReply {
-  std::optional<bool> loads;  // if the settings file does; nothing if the library cannot be used
+  std::optional<bool> loads;  // true if the settings load; nothing if the library cannot be used
   std::string config;         // the settings file that the library left in its folder
 };
 

@@ -10,7 +10,7 @@
 
 namespace launcher::doctor {
 
-// Prints why a command writes nothing.
+// Prints why a command writes nothing. Returns the exit status.
 int Refuse(const std::string& why);
 
 // `doctor config repair`: replaces the broken settings file and keeps it under another name.

@@ -46,7 +46,7 @@ std::string InWords(const std::string& value) {
   constexpr std::size_t kShown = 60;
   const Json json = ParseQuietly(value);
   if (json.is_discarded()) return "not readable";
-  if (json.is_null()) return "null, which is no value";
+  if (json.is_null()) return "null, which is not a value";
   if (json.is_boolean()) return "the truth value " + value;
   if (json.is_number()) return "the number " + value.substr(0, kShown);
   if (json.is_string()) return "the text " + value.substr(0, kShown);
@@ -69,7 +69,7 @@ std::vector<Pair> FindSetting(const std::vector<Pair>& pairs, const Setting& set
   return Find(pairs, 2, setting.key, sections.back().valueBegin, sections.back().valueEnd);
 }
 
-// Looks at the text of a file that is JSON.
+// Adds findings about the text of a settings file.
 class Checker {
  public:
   Checker(const std::string& text, std::string name, Report& report)
@@ -82,7 +82,7 @@ class Checker {
       // The last character that the library read, counted from 1.
       offset = std::max<std::size_t>(syntax->byte, 1) - 1;
     } else {
-      // A number that is too large, which the words end with in quotes.
+      // The other error is a number that is too large. Its message ends with the number in quotes.
       const std::size_t quote = words.find('\'');
       offset = text_.find(words.substr(quote + 1, words.size() - quote - 2));
     }
@@ -204,7 +204,7 @@ std::string RecognisedValue(const std::string& text, const std::vector<Pair>& pa
                             const std::string& key) {
   std::string recognised;
   for (const Pair& pair : pairs) {
-    // More text after a value in its line means that its quotes are wrong.
+    // If more text follows the value in its line, its quotes are wrong.
     const std::size_t next = text.find_first_not_of(" \t", pair.valueEnd);
     if (pair.key != key ||
         (next < text.size() && kAfterValue.find(text[next]) == std::string::npos)) {
@@ -218,8 +218,8 @@ std::string RecognisedValue(const std::string& text, const std::vector<Pair>& pa
   return recognised;
 }
 
-// Sets each setting that is no text in `repair` to what `source` has in its place, else to what
-// it has in another place, else to the default.
+// Sets each setting that is not a text in `repair`: to the value at its place in `source`, else to
+// a value at another place in `source`, else to the default.
 void SetValues(const std::string& source, const std::string& defaults, Repair& repair) {
   const bool isInPlace = repair.text == source;
   const std::vector<Pair> pairs = Pairs(source);
@@ -251,7 +251,7 @@ std::string Utf8Text(const std::string& bytes, std::vector<std::string>& changes
     changes.emplace_back("removed the byte order mark");
     return AsRead(bytes.substr(3));
   }
-  // JSON starts with an ASCII character, of which one of the two bytes is zero.
+  // JSON starts with an ASCII character. In UTF-16 one of its two bytes is zero.
   const bool isLittleEndian = start.substr(0, 2) == "\xFF\xFE" || (start[0] != 0 && start[1] == 0);
   const bool isBigEndian = start.substr(0, 2) == "\xFE\xFF" || (start[0] == 0 && start[1] != 0);
   if (!isLittleEndian && !isBigEndian) return AsRead(bytes);
@@ -268,7 +268,7 @@ std::string Utf8Text(const std::string& bytes, std::vector<std::string>& changes
     changes.emplace_back("changed the encoding of the file from UTF-16 to UTF-8");
     return text;
   } catch (const std::exception&) {
-    return AsRead(bytes);  // no UTF-16 after all
+    return AsRead(bytes);  // not UTF-16 after all
   }
 }
 
@@ -328,7 +328,7 @@ Repair RepairConfigText(const std::string& bytes, const std::string& defaults) {
     source = WithDoubledBackslashes(source, ignored);
     repair.text = defaults;
     repair.changes.emplace_back(
-        "the file is written anew, since it cannot be corrected; it has only the twelve settings:");
+        "the file cannot be corrected; the new file has only the twelve settings:");
   }
   SetValues(source, defaults, repair);
   return repair;

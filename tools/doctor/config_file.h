@@ -13,11 +13,11 @@ namespace launcher::doctor {
 
 constexpr std::size_t kLargestConfig = std::size_t{4} << 20;
 
-// The JSON library's words for a file that the library does not load, empty for one that it loads.
+// Returns the JSON library's message if LauncherDll cannot load the file, else an empty text.
 std::string ErrorOfConfig(const std::string& bytes);
 
-// Checks the settings in `bytes`, whose file is called `name`. `loads` is what the library says of
-// them.
+// Checks the settings in `bytes`, the content of the file `name`. `loads` is true if the library
+// loaded them, false if it did not, and nothing if it was not asked.
 void CheckConfigText(const std::string& bytes, const std::string& name, std::optional<bool> loads,
                      Report& report);
 
@@ -26,7 +26,7 @@ std::string Utf8Text(const std::string& bytes, std::vector<std::string>& changes
 
 struct Repair {
   std::string text;                  // the new file
-  std::vector<std::string> changes;  // a line each
+  std::vector<std::string> changes;  // one line for each
 };
 
 // Repairs the text of a file that does not load. `defaults` is the text of a file that the library

@@ -33,7 +33,7 @@ fs::path KeepCopy(const fs::path& path, const std::string& bytes) {
     const std::string what = "the broken file cannot be kept as " + kept.u8string();
     OutputFile file;
     Check(file.Open(NarrowPath(kept)), what);
-    file.TakeAfter(path);  // it can hold passwords
+    file.TakeAfter(path);  // the same permissions: the file can hold passwords
     Check(file.Write(bytes.data(), bytes.size()), what);
     const SystemError error = file.Commit(NewFile::Existing::kStays, true);
     if (error == 0) return kept;

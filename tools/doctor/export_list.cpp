@@ -51,7 +51,7 @@ std::string NumberText(const Json& entry, std::int64_t value) {
                            : std::to_string(value);
 }
 
-// The first or the last number that a meaning is for.
+// The first or the last result that has this meaning.
 const Json& Bound(const Json& meaning, const char* key) {
   return meaning.at(meaning.count("result") != 0 ? "result" : key);
 }
@@ -99,7 +99,7 @@ std::string OthersText(const std::string& name, std::int64_t result, const Json&
 std::string ExplainEverywhere(const std::string& result) {
   std::string text;
   for (const Json& entry : Exports()) {
-    // A minus sign says that the type has one.
+    // A number with a minus sign is no result of an unsigned type.
     if (TextOf(entry, "returns") == "void" || (result[0] == '-' && IsUnsigned(entry))) continue;
     try {
       const std::int64_t value = ParseResult(entry, result);

@@ -13,13 +13,12 @@ namespace launcher::doctor {
 // The array in src/frame/exports.json.
 const nlohmann::json& Exports();
 
-// By its plain or its decorated name, in any case; null for none.
+// Finds an export by its plain or decorated name, in upper or lower case. Null if there is none.
 const nlohmann::json* FindExport(const std::string& name);
 
-// The text of `doctor explain`. `word` is the name of an export, or a result, which is then
-// explained for every export that returns it. With an empty `result` all results of the export are
-// explained. Throws std::invalid_argument, with a sentence, for an unknown export or a wrong
-// result.
+// Returns the text of `doctor explain`. If `word` is the name of an export, explains its `result`,
+// or all its results if `result` is empty. If `word` is a result, explains it for every export that
+// returns it. Throws std::invalid_argument with the reason for an unknown export or a wrong result.
 std::string Explain(const std::string& word, const std::string& result);
 
 // Null if `library` does not have the export.
@@ -27,8 +26,8 @@ inline void* FindIn(const LoadedLibrary& library, const nlohmann::json& entry) {
   return library.Find(entry.at(kIsWindows ? "decorated" : "name").get<std::string>());
 }
 
-// The export of this name in `library`, which must have it, for a call. A macro, since the name is
-// both a type and a text.
+// The export of this name in `library`, which must have it, as a function to call. A macro, since
+// the name is needed as a text and for the function's type.
 #define QX_IN(library, name)            \
   (reinterpret_cast<decltype(&(name))>( \
       ::launcher::doctor::FindIn(library, *::launcher::doctor::FindExport(#name))))

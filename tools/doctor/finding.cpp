@@ -54,7 +54,7 @@ Json MakeFinding(const std::string& key, const std::vector<std::string>& words) 
   finding.update(Texts("findings").at(key));
   for (Json& member : finding) {
     auto text = member.get<std::string>();
-    // From the last to the first, so that a word with a sign in it stays as it is.
+    // From the last sign to the first, so that a sign in an inserted word is not replaced.
     for (std::size_t at = text.rfind('{'); at != std::string::npos;
          at = at == 0 ? std::string::npos : text.rfind('{', at - 1)) {
       const auto index = static_cast<std::size_t>(text[at + 1] - '1');
@@ -108,7 +108,7 @@ std::string FindingText(const Json& finding, bool isColoured, bool isVerbose) {
   if (isColoured) status = "\x1b[" + colour + 'm' + status + "\x1b[0m";
   std::string text = status + part("id") + ": " + part("text") + '\n' + part("excerpt");
   for (const char* const member : {"detail", "json_error", "cause", "next"}) {
-    const bool isForAll = member[0] == 'c' || member[0] == 'n';
+    const bool isForAll = member[0] == 'c' || member[0] == 'n';  // cause and next
     if (part(member).empty() || !(isForAll || isVerbose)) continue;
     text += std::string(9, ' ') + member + ": " + part(member) + '\n';
   }

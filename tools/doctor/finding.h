@@ -27,7 +27,7 @@ Json MakeFinding(const std::string& key, const std::vector<std::string>& words =
 
 class Report {
  public:
-  // `show` is called for each finding at once, if it is given.
+  // `show`, if given, is called for each finding as soon as it is added.
   explicit Report(std::function<void(const Json&)> show = nullptr) : show_(std::move(show)) {}
 
   // Both hide the user's folder and name in the finding.
@@ -52,20 +52,20 @@ std::string FindingText(const Json& finding, bool isColoured, bool isVerbose);
 
 std::string LowerCase(std::string text);
 
-// A JSON string in quotes, for texts that people read: what is not ASCII stays.
+// A JSON string in quotes, for texts that people read: characters outside ASCII stay.
 std::string Quoted(const std::string& text);
 
 // "1 setting", "2 settings".
 std::string Counted(std::size_t count, const std::string& noun);
 
-// The first six, "and 3 more".
+// The first six names, then "and 3 more".
 std::string Listed(const std::vector<std::string>& names);
 
-// Returns false if printing failed: a disk may be full, or a pipe closed.
+// Returns false if printing failed, for example because a disk is full or a pipe is closed.
 bool OutputIsWhole();
 
-// Replaces the user's folder, and the user's name: as a part of a path or, if not `isInPath`, as
-// any word.
+// Replaces the user's folder, and the user's name if it is a part of a path. If `isInPath` is
+// false, replaces the name wherever it is a word.
 std::string WithoutUser(const std::string& text, bool isInPath = true);
 
 }  // namespace launcher::doctor

@@ -43,7 +43,7 @@ std::vector<Token> ScanWithoutComments(const std::string& text) {
   return tokens;
 }
 
-// With a blank in place of each token.
+// Replaces each token with a blank.
 std::string Without(const std::string& text, const std::vector<Token>& tokens) {
   std::string kept;
   std::size_t copied = 0;
@@ -54,7 +54,7 @@ std::string Without(const std::string& text, const std::vector<Token>& tokens) {
   return kept + text.substr(copied);
 }
 
-// Where a key that looks secret ends in `text`, or npos.
+// The end of the first word that looks like the name of a secret, or npos.
 std::size_t EndOfSecretName(const std::string& text) {
   const std::string lower = LowerCase(text);
   for (const std::string word : {"pass", "token", "secret", "key"}) {
@@ -118,7 +118,7 @@ std::vector<Pair> Pairs(const std::string& text) {
       const bool isNested = MarkOf(text, tokens, i + 2) != '\0';
       pairs.push_back({key.get<std::string>(), open.size(), token.begin, value.begin,
                        isNested ? text.size() : value.end});
-      // A plain value is not looked at again, so that it is not taken for a key.
+      // Skips a plain value, so that it is not taken for a key.
       i += isNested ? 1 : 2;
     }
   }
@@ -134,7 +134,7 @@ std::string WithoutSecrets(const std::string& text) {
     const char mark = MarkOf(text, tokens, i);
     if (isSecret && (mark == '{' || mark == '[')) ++depth;
     if (isSecret && (mark == '}' || mark == ']') && depth > 0) --depth;
-    // The value ends here, or the text is not JSON and nobody knows where it ends.
+    // The value ends here. If the text is not JSON, its end cannot be known, and it ends here too.
     if ((mark == ',' || mark == '}' || mark == ']') && depth == 0) isSecret = false;
     if (mark != '\0') continue;
     const Token& token = tokens[i];

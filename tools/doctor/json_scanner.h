@@ -1,4 +1,4 @@
-// The pieces of a settings file, which may be no JSON, and the places where they are.
+// Splits a settings file into tokens with their places. The file need not be valid JSON.
 
 #ifndef LAUNCHER_TOOLS_DOCTOR_JSON_SCANNER_H_
 #define LAUNCHER_TOOLS_DOCTOR_JSON_SCANNER_H_
@@ -32,14 +32,14 @@ struct Pair {
 
 std::vector<Pair> Pairs(const std::string& text);
 
-// Replaces values by stars if their key looks secret. Every character keeps its place.
+// Replaces values with stars if their key looks secret. Every character keeps its place.
 std::string WithoutSecrets(const std::string& text);
 
 // Removes comments, and commas before a closing bracket or brace. Adds a line for each kind.
 std::string WithoutComments(const std::string& text, std::vector<std::string>& changes);
 
-// In texts with a backslash that JSON does not accept, doubles every backslash that stands for
-// itself. Adds a line for each text.
+// In texts with a backslash that JSON does not accept, doubles every single backslash, as in a
+// Windows path. Adds a line for each text.
 std::string WithDoubledBackslashes(const std::string& text, std::vector<std::string>& changes);
 
 // Both count from 1; a column is a character.

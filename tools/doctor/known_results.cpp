@@ -38,7 +38,7 @@ bool DecodesRight(const LoadedLibrary& library, const Json& vector, const Bytes&
   const Bytes key = FromHex(vector.at("key"));
   Bytes block = FromHex(vector.at("container"));
   const auto blockSize = static_cast<std::uint32_t>(block.size());
-  block.reserve(1);  // an empty block needs an address too
+  block.reserve(1);  // so that data() of an empty block is not null
   std::uint32_t size = kUnwritten;
   std::uint32_t offset = kUnwritten;
   const CipherCode result = QX_IN(library, file_cipher_decode)(
@@ -49,7 +49,7 @@ bool DecodesRight(const LoadedLibrary& library, const Json& vector, const Bytes&
       offset != expected.value("payloadOffset", kUnwritten)) {
     return false;
   }
-  // The payload has the same end with its prefix and without.
+  // Compares the end, which is the same for a payload with its prefix and without.
   return payload.empty() || std::memcmp(block.data() + offset + size - payload.size(),
                                         payload.data(), payload.size()) == 0;
 }

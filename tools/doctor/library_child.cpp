@@ -18,6 +18,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// Starts with a line end, since the library's own output can end without one.
 void PrintLine(const Json& json) {
   std::printf("\n%s\n", JsonText(json).c_str());
   std::fflush(stdout);
@@ -109,7 +110,7 @@ int RunLibraryChild(const std::string& mode, const std::string& path) {
   const bool loads = QX_IN(*library, QX_IsStaging)() == 1;
   PrintLine({{"loads", loads}});
   if (mode != kEverythingMode) return 0;
-  // The calls below need settings that load.
+  // The calls below need settings that load. Without a file the library creates the defaults.
   std::remove("config.json");
   CheckKnownResults(*library, report);
   CheckSteam(*library, fs::u8path(path).parent_path(), report);

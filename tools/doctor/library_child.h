@@ -1,8 +1,7 @@
-// The process that loads the library. A damaged library can crash it and not doctor itself.
+// The process that loads the library, so that a damaged library cannot crash doctor itself.
 //
-// It runs in a folder of its own, with the settings file that it is to try. It writes to
-// kReplyFile a line of JSON for each finding and one for the settings; the library prints other
-// lines in between.
+// It runs in its own folder, which has the settings file to try. It writes to kReplyFile a line of
+// JSON for each finding and one for the settings. The library prints other lines between them.
 
 #ifndef LAUNCHER_TOOLS_DOCTOR_LIBRARY_CHILD_H_
 #define LAUNCHER_TOOLS_DOCTOR_LIBRARY_CHILD_H_
@@ -24,7 +23,7 @@ constexpr std::size_t kLargestLibrary = std::size_t{1} << 28;
 // Returns the exit status.
 int RunLibraryChild(const std::string& mode, const std::string& library);
 
-// Its parts: calls whose results are known; and Steam, without asking who the user is.
+// Parts of the child's work: calls whose results are known, and Steam, but not the user's identity.
 void CheckKnownResults(const LoadedLibrary& library, Report& report);
 void CheckSteam(const LoadedLibrary& library, const std::filesystem::path& libraryFolder,
                 Report& report);

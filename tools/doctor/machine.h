@@ -19,8 +19,6 @@ extern const bool kIsWindows;
 // The arguments in UTF-8.
 std::vector<std::string> Arguments(int count, char** arguments);
 
-std::filesystem::path ProgramFolder();
-
 // The file that the system would load by the name kLibraryName; nothing if there is none.
 std::optional<std::filesystem::path> FindLibrary();
 
@@ -32,7 +30,7 @@ std::optional<std::filesystem::path> FindSteam(const std::filesystem::path& libr
 std::string ExamineFile(const std::filesystem::path& path, const std::string& bytes,
                         std::string& version);
 
-// A library that stays loaded as long as the process runs.
+// A library that stays loaded until the process ends.
 struct LoadedLibrary {
   // Both return null if there is no such export.
   void* Find(const std::string& name) const;
@@ -47,7 +45,7 @@ std::optional<LoadedLibrary> Load(const std::filesystem::path& path, std::string
 // Returns the exit status: not 0 if the program crashed or could not be started.
 int RunThisProgram(const std::vector<std::string>& arguments);
 
-// True if a path is the same after it was text in the system's ANSI code page.
+// True if a path can be converted to the system's ANSI code page and back without a change.
 bool SurvivesCodePage(const std::filesystem::path& path);
 
 // The user's folder, without a separator at its end, and the user's name.

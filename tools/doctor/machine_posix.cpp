@@ -23,6 +23,8 @@ std::string Environment(const char* name) {
   return value != nullptr ? value : "";
 }
 
+fs::path ProgramFolder() { return fs::read_symlink("/proc/self/exe").parent_path(); }
+
 std::optional<fs::path> InSearchPath(const char* name) {
   std::istringstream folders(Environment("LD_LIBRARY_PATH"));
   for (std::string folder; std::getline(folders, folder, ':');) {
@@ -61,8 +63,6 @@ std::vector<std::string> Arguments(int count, char** arguments) {
   return {arguments, arguments + count};
 }
 
-fs::path ProgramFolder() { return fs::read_symlink("/proc/self/exe").parent_path(); }
-
 // Programs are in bin/ and libraries in lib/ beside it.
 std::optional<fs::path> FindLibrary() {
   for (const fs::path& folder : {ProgramFolder(), ProgramFolder().parent_path() / "lib"}) {
@@ -76,8 +76,8 @@ std::optional<fs::path> FindSteam(const fs::path& libraryFolder) {
   return InSearchPath(kSteamName);
 }
 
-// Libraries for Linux have no version. A library for Windows is examined as far as its header goes:
-// doctor.exe does more.
+// Libraries for Linux have no version. Of a library for Windows only the header is examined:
+// doctor.exe does more. The numbers are offsets and values of the PE format.
 std::string ExamineFile(const fs::path& /*path*/, const std::string& bytes,
                         std::string& /*version*/) {
   constexpr std::uint32_t kElf = 0x464C457F;  // the first four bytes

@@ -35,6 +35,8 @@ std::wstring ProgramFile() {
   return file;
 }
 
+fs::path ProgramFolder() { return fs::path(ProgramFile()).parent_path(); }
+
 UINT codePageBefore = 0;
 
 void RestoreCodePage() { SetConsoleOutputCP(codePageBefore); }
@@ -79,8 +81,6 @@ std::vector<std::string> Arguments(int /*count*/, char** /*arguments*/) {
   return arguments;
 }
 
-fs::path ProgramFolder() { return fs::path(ProgramFile()).parent_path(); }
-
 std::optional<fs::path> FindLibrary() {
   std::wstring found(kLongestPath, L'\0');
   const DWORD length = SearchPathW(nullptr, fs::path(kLibraryName).c_str(), nullptr, kLongestPath,
@@ -90,7 +90,7 @@ std::optional<fs::path> FindLibrary() {
   return fs::path(found);
 }
 
-// The library looks beside the program, which is the launcher if doctor is in its folder.
+// The library looks beside the program first. Doctor is supposed to be in the launcher's folder.
 std::optional<fs::path> FindSteam(const fs::path& libraryFolder) {
   std::wstring system(MAX_PATH, L'\0');
   system.resize(GetSystemDirectoryW(system.data(), MAX_PATH));
@@ -101,9 +101,9 @@ std::optional<fs::path> FindSteam(const fs::path& libraryFolder) {
 }
 
 std::string ExamineFile(const fs::path& path, const std::string& /*bytes*/, std::string& version) {
-  // Maps the file without running anything of it.
+  // Maps the file without running its code.
   const HMODULE module = LoadLibraryExW(path.c_str(), nullptr, DONT_RESOLVE_DLL_REFERENCES);
-  // Error 193.
+  // The file is for another processor, or is not a library at all.
   if (module == nullptr && GetLastError() == ERROR_BAD_EXE_FORMAT) return "image.processor";
   if (module != nullptr) FreeLibrary(module);
   version = FileVersion(path);
@@ -139,7 +139,7 @@ int RunThisProgram(const std::vector<std::string>& arguments) {
   std::vector<const wchar_t*> words = {L"doctor"};
   for (const std::wstring& word : quoted) words.push_back(word.c_str());
   words.push_back(nullptr);
-  // The child inherits this: a crash opens no window.
+  // The child inherits this mode, in which a crash opens no window.
   SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
   return static_cast<int>(_wspawnv(_P_WAIT, ProgramFile().c_str(), words.data()));
 }
@@ -169,7 +169,7 @@ void ShowUtf8() {
 void WaitForKeyAfterDoubleClick() {
   DWORD processes[2];
   DWORD mode = 0;
-  // Any other process of the console is a shell, and the window stays open.
+  // With another process, such as a shell, the window stays open anyway.
   if (GetConsoleProcessList(processes, 2) != 1 ||
       !GetConsoleMode(GetStdHandle(STD_INPUT_HANDLE), &mode)) {
     return;
@@ -179,7 +179,7 @@ void WaitForKeyAfterDoubleClick() {
   _getch();
 }
 
-// What the code page does not have becomes a question mark, which no file name has.
+// A character outside the code page becomes a question mark, which no file name has.
 std::string NarrowPath(const fs::path& path) {
   const std::wstring wide = path.wstring();
   std::string narrow(wide.size() * 4, '\0');

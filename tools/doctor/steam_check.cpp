@@ -15,13 +15,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// What the library calls in Steam's.
+// The functions that LauncherDll calls in Steam's library.
 constexpr const char* kSteamFunctions[] = {
     "SteamAPI_Init", "SteamAPI_Shutdown", "SteamAPI_IsSteamRunning",
     "SteamUser",     "SteamFriends",      "SteamAPI_RestartAppIfNecessary",
     "SteamApps",     "SteamHTTP",         "SteamRemoteStorage"};
 
-// The stand-in for development reads an environment variable of this name, Windows in UTF-16.
+// The stand-in for development reads an environment variable of this name. On Windows its file has
+// the name in UTF-16.
 bool IsStandIn(const fs::path& path) {
   const std::string name = "STEAM_STAND_IN";
   std::string wide;

@@ -1,4 +1,4 @@
-// JSON for people and programs.
+// JSON text.
 
 #ifndef LAUNCHER_TOOLS_SUPPORT_JSON_TEXT_H_
 #define LAUNCHER_TOOLS_SUPPORT_JSON_TEXT_H_
@@ -8,8 +8,8 @@
 
 namespace launcher {
 
-// Other characters than ASCII stay as they are. Names of files are bytes: those that are no UTF-8,
-// which JSON cannot hold, become U+FFFD.
+// Characters outside ASCII stay as they are. Bytes that are not UTF-8, as a file name can have on
+// Linux, become U+FFFD, since JSON cannot hold them.
 inline std::string JsonText(const nlohmann::json& value, int indent = -1) {
   return value.dump(indent, ' ', false, nlohmann::json::error_handler_t::replace);
 }

@@ -11,7 +11,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The temporary files that exist now. Never destroyed, since threads may outlive it.
+// The temporary files that exist now. Never destroyed, since threads may still run at the end.
 struct Temporaries {
   Mutex lock;
   std::set<SystemPath> paths;
@@ -42,7 +42,7 @@ SystemError OutputFile::Open(const std::string& path) {
   Abandon();
   std::error_code ignored;
   fs::path place = PathOf(path);
-  // A directory is opened for the system's error.
+  // Opening a directory fails with the system's own error.
   if (IsDevice(path) || fs::is_directory(place, ignored)) {
     device_.reset(std::fopen(path.c_str(), "wb"));
     return device_ ? 0 : LastFileError();
@@ -77,6 +77,7 @@ SystemError OutputFile::Commit(NewFile::Existing existing, bool isSafe) {
     if (const SystemError error = file_.Flush(); error != 0) return error;
   }
   const SystemPath temporary = file_.Temporary();
+  // With a time, TakeAfter has also set the permissions.
   if (time_ && existing == NewFile::Existing::kReplaced) {
     existing = NewFile::Existing::kReplacedWithOwnMode;
   }
@@ -91,18 +92,18 @@ SystemError OutputFile::Commit(NewFile::Existing existing, bool isSafe) {
 void OutputFile::Abandon() {
   device_.reset();
   time_.reset();
-  // No copy of the path: a destructor must not need memory.
+  // Makes no copy of the path: the destructor calls this, and must not need memory.
   const std::lock_guard<Mutex> guard(OpenTemporaries().lock);
   OpenTemporaries().paths.erase(file_.Temporary());
   file_.Abandon();
 }
 
 SystemError WriteOutputFile(const std::string& path, const std::string& bytes,
-                            NewFile::Existing existing, bool isSafe) {
+                            NewFile::Existing existing) {
   OutputFile file;
   SystemError error = file.Open(path);
   if (error == 0) error = file.Write(bytes.data(), bytes.size());
-  if (error == 0) error = file.Commit(existing, isSafe);
+  if (error == 0) error = file.Commit(existing);
   return error;
 }
 

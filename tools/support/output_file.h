@@ -1,4 +1,4 @@
-// What a program writes: files that appear whole or not at all, devices and pipes.
+// Output files, which appear whole or not at all, and output to devices and pipes.
 
 #ifndef LAUNCHER_TOOLS_SUPPORT_OUTPUT_FILE_H_
 #define LAUNCHER_TOOLS_SUPPORT_OUTPUT_FILE_H_
@@ -19,7 +19,7 @@ namespace launcher {
 std::filesystem::path PathOf(const std::string& text);
 std::string NarrowText(const std::filesystem::path& path);
 
-// The system's words for an error, without a line end or a full stop.
+// The system's message for an error, without a line end or a full stop.
 std::string SystemErrorText(SystemError error);
 
 // The reason why the last function of <cstdio> failed in this thread.
@@ -42,7 +42,7 @@ struct CloseFile {
 };
 using OwnedStream = std::unique_ptr<std::FILE, CloseFile>;
 
-// Writes all of it, past the stream's buffer.
+// Writes all bytes and flushes the stream's buffer.
 SystemError WriteToStream(std::FILE* stream, const void* data, std::size_t size);
 
 // A NewFile at a path, or a device or a pipe, which is written to directly.
@@ -77,9 +77,9 @@ class OutputFile {
 
 // Creates the file with these bytes.
 SystemError WriteOutputFile(const std::string& path, const std::string& bytes,
-                            NewFile::Existing existing, bool isSafe = false);
+                            NewFile::Existing existing);
 
-// Removes every temporary file that is left, for a process about to end with threads at work.
+// Removes all temporary files, for a process that ends while its threads still run.
 void AbandonOutputFiles();
 
 }  // namespace launcher

@@ -1,4 +1,4 @@
-// What the tools ask of the system: interrupts, threads and a few calls that differ.
+// Functions that differ between systems: interrupts, threads and others.
 
 #ifndef LAUNCHER_TOOLS_SUPPORT_PROCESS_H_
 #define LAUNCHER_TOOLS_SUPPORT_PROCESS_H_
@@ -30,7 +30,7 @@ void RunInThreads(int count, const std::function<void()>& work, const std::funct
 // Ends the process at once, whatever its threads are doing. Flush streams before.
 [[noreturn]] void EndAtOnce(int exitCode);
 
-// Has the standard input and output carry bytes, without a change at line ends.
+// Makes the standard input and output binary, so that line ends are not changed.
 void UseBinaryStreams();
 
 extern const char* const kNullDevice;

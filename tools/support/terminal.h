@@ -9,11 +9,12 @@ enum class Stream { kInput = 0, kOutput = 1, kError = 2 };
 
 bool IsTerminal(Stream stream);
 
-// Has a standard stream that came closed fail for good. Else the next file that opens takes its
-// place, and messages go into that file. Call it before any file is opened.
+// Makes each use of a standard stream fail if the process was started with that stream closed.
+// Otherwise the next file that is opened would get its number, and messages would go into that
+// file. Call this before any file is opened.
 void KeepClosedStreamsClosed();
 
-// Whether the user wants no colour (NO_COLOR is set), or the stream shows none.
+// True if the stream is a terminal that shows colours, and NO_COLOR is not set.
 bool ShowsColour(Stream stream);
 
 }  // namespace launcher

@@ -1,4 +1,4 @@
-// output_file.h, process.h and terminal.h on Linux and its like.
+// output_file.h, process.h and terminal.h for Linux.
 
 #include <fcntl.h>
 #include <pthread.h>
@@ -83,11 +83,11 @@ void SetPermissions(const fs::path& file, fs::perms permissions) {
 void WatchForInterrupts() {
   struct sigaction action = {};
   action.sa_handler = SetFlag;
-  // Else <cstdio> takes an interrupt for an error of the file.
+  // Otherwise <cstdio> would treat an interrupt as an error of the file.
   action.sa_flags = SA_RESTART;
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     struct sigaction before = {};
-    // A shell has a program in the background ignore some signals; they stay ignored.
+    // A shell starts background programs with some signals ignored; they stay ignored.
     if (sigaction(signal, nullptr, &before) == 0 && before.sa_handler == SIG_IGN) continue;
     sigaction(signal, &action, nullptr);
   }
@@ -104,7 +104,8 @@ bool IsTerminal(Stream stream) { return isatty(static_cast<int>(stream)) != 0; }
 void KeepClosedStreamsClosed() {
   for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     if (fcntl(stream, F_GETFD) != -1) continue;
-    // The lowest free number is the stream's; open it for what nobody does with it.
+    // open uses the lowest free number, which is the stream's. The wrong access mode makes each use
+    // of the stream fail.
     if (open(kNullDevice, stream == STDIN_FILENO ? O_WRONLY : O_RDONLY) != stream) return;
   }
 }

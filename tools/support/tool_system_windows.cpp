@@ -1,4 +1,4 @@
-// output_file.h, process.h and terminal.h on Windows.
+// output_file.h, process.h and terminal.h for Windows.
 
 #include <fcntl.h>
 #include <io.h>
@@ -20,7 +20,7 @@ LONG isInterrupted = 0;
 
 BOOL WINAPI SetFlag(DWORD event) {
   InterlockedExchange(&isInterrupted, 1);
-  // The system ends a program whose window closes once this returns; leave it time to tidy up.
+  // If the window closes, the system ends the program when this returns: leave time to clean up.
   if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) Sleep(4000);
   return TRUE;
 }
@@ -34,8 +34,8 @@ DWORD WINAPI RunWork(void* work) {
 
 const char* const kNullDevice = "NUL";
 
-// A character that the code page does not have becomes a question mark, which no file's name has:
-// opening such a file fails.
+// A character outside the code page becomes a question mark. No file name has one, so opening such
+// a file fails.
 std::string NarrowText(const fs::path& path) {
   const std::wstring& wide = path.native();
   std::string text(wide.size() * 2, '\0');
@@ -55,7 +55,7 @@ std::string SystemErrorText(SystemError error) {
   return text.empty() ? "system error " + std::to_string(error) : text;
 }
 
-// A stream that writes too few bytes fails without an error of the system: the disk is full.
+// If a stream writes too few bytes and the system reports no error, the disk is full.
 SystemError LastFileError() {
   return static_cast<SystemError>(_doserrno != 0 ? _doserrno : ERROR_DISK_FULL);
 }
@@ -69,7 +69,7 @@ bool MeansNoReader(SystemError error) {
   return error == ERROR_NO_DATA || error == ERROR_BROKEN_PIPE || error == ERROR_PIPE_NOT_CONNECTED;
 }
 
-// A device has the same name in every directory.
+// Opens the path, since names such as NUL are devices in every directory.
 bool IsDevice(const std::string& path) {
   constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
   const HANDLE there = CreateFileA(path.c_str(), 0, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr);
@@ -103,17 +103,17 @@ void WatchForInterrupts() { SetConsoleCtrlHandler(SetFlag, TRUE); }
 
 bool Interrupted() { return InterlockedCompareExchange(&isInterrupted, 0, 0) != 0; }
 
-// Other devices than a console count as terminals to _isatty.
+// Not _isatty, which also returns true for other devices than a console.
 bool IsTerminal(Stream stream) {
   DWORD mode = 0;
   const DWORD names[] = {STD_INPUT_HANDLE, STD_OUTPUT_HANDLE, STD_ERROR_HANDLE};
   return GetConsoleMode(GetStdHandle(names[static_cast<int>(stream)]), &mode) != FALSE;
 }
 
-// A file's handle is no standard one here, whatever its number.
+// Not needed: on Windows a file's handle does not become a standard one.
 void KeepClosedStreamsClosed() {}
 
-// Consoles show escape sequences only once asked, and not all do.
+// Consoles show escape sequences only after a request, and old ones not at all.
 bool ShowsColour(Stream /*stream*/) { return false; }
 
 int ProcessorCount() {
