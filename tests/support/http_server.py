@@ -35,7 +35,7 @@ PAGES = {
 class Handler(http.server.BaseHTTPRequestHandler):
     protocol_version = "HTTP/1.1"
 
-    def answer(self):
+    def respond(self):
         self.close_connection = True
         content = self.rfile.read(int(self.headers.get("Content-Length", 0)))
         url = urllib.parse.urlsplit(self.path)
@@ -58,7 +58,7 @@ class Handler(http.server.BaseHTTPRequestHandler):
                 self.wfile.write(b"x")
                 time.sleep(0.1)
 
-    do_GET = do_HEAD = do_POST = do_PUT = do_DELETE = do_OPTIONS = do_PATCH = answer
+    do_GET = do_HEAD = do_POST = do_PUT = do_DELETE = do_OPTIONS = do_PATCH = respond
 
     def made_page(self, page, argument, query, content):
         body, headers = b"no such page", {}
