@@ -243,12 +243,14 @@ TEST_F(StandInCloud, IsNotLeftOverLinksAndKeepsWhatOthersStage) {
   const std::string longest = std::string(129, 'a') + '/' + std::string(129, 'b');
   EXPECT_TRUE(Do(kWrite, longest));
   EXPECT_FALSE(Do(kWrite, longest + 'b'));
+  const int lowest = dup(0);  // the next free descriptor
   for (const int writer : {getpid(), getppid(), 1}) {
     const std::string staged = kStaging + std::to_string(writer) + "-0";
     test::WriteFile(staged, "");
     EXPECT_TRUE(Do(kStart));
     EXPECT_EQ(fs::exists(staged), writer != getpid());
   }
+  EXPECT_EQ(dup(0), lowest + 1) << "a file stayed open";
 }
 #endif
 

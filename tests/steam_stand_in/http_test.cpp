@@ -112,7 +112,7 @@ TEST_F(StandInHttp, SendsWhatIsAskedAndHasWholeResponsesOnly) {
   EXPECT_EQ(Send(Create(kPost, "/echo")), "POST - ");
   Start(R"({"httpConnectLimitMs": 900})");  // the page takes a second
   EXPECT_EQ(Send(Create(kGet, "/slow")), kText);
-  Start(R"({"httpRequestLimitMs": 300})");  // the page takes 100 seconds
+  Start(R"({"httpRequestLimitMs": 300})");  // the page takes three seconds
   EXPECT_EQ(Send(Create(kGet, "/trickle")), kFailed);
 }
 

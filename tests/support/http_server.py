@@ -28,7 +28,7 @@ PAGES = {
     "chunked": (CHUNKED, b"5\r\nhello\r\n10\r\n from the server\r\n0\r\n\r\n"),
     "chunked-cut": (CHUNKED, b"5\r\nhello\r\n"),
     "cut": ({"Content-Length": 22}, TEXT),
-    "trickle": ({"Content-Length": 1000}, b""),
+    "trickle": ({"Content-Length": 30}, b""),
 }
 
 
@@ -54,7 +54,7 @@ class Handler(http.server.BaseHTTPRequestHandler):
         if self.command != "HEAD":
             self.wfile.write(body)
         if page == "trickle":
-            for _ in range(1000):
+            for _ in range(30):
                 self.wfile.write(b"x")
                 time.sleep(0.1)
 
