@@ -68,7 +68,8 @@ TESTS = (
     *(Test("src/*", program, ("{build}/bin/" + program,))
       for program in ("host_tests", "steam_tests", "unit_tests", "frame_tests", "export_tests")),
     Test("steam_stand_in/*", "steam_stand_in_tests",
-         ("{tree}/tests/steam_stand_in/with_http_server.sh", "{build}/bin/steam_stand_in_tests")),
+         ("env", "STEAM_STAND_IN=stand_in", "python3", "-B", "{tree}/tests/support/http_server.py",
+          "{build}/bin/steam_stand_in_tests")),
     Test("tools/*", "completions",
          (*UNITTEST, "{tree}/tests/tools/bfbr_manual_test.py", "{build}/bin/bfbr",
           "{build}/bin/doctor", "{build}/completions")),

@@ -24,13 +24,25 @@ void Note(const char* name, Arguments... arguments) {
   script.calls.push_back(call);
 }
 
-// What is answered, unless this call is to fail.
-template <class Answer>
-Answer Give(Answer answer) {
-  return script.failures.IsDue() ? Answer() : answer;
+// Returns the result, or 0, false or null if this call is to fail.
+template <class Result>
+Result Give(Result result) {
+  return script.failures.IsDue() ? Result() : result;
 }
 
-class User final : public ISteamUser {
+// The same for a call that is noted.
+template <class Result, class... Arguments>
+Result Give(Result result, const char* name, Arguments... arguments) {
+  Note(name, arguments...);
+  return Give(result);
+}
+
+// All interfaces.
+class Steam final : public ISteamUser,
+                    public ISteamFriends,
+                    public ISteamApps,
+                    public ISteamRemoteStorage,
+                    public ISteamHTTP {
   bool BLoggedOn() override { return Give(script.answer); }
   std::uint64_t GetSteamID() override { return Give(script.steamId); }
 
@@ -48,61 +60,43 @@ class User final : public ISteamUser {
 
   std::uint32_t GetAuthSessionTicket(void* ticket, int capacity, std::uint32_t* size) override {
     Note("GetAuthSessionTicket", capacity, *size);
-    std::copy_n(script.ticket.begin(),
-                std::min(script.ticket.size(), static_cast<std::size_t>(capacity)),
-                static_cast<std::uint8_t*>(ticket));
+    const std::size_t count = std::min(script.ticket.size(), static_cast<std::size_t>(capacity));
+    std::copy_n(script.ticket.begin(), count, static_cast<std::uint8_t*>(ticket));
     *size = static_cast<std::uint32_t>(script.ticket.size());
     return Give(script.ticketHandle);
   }
-};
 
-class Friends final : public ISteamFriends {
   const char* GetPersonaName() override { return Give(script.personaName); }
-};
-
-class Apps final : public ISteamApps {
   const char* GetCurrentGameLanguage() override { return Give(script.language); }
   const char* GetAvailableGameLanguages() override { return Give(script.languages); }
-};
 
-class Storage final : public ISteamRemoteStorage {
   bool FileWrite(const char* name, const void* data, std::int32_t size) override {
-    Note("FileWrite", name, static_cast<const char*>(data), size);
-    return Give(script.answer);
+    return Give(script.answer, "FileWrite", name, static_cast<const char*>(data), size);
   }
   std::int32_t FileRead(const char* name, void* buffer, std::int32_t size) override {
-    Note("FileRead", name, size);
     std::memset(buffer, 'r', static_cast<std::size_t>(size));
-    return Give(script.number);
+    return Give(script.number, "FileRead", name, size);
   }
-  bool FileForget(const char* name) override { return Answer("FileForget", name); }
-  bool FileDelete(const char* name) override { return Answer("FileDelete", name); }
-  bool FileExists(const char* name) override { return Answer("FileExists", name); }
+  bool FileForget(const char* name) override { return Give(script.answer, "FileForget", name); }
+  bool FileDelete(const char* name) override { return Give(script.answer, "FileDelete", name); }
+  bool FileExists(const char* name) override { return Give(script.answer, "FileExists", name); }
   std::int32_t GetFileSize(const char* name) override {
-    Note("GetFileSize", name);
-    return Give(script.number);
+    return Give(script.number, "GetFileSize", name);
   }
   std::int32_t GetFileCount() override { return Give(script.number); }
   const char* GetFileNameAndSize(int index, std::int32_t* size) override {
-    Note("GetFileNameAndSize", index, *size);
-    return Give(script.fileName);
+    return Give(script.fileName, "GetFileNameAndSize", index, *size);
   }
-  bool IsCloudEnabledForAccount() override { return Answer("IsCloudEnabledForAccount", "-"); }
-  bool IsCloudEnabledForApp() override { return Answer("IsCloudEnabledForApp", "-"); }
+  bool IsCloudEnabledForAccount() override {
+    return Give(script.answer, "IsCloudEnabledForAccount", "-");
+  }
+  bool IsCloudEnabledForApp() override { return Give(script.answer, "IsCloudEnabledForApp", "-"); }
   void SetCloudEnabledForApp(std::int32_t enabled) override {
     Note("SetCloudEnabledForApp", enabled);
   }
 
-  static bool Answer(const char* function, const char* name) {
-    Note(function, name);
-    return Give(script.answer);
-  }
-};
-
-class Http final : public ISteamHTTP {
   std::uint32_t CreateHTTPRequest(int method, const char* url) override {
-    Note("Create", method, url);
-    const std::uint32_t request = Give(script.request);
+    const std::uint32_t request = Give(script.request, "Create", method, url);
     if (request != 0 && !script.isShared) ++script.openRequests;
     return request;
   }
@@ -114,33 +108,25 @@ class Http final : public ISteamHTTP {
     return Give(script.answer);
   }
   bool SendHTTPRequest(std::uint32_t request, std::uint64_t* call) override {
-    Note("Send", request, call != nullptr);
-    return Give(script.sends);
+    return Give(script.sends, "Send", request, call != nullptr);
   }
   bool GetHTTPResponseHeaderSize(std::uint32_t request, const char* name,
                                  std::uint32_t* size) override {
-    Note("GetHeaderSize", request, name);
     *size = script.contentLength;
-    return Give(script.hasContentLength);
+    return Give(script.hasContentLength, "GetHeaderSize", request, name);
   }
   bool GetHTTPResponseBodyData(std::uint32_t request, std::uint8_t* buffer,
                                std::uint32_t size) override {
-    Note("GetBody", request, size);
     std::copy_n(script.body.begin(), std::min<std::size_t>(size, script.body.size()), buffer);
-    return Give(script.hasBody);
+    return Give(script.hasBody, "GetBody", request, size);
   }
   bool ReleaseHTTPRequest(std::uint32_t request) override {
-    Note("Release", request);
     if (!script.isShared) --script.openRequests;
-    return Give(script.answer);
+    return Give(script.answer, "Release", request);
   }
 };
 
-User user;
-Friends friends;
-Apps apps;
-Storage storage;
-Http http;
+Steam steam;
 
 }  // namespace
 }  // namespace launcher::test
@@ -156,18 +142,15 @@ bool STEAM_API_CALL SteamAPI_Init() { return Give(script.answer); }
 void STEAM_API_CALL SteamAPI_Shutdown() { Note("Shutdown"); }
 bool STEAM_API_CALL SteamAPI_IsSteamRunning() { return Give(script.answer); }
 bool STEAM_API_CALL SteamAPI_RestartAppIfNecessary(std::uint32_t appId) {
-  Note("Restart", appId);
-  return Give(script.answer);
+  return Give(script.answer, "Restart", appId);
 }
 
-ISteamUser* STEAM_API_CALL SteamUser() { return Give(script.hasUser) ? &user : nullptr; }
-ISteamFriends* STEAM_API_CALL SteamFriends() {
-  return Give(script.hasFriends) ? &friends : nullptr;
-}
-ISteamApps* STEAM_API_CALL SteamApps() { return Give(script.hasApps) ? &apps : nullptr; }
+ISteamUser* STEAM_API_CALL SteamUser() { return Give(script.hasUser) ? &steam : nullptr; }
+ISteamFriends* STEAM_API_CALL SteamFriends() { return Give(script.hasFriends) ? &steam : nullptr; }
+ISteamApps* STEAM_API_CALL SteamApps() { return Give(script.hasApps) ? &steam : nullptr; }
 ISteamRemoteStorage* STEAM_API_CALL SteamRemoteStorage() {
-  return Give(script.hasStorage) ? &storage : nullptr;
+  return Give(script.hasStorage) ? &steam : nullptr;
 }
-ISteamHTTP* STEAM_API_CALL SteamHTTP() { return Give(script.hasHttp) ? &http : nullptr; }
+ISteamHTTP* STEAM_API_CALL SteamHTTP() { return Give(script.hasHttp) ? &steam : nullptr; }
 
 }  // extern "C"

@@ -1,7 +1,7 @@
-// A Steam client library that answers what a test tells it to, and writes down what it is asked.
+// A Steam client library that returns what a test's script says, and notes its calls.
 //
-// It is a library of the true one's name, loaded by the test before the first call of the library
-// under test, which then finds it there.
+// It has the name of the real library. The test loads it before the first call of the library under
+// test, which then finds it loaded.
 
 #ifndef LAUNCHER_TESTS_STEAM_SCRIPTED_STEAM_H_
 #define LAUNCHER_TESTS_STEAM_SCRIPTED_STEAM_H_
@@ -15,26 +15,25 @@
 namespace launcher::test {
 
 struct SteamScript {
-  // Which interfaces there are.
+  // The interfaces that exist.
   bool hasUser = true;
   bool hasFriends = true;
   bool hasApps = true;
   bool hasStorage = true;
   bool hasHttp = true;
 
-  // What the yes-or-no functions answer.
-  bool answer = true;
+  bool answer = true;  // the result of each function that returns yes or no
 
   std::uint64_t steamId = 0;
-  const char* folder = "";       // null: Steam refuses; it is written as it is
-  bool terminatesFolder = true;  // else the folder's buffer is filled to its capacity
+  const char* folder = "";       // null: the call fails
+  bool terminatesFolder = true;  // otherwise the whole buffer is filled
   std::vector<std::uint8_t> ticket;
   std::uint32_t ticketHandle = 1;
   const char* personaName = "";
   const char* language = "";
   const char* languages = "";
   const char* fileName = "";
-  std::int32_t number = 0;  // what is counted: bytes read, a size, files
+  std::int32_t number = 0;  // the bytes read, the size of a file, the count of files
 
   std::uint32_t request = 1;  // the handle, 0 on failure
   bool sends = true;
@@ -43,14 +42,14 @@ struct SteamScript {
   bool hasBody = true;
   std::vector<std::uint8_t> body;
 
-  // A call that fails answers 0, false or null.
+  // A call that fails returns 0, false or null.
   FailurePlan failures;
 
-  // Where threads call at the same time, nothing below is kept.
+  // True if threads call at the same time: then nothing below is kept.
   bool isShared = false;
   int openRequests = 0;
 
-  // The calls, in order, each with its arguments. That takes memory.
+  // The calls in order, each with its arguments. Noting them takes memory.
   bool notesCalls = true;
   std::vector<std::string> calls;
 };

@@ -1,4 +1,4 @@
-// The ground of tests with a scripted Steam client library.
+// The fixture of tests with a scripted Steam client library.
 
 #ifndef LAUNCHER_TESTS_STEAM_SCRIPTED_TEST_H_
 #define LAUNCHER_TESTS_STEAM_SCRIPTED_TEST_H_
@@ -17,7 +17,7 @@
 
 namespace launcher::test {
 
-// Each test begins with an untouched script. SCRIPTED_STEAM is the library's path beside the
+// Each test begins with a default script. SCRIPTED_STEAM is the library's path relative to the
 // program.
 class ScriptedTest : public ScratchTest {
  protected:
@@ -25,13 +25,7 @@ class ScriptedTest : public ScratchTest {
 
   using Calls = std::vector<std::string>;
 
-  SteamScript& script_ = Script();
-
- private:
-  static SteamScript& Script() {
-    static auto& script = LoadScript<SteamScript>(SCRIPTED_STEAM, "GetSteamScript");
-    return script;
-  }
+  SteamScript& script_ = LoadScript<SteamScript>(SCRIPTED_STEAM, "GetSteamScript");
 };
 
 }  // namespace launcher::test

@@ -1,7 +1,6 @@
-// Finds a wrong result for a missing Steam, a text or a ticket that is cut or overruns its buffer,
-// and checks in another order. The exports of the session, the user's identity and the languages.
-
-// Session, identity and languages.
+// Finds a wrong result without Steam, a text or a ticket that is cut or overruns its buffer, and
+// checks in another order: the exports of the session, the user's identity and the languages, and
+// the name of a cloud file.
 
 #include <functional>
 
@@ -12,40 +11,31 @@ namespace {
 
 using test::Bytes;
 using test::GuardedBuffer;
+using test::SteamScript;
 
-class Session : public test::ScriptedTest {
- protected:
-  // Without this the interface of an earlier test would still be stored.
-  void ForgetApps() {
-    script_.hasApps = false;
-    QX_SteamAPI_Init();
-    script_.hasApps = true;
-  }
-};
+using Session = test::ScriptedTest;
 
-TEST_F(Session, IsUpWithSteamAndItsApps) {
-  ForgetApps();
-  EXPECT_EQ(QX_SteamAPI_Init(), 1);
+TEST_F(Session, KeepsTheAppsOfTheLastInitialisation) {
   char text[8];
-  EXPECT_EQ(QX_SteamAPI_GetAvailableGameLanguages(text, sizeof text), QX_SUCCEEDED);
-
-  script_.answer = false;
-  EXPECT_EQ(QX_SteamAPI_Init(), 0);
-  EXPECT_EQ(QX_SteamAPI_GetAvailableGameLanguages(text, sizeof text), QX_SUCCEEDED)
-      << "what was stored stays";
-  QX_SteamAPI_Shutdown();
-  EXPECT_EQ(script_.calls, Calls{"Shutdown"});
-  EXPECT_EQ(QX_SteamAPI_GetAvailableGameLanguages(text, sizeof text), QX_SUCCEEDED)
-      << "also when Steam has shut down";
-
-  script_.answer = true;
-  script_.hasApps = false;
-  EXPECT_EQ(QX_SteamAPI_Init(), 0);
-  EXPECT_EQ(QX_SteamAPI_GetAvailableGameLanguages(text, sizeof text), QX_NO_STEAM)
-      << "null is stored too";
+  // Steam's results, the call, its result, and whether the languages are there after it.
+  const std::tuple<bool, bool, std::int32_t, ResultCode> cases[] = {{true, false, 0, QX_NO_STEAM},
+                                                                    {true, true, 1, QX_SUCCEEDED},
+                                                                    {false, true, 0, QX_SUCCEEDED},
+                                                                    {false, false, 0, QX_SUCCEEDED},
+                                                                    {true, false, 0, QX_NO_STEAM}};
+  for (const auto& [answer, hasApps, result, languages] : cases) {
+    script_.answer = answer;
+    script_.hasApps = hasApps;
+    EXPECT_EQ(QX_SteamAPI_Init(), result);
+    QX_SteamAPI_Shutdown();
+    EXPECT_EQ(QX_SteamAPI_GetAvailableGameLanguages(text, 8), languages);
+    EXPECT_EQ(QX_SteamAPI_GetCurrentGameLanguage(text, 8),
+              languages != QX_SUCCEEDED ? languages : QX_NOT_FOUND);
+  }
+  EXPECT_EQ(script_.calls, Calls(5, "Shutdown"));
 }
 
-TEST_F(Session, PassesOnWhatSteamAnswers) {
+TEST_F(Session, PassesResultsOn) {
   script_.steamId = 0x0110000112345678;
   EXPECT_EQ(QX_SteamAPI_GetSteamIDConvertToUint64(), 0x0110000112345678u);
   for (const bool answer : {false, true}) {
@@ -55,107 +45,92 @@ TEST_F(Session, PassesOnWhatSteamAnswers) {
     EXPECT_EQ(QX_SteamAPI_RestartAppIfNecessary(480), answer ? 0 : QX_FAILED);
   }
   EXPECT_EQ(script_.calls, (Calls{"Restart 480", "Restart 480"}));
-}
-
-TEST_F(Session, KnowsNobodyWithoutSteam) {
-  script_.hasUser = script_.hasFriends = false;
-  const GuardedBuffer buffer(8);
+  script_.hasUser = false;
   EXPECT_EQ(QX_SteamAPI_IsLoggedOn(), 0);
   EXPECT_EQ(QX_SteamAPI_GetSteamIDConvertToUint64(), 0u);
-  EXPECT_EQ(QX_SteamAPI_GetPersonaName(buffer.Text(), 8), QX_SUCCEEDED);
-  EXPECT_EQ(QX_SteamAPI_GetSteamAuthTicket(buffer.Text(), 8), QX_FAILED);
-  ForgetApps();
-  EXPECT_EQ(QX_SteamAPI_GetCurrentGameLanguage(buffer.Text(), 8), QX_NO_STEAM);
-  EXPECT_EQ(QX_SteamAPI_GetAvailableGameLanguages(buffer.Text(), 8), QX_NO_STEAM);
-  EXPECT_TRUE(buffer.IsUntouched());
-  // A bad argument comes first, also with nobody there.
-  EXPECT_EQ(QX_SteamAPI_GetPersonaName(nullptr, 8), QX_BAD_ARGUMENT);
-  EXPECT_EQ(QX_SteamAPI_GetCurrentGameLanguage(nullptr, 8), QX_BAD_ARGUMENT);
-  EXPECT_EQ(QX_SteamAPI_GetAvailableGameLanguages(buffer.Text(), 0), QX_BAD_ARGUMENT);
 }
 
-// The three exports that copy a text differ in what they make of one that does not fit.
 TEST_F(Session, CopiesTexts) {
-  using test::SteamScript;
-  using Export = std::function<ResultCode(char*, std::uint32_t)>;
+  // The results for a text that is too long, empty or null, and without Steam.
   struct Case {
-    const char* name;
-    Export call;
+    std::function<ResultCode(char*, std::uint32_t)> call;
     const char* SteamScript::*text;
     ResultCode tooLong;
     ResultCode empty;
     ResultCode null;
+    ResultCode noSteam;
   };
-  QX_SteamAPI_Init();
+  const auto fileName = [](char* text, std::uint32_t capacity) {
+    return QX_SteamAPI_RemoteStorageGetFileName(3, text, capacity);
+  };
   const Case cases[] = {
-      {"persona name", QX_SteamAPI_GetPersonaName, &SteamScript::personaName, QX_BAD_ARGUMENT, 0,
-       QX_BAD_ARGUMENT},
-      {"languages", QX_SteamAPI_GetAvailableGameLanguages, &SteamScript::languages, 0, 0, 0},
-      {"language", QX_SteamAPI_GetCurrentGameLanguage, &SteamScript::language, QX_OUT_OF_MEMORY,
-       QX_NOT_FOUND, QX_NOT_FOUND},
+      {QX_SteamAPI_GetPersonaName, &SteamScript::personaName, QX_BAD_ARGUMENT, 0, QX_BAD_ARGUMENT,
+       0},
+      {QX_SteamAPI_GetAvailableGameLanguages, &SteamScript::languages, 0, 0, 0, QX_NO_STEAM},
+      {QX_SteamAPI_GetCurrentGameLanguage, &SteamScript::language, QX_OUT_OF_MEMORY, QX_NOT_FOUND,
+       QX_NOT_FOUND, QX_NO_STEAM},
+      {fileName, &SteamScript::fileName, 0, 0, 0, QX_FAILED},
   };
   for (const Case& tried : cases) {
-    SCOPED_TRACE(tried.name);
-    script_.*tried.text = "german";
-    const GuardedBuffer fitting(7);
-    EXPECT_EQ(tried.call(fitting.Text(), 7), QX_SUCCEEDED);
-    EXPECT_STREQ(fitting.Text(), "german");
-    const GuardedBuffer small(6);
-    EXPECT_EQ(tried.call(small.Text(), 6), tried.tooLong);
-    EXPECT_STREQ(small.Text(), "");
-
+    SCOPED_TRACE(&tried - cases);
+    const GuardedBuffer text(7);
+    script_ = SteamScript();
+    script_.hasFriends = script_.hasApps = script_.hasStorage = false;
+    QX_SteamAPI_Init();
+    EXPECT_EQ(tried.call(text.Text(), 7), tried.noSteam);
     EXPECT_EQ(tried.call(nullptr, 7), QX_BAD_ARGUMENT);
-    EXPECT_EQ(tried.call(fitting.Text(), 0), QX_BAD_ARGUMENT);
-    EXPECT_STREQ(fitting.Text(), "german");
+    EXPECT_EQ(tried.call(text.Text(), 0), QX_BAD_ARGUMENT);
+    EXPECT_TRUE(text.IsUntouched());
 
+    script_ = SteamScript();
+    QX_SteamAPI_Init();
+    script_.*tried.text = "german";
+    EXPECT_EQ(tried.call(text.Text(), 7), QX_SUCCEEDED);
+    EXPECT_STREQ(text.Text(), "german");
+    EXPECT_EQ(tried.call(nullptr, 7), QX_BAD_ARGUMENT);
+    EXPECT_EQ(tried.call(text.Text(), 0), QX_BAD_ARGUMENT);
+    EXPECT_STREQ(text.Text(), "german");
+    EXPECT_EQ(tried.call(text.Text() + 1, 6), tried.tooLong);
+    EXPECT_STREQ(text.Text(), "g");
     script_.*tried.text = "";
-    EXPECT_EQ(tried.call(fitting.Text(), 7), tried.empty);
+    EXPECT_EQ(tried.call(text.Text(), 7), tried.empty);
     script_.*tried.text = nullptr;
-    EXPECT_EQ(tried.call(fitting.Text(), 7), tried.null);
+    EXPECT_EQ(tried.call(text.Text(), 7), tried.null);
   }
 }
 
 TEST_F(Session, WritesATicketAsText) {
-  struct Case {
-    Bytes ticket;
-    std::uint32_t capacity;
-    std::int32_t result;
-    const char* text;  // null: unwritten
-  };
-  const Case cases[] = {
+  // The ticket, the capacity, the result and the text; null if it stays unwritten.
+  const std::tuple<Bytes, std::uint32_t, std::int32_t, const char*> cases[] = {
       {{0x00, 0xAB, 0x7F}, 7, 6, "00AB7F"},
       {{0x00, 0xAB, 0x7F}, 6, QX_FAILED, nullptr},
       {{}, 1, 0, ""},
       {{}, 5, 0, ""},
       {{0xFF}, 1, QX_FAILED, nullptr},
-  };
-  for (const Case& tried : cases) {
-    script_.ticket = tried.ticket;
-    const GuardedBuffer buffer(tried.capacity);
-    EXPECT_EQ(QX_SteamAPI_GetSteamAuthTicket(buffer.Text(), tried.capacity), tried.result);
-    if (tried.text != nullptr) {
-      EXPECT_STREQ(buffer.Text(), tried.text);
-    } else {
-      EXPECT_TRUE(buffer.IsUntouched());
-    }
+      {Bytes(1025), 2051, QX_FAILED, nullptr}};
+  for (const auto& [ticket, capacity, result, text] : cases) {
+    script_.ticket = ticket;
+    const GuardedBuffer buffer(capacity);
+    EXPECT_EQ(QX_SteamAPI_GetSteamAuthTicket(buffer.Text(), capacity), result);
+    EXPECT_EQ(buffer.IsUntouched(), text == nullptr);
+    EXPECT_STREQ(text != nullptr ? buffer.Text() : nullptr, text);
   }
-  script_.ticket = test::Pattern(1024);
-  char largest[2049];
-  EXPECT_EQ(QX_SteamAPI_GetSteamAuthTicket(largest, sizeof largest), 2048);
-  EXPECT_EQ(largest[2048], '\0');
-  script_.ticket.push_back(0);  // Steam tells of more than it could write
-  char tooLarge[2051];
-  EXPECT_EQ(QX_SteamAPI_GetSteamAuthTicket(tooLarge, sizeof tooLarge), QX_FAILED);
+  script_.ticket.pop_back();
+  const GuardedBuffer largest(2049);
+  EXPECT_EQ(QX_SteamAPI_GetSteamAuthTicket(largest.Text(), 2049), 2048);
+  EXPECT_EQ(largest.Data()[2048], 0);
 }
 
-TEST_F(Session, TakesATicketAheadOfItsArguments) {
-  char text[8] = "before";
+TEST_F(Session, GetsATicketBeforeItChecksArguments) {
+  const GuardedBuffer text(8);
   EXPECT_EQ(QX_SteamAPI_GetSteamAuthTicket(nullptr, 8), QX_FAILED);
-  EXPECT_EQ(QX_SteamAPI_GetSteamAuthTicket(text, 0), QX_FAILED);
+  EXPECT_EQ(QX_SteamAPI_GetSteamAuthTicket(text.Text(), 0), QX_FAILED);
   script_.ticketHandle = 0;
-  EXPECT_EQ(QX_SteamAPI_GetSteamAuthTicket(text, sizeof text), QX_FAILED);
-  EXPECT_STREQ(text, "before");
+  EXPECT_EQ(QX_SteamAPI_GetSteamAuthTicket(text.Text(), 8), QX_FAILED);
   EXPECT_EQ(script_.calls, Calls(3, "GetAuthSessionTicket 1024 0"));
+  script_.hasUser = false;
+  EXPECT_EQ(QX_SteamAPI_GetSteamAuthTicket(text.Text(), 8), QX_FAILED);
+  EXPECT_TRUE(text.IsUntouched());
 }
 
 }  // namespace

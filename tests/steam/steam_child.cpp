@@ -1,5 +1,5 @@
-// Exit code 0 where everything answers as without Steam, 1 where Steam is there, 2 where some
-// answers fit neither.
+// Exit code 0 if every export returns what it does without Steam, 1 if every export reaches Steam,
+// 2 otherwise.
 
 #include <cstdint>
 
@@ -7,7 +7,7 @@
 
 int main() {
   char text[8] = "before";
-  const bool answers[] = {
+  const bool reachesSteam[] = {
       QX_SteamAPI_Init() == 1,
       QX_SteamAPI_IsSteamRunning() == 1,
       QX_SteamAPI_RestartAppIfNecessary(1) == QX_SUCCEEDED,
@@ -16,12 +16,11 @@ int main() {
       QX_SteamAPI_GetAvailableGameLanguages(text, sizeof text) != QX_NO_STEAM,
       QX_SteamAPI_GetUserDataFolder(text, sizeof text) != QX_NO_STEAM,
       QX_SteamAPI_RemoteStorageGetFileCount() != QX_FAILED,
-      QX_SteamAPI_RemoteStorageSetCloudEnabledForApp(1) == 0,
       QX_SteamAPI_HTTPRequest(nullptr, 1, nullptr, nullptr, 0) != QX_NO_STEAM,
   };
   QX_SteamAPI_Shutdown();
-  for (const bool answer : answers) {
-    if (answer != answers[0]) return 2;
+  for (const bool each : reachesSteam) {
+    if (each != reachesSteam[0]) return 2;
   }
-  return answers[0] ? 1 : 0;
+  return reachesSteam[0] ? 1 : 0;
 }

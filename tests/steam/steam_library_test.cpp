@@ -1,9 +1,8 @@
 // Finds a Steam client library that is loaded from a folder where anybody could put it, or that is
-// not found where it belongs.
+// not found in its own.
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 
@@ -16,57 +15,39 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class SteamLibrary : public test::ScratchTest {
- protected:
-  // A program and the library under test in a folder where there is no Steam.
-  SteamLibrary() {
-    fs::create_directory("game");
-    Copy(test::ProgramBeside("steam_child"), "game");
-    Copy(LAUNCHER_LIBRARY, "game");
-    test::SetLibraryPath(fs::absolute("game").string());
-  }
-  ~SteamLibrary() override { test::SetLibraryPath(""); }
+using SteamLibrary = test::ScratchTest;
 
-  static void Copy(const fs::path& file, const fs::path& folder) {
-    fs::copy_file(file, folder / file.filename());
-  }
-
-  const fs::path steam_ = test::PathBeside(SCRIPTED_STEAM);
-  const std::string program_ =
-      '"' +
-      fs::absolute(fs::path("game") / fs::path(test::ProgramBeside("steam_child")).filename())
-          .string() +
-      '"';
-};
-
-TEST_F(SteamLibrary, MayBeMissingAndIsNotTakenFromTheCurrentDirectory) {
-  EXPECT_EQ(test::RunProgram(program_), 0);
-  Copy(steam_, ".");
-  EXPECT_EQ(test::RunProgram(program_), 0);
+// Copies a file into a folder, which is created if it is missing, and returns the copy's path.
+std::string Copy(const std::string& file, const fs::path& folder) {
+  fs::create_directory(folder);
+  const fs::path copy = folder / fs::path(file).filename();
+  fs::copy_file(file, copy, fs::copy_options::overwrite_existing);
+  return fs::absolute(copy).string();
 }
 
-TEST_F(SteamLibrary, IsTakenFromTheLibrarysFolder) {
-  fs::create_directory("lib");
-  const fs::path library = fs::path(LAUNCHER_LIBRARY).filename();
-  fs::rename("game" / library, "lib" / library);
-  test::SetLibraryPath(fs::absolute("lib").string());
-  EXPECT_EQ(test::RunProgram(program_), 0);
-  Copy(steam_, "lib");
-  EXPECT_EQ(test::RunProgram(program_), 1);
-}
-
+TEST_F(SteamLibrary, IsTakenFromTheFoldersOfTheProgramAndTheLibraryOnly) {
+  const std::string steam = test::PathBeside(SCRIPTED_STEAM);
+  Copy(steam, ".");  // the current directory
+  // The folders of the library, of another copy of Steam, and on the path, and the exit code. The
+  // program is in "game".
+  const std::tuple<const char*, const char*, const char*, int> cases[] = {
+    {"game", "other", "game", 0},
+    {"game", "game", "game", 1},
+    {"lib", "other", "lib", 0},
+    {"lib", "lib", "lib", 1},
 #if defined(_WIN32)  // The native library is found by such a path, and Steam's then as well.
-TEST_F(SteamLibrary, IsNotTakenFromThePath) {
-  fs::create_directory("planted");
-  Copy(steam_, "planted");
-  test::SetLibraryPath(fs::absolute("planted").string());
-  EXPECT_EQ(test::RunProgram(program_), 0);
-}
+    {"game", "other", "other", 0},
 #endif
-
-TEST_F(SteamLibrary, IsTakenFromTheProgramsFolder) {
-  Copy(steam_, "game");
-  EXPECT_EQ(test::RunProgram(program_), 1);
+  };
+  for (const auto& [library, folder, path, exitCode] : cases) {
+    for (const char* const each : {"game", "lib", "other"}) fs::remove_all(each);
+    const std::string program = Copy(test::ProgramBeside("steam_child"), "game");
+    Copy(LAUNCHER_LIBRARY, library);
+    Copy(steam, folder);
+    test::SetLibraryPath(fs::absolute(path).string());
+    EXPECT_EQ(test::RunProgram('"' + program + '"'), exitCode) << library << folder;
+  }
+  test::SetLibraryPath("");
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// Finds a user's file that is read or written in part, an error of the system taken for another,
-// and a path that does not fit or that Steam did not give.
+// Finds a user's file that is read or written in part, a failure of the system that is taken for
+// another, and a path that does not fit or that Steam did not give.
 
 #include <filesystem>
 
@@ -45,37 +45,34 @@ TEST_F(UserDataFiles, AreWrittenAndReadWhole) {
   EXPECT_EQ(large.Data()[5], GuardedBuffer::kFill) << "no terminator";
 }
 
-TEST_F(UserDataFiles, TellAFolderAnEmptyFileAndAMissingOneApart) {
+TEST_F(UserDataFiles, FailOnWhatIsNoFileOrDoesNotFit) {
   fs::create_directory("user/folder");
   test::WriteFile("user/empty", "");
   const GuardedBuffer buffer(5000);
   EXPECT_EQ(QX_SteamAPI_IsFileExist("folder"), 1);
   EXPECT_EQ(QX_SteamAPI_IsFileExist("empty"), 1);
   EXPECT_EQ(Read("empty", buffer), QX_READ_FAILED);
-  // Which of the two depends on whether the system tells a size of a folder.
+  // Which of the two depends on whether the system reports a size for a folder.
   const ResultCode ofFolder = Read("folder", buffer);
   EXPECT_TRUE(ofFolder == QX_OPEN_FAILED || ofFolder == QX_READ_FAILED) << ofFolder;
   EXPECT_EQ(QX_SteamAPI_WriteFile("folder", "data", 4), QX_OPEN_FAILED);
   EXPECT_EQ(QX_SteamAPI_WriteFile("no such folder\\save", "data", 4), QX_OPEN_FAILED);
-  EXPECT_TRUE(buffer.IsUntouched());
 
-  // Beyond 2 GiB no size fits; such a file takes no room until it is written.
+  // A size beyond 31 bits is refused; the file takes no room until it is written.
   test::WriteFile("user/huge", "");
   std::error_code failed;
   fs::resize_file("user/huge", std::uintmax_t{1} << 32, failed);
-  if (!failed) {
-    EXPECT_EQ(Read("huge", buffer), QX_READ_FAILED);
-  }
-  if (fs::exists("/dev/full")) {  // a disk without room, where the system has one to try
-    script_.folder = "/dev";
-    // Also of what would fit a stream's buffer.
-    for (const std::uint32_t size : {1u, 100000u}) {
-      EXPECT_EQ(QX_SteamAPI_WriteFile("full", Bytes(size).data(), size), QX_WRITE_FAILED) << size;
-    }
+  EXPECT_TRUE(failed || Read("huge", buffer) == QX_READ_FAILED);
+  EXPECT_TRUE(buffer.IsUntouched());
+  if (!fs::exists("/dev/full")) return;  // a disk without room, if the system has one
+  script_.folder = "/dev";
+  // Also of what would fit a stream's buffer.
+  for (const std::uint32_t size : {1u, 100000u}) {
+    EXPECT_EQ(QX_SteamAPI_WriteFile("full", Bytes(size).data(), size), QX_WRITE_FAILED) << size;
   }
 }
 
-TEST_F(UserDataFiles, HaveAPathOfAtMost259Characters) {
+TEST_F(UserDataFiles, HavePathsOfAtMost259Characters) {
   // "user\" and the name.
   const std::string longest(254, 'n');
   const std::string tooLong(255, 'n');
@@ -86,28 +83,19 @@ TEST_F(UserDataFiles, HaveAPathOfAtMost259Characters) {
   EXPECT_EQ(Read(tooLong.c_str(), buffer), QX_FAILED);
   EXPECT_EQ(QX_SteamAPI_IsFileExist(tooLong.c_str()), 0);
   EXPECT_EQ(script_.calls, Calls(5, "GetUserDataFolder 260"));
-}
 
-TEST_F(UserDataFiles, HavePathsForTheCaller) {
-  struct Case {
-    std::uint32_t capacity;
-    ResultCode result;
-    const char* text;
-  };
-  for (const Case& tried :
-       {Case{10, QX_SUCCEEDED, "user\\save"}, Case{9, QX_FAILED, ""}, Case{5, QX_FAILED, ""}}) {
-    const GuardedBuffer buffer(tried.capacity);
-    ASSERT_EQ(QX_SteamAPI_CatUserFilePath(buffer.Text(), static_cast<std::int32_t>(tried.capacity),
-                                          "save"),
-              tried.result);
-    EXPECT_STREQ(buffer.Text(), tried.text);
+  const std::pair<std::int32_t, const char*> cases[] = {{10, "user\\save"}, {9, ""}, {5, ""}};
+  for (const auto& [capacity, text] : cases) {
+    const GuardedBuffer path(static_cast<std::size_t>(capacity));
+    EXPECT_EQ(QX_SteamAPI_CatUserFilePath(path.Text(), capacity, "save"),
+              *text != '\0' ? QX_SUCCEEDED : QX_FAILED);
+    EXPECT_STREQ(path.Text(), text);
   }
-  const GuardedBuffer folder(5);
-  EXPECT_EQ(QX_SteamAPI_GetUserDataFolder(folder.Text(), 5), 1);
-  EXPECT_STREQ(folder.Text(), "user");
+  EXPECT_EQ(QX_SteamAPI_GetUserDataFolder(buffer.Text(), 5), 1);
+  EXPECT_STREQ(buffer.Text(), "user");
 }
 
-TEST_F(UserDataFiles, AreNotTouchedWhereSteamGivesNoFolder) {
+TEST_F(UserDataFiles, AreNotTouchedIfSteamGivesNoFolder) {
   test::WriteFile("\\save", "not the user's");
   script_.folder = nullptr;
   const GuardedBuffer buffer(20);
@@ -116,22 +104,23 @@ TEST_F(UserDataFiles, AreNotTouchedWhereSteamGivesNoFolder) {
   EXPECT_EQ(QX_SteamAPI_IsFileExist("save"), 0);
   EXPECT_EQ(Read("save", buffer), QX_FAILED);
   EXPECT_EQ(QX_SteamAPI_WriteFile("save", "data", 4), QX_FAILED);
-
   // A folder that fills its buffer without a terminator is none either.
   script_.folder = "user";
   script_.terminatesFolder = false;
-  ASSERT_EQ(QX_SteamAPI_CatUserFilePath(buffer.Text(), 20, "save"), QX_FAILED);
-  EXPECT_STREQ(buffer.Text(), "");
+  EXPECT_EQ(QX_SteamAPI_CatUserFilePath(buffer.Text(), 20, "save"), QX_FAILED);
+  EXPECT_EQ(buffer.Data()[0], 0);
   EXPECT_EQ(QX_SteamAPI_WriteFile("save", "data", 4), QX_FAILED);
 }
 
-TEST_F(UserDataFiles, RefuseBadArgumentsAndThenAMissingSteam) {
+TEST_F(UserDataFiles, CheckArgumentsAndThenSteam) {
   char buffer[8] = "before";
-  const auto check = [&](std::int32_t withoutSteam) {
+  for (const bool hasUser : {true, false}) {
+    script_.hasUser = hasUser;
     EXPECT_EQ(QX_SteamAPI_GetUserDataFolder(nullptr, 8), QX_BAD_ARGUMENT);
     EXPECT_EQ(QX_SteamAPI_GetUserDataFolder(buffer, 0), QX_BAD_ARGUMENT);
     EXPECT_EQ(QX_SteamAPI_GetUserDataFolder(buffer, -1), QX_BAD_ARGUMENT);
     EXPECT_EQ(QX_SteamAPI_CatUserFilePath(nullptr, 8, "save"), QX_BAD_ARGUMENT);
+    EXPECT_EQ(QX_SteamAPI_CatUserFilePath(buffer, 0, "save"), QX_BAD_ARGUMENT);
     EXPECT_EQ(QX_SteamAPI_CatUserFilePath(buffer, -1, "save"), QX_BAD_ARGUMENT);
     EXPECT_EQ(QX_SteamAPI_CatUserFilePath(buffer, 8, nullptr), QX_BAD_ARGUMENT);
     EXPECT_EQ(QX_SteamAPI_IsFileExist(nullptr), 0);
@@ -141,17 +130,13 @@ TEST_F(UserDataFiles, RefuseBadArgumentsAndThenAMissingSteam) {
     EXPECT_EQ(QX_SteamAPI_WriteFile(nullptr, buffer, 8), QX_BAD_ARGUMENT);
     EXPECT_EQ(QX_SteamAPI_WriteFile("save", nullptr, 8), QX_BAD_ARGUMENT);
     EXPECT_EQ(QX_SteamAPI_WriteFile("save", buffer, 0), QX_BAD_ARGUMENT);
-    EXPECT_EQ(script_.calls, Calls{});
-    if (withoutSteam == 0) return;
-    EXPECT_EQ(QX_SteamAPI_GetUserDataFolder(buffer, 8), withoutSteam);
-    EXPECT_EQ(QX_SteamAPI_CatUserFilePath(buffer, 8, "save"), withoutSteam);
-    EXPECT_EQ(QX_SteamAPI_IsFileExist("save"), 0);
-    EXPECT_EQ(QX_SteamAPI_ReadFile("save", buffer, 8), withoutSteam);
-    EXPECT_EQ(QX_SteamAPI_WriteFile("save", buffer, 8), withoutSteam);
-  };
-  check(0);
-  script_.hasUser = false;
-  check(QX_NO_STEAM);
+  }
+  EXPECT_EQ(QX_SteamAPI_GetUserDataFolder(buffer, 8), QX_NO_STEAM);
+  EXPECT_EQ(QX_SteamAPI_CatUserFilePath(buffer, 8, "save"), QX_NO_STEAM);
+  EXPECT_EQ(QX_SteamAPI_IsFileExist("save"), 0);
+  EXPECT_EQ(QX_SteamAPI_ReadFile("save", buffer, 8), QX_NO_STEAM);
+  EXPECT_EQ(QX_SteamAPI_WriteFile("save", buffer, 8), QX_NO_STEAM);
+  EXPECT_EQ(script_.calls, Calls{});
   EXPECT_STREQ(buffer, "before");
 }
 

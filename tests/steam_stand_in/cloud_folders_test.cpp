@@ -1,12 +1,37 @@
 // Finds a cloud file that is lost, half written, over the quota or out of step with its copy in the
-// cloud, and a name that leads out of the cloud's folder.
+// cloud, and a name that leads out of the cloud's folder. On Linux the test takes the place of
+// system calls, to see the order of a write, and to let it fail or be killed at each.
 
-#include <limits>
-#include <string>
-#include <utility>
-#include <vector>
+#include <numeric>
+#include <set>
 
 #include "steam_stand_in/stand_in_test.h"
+
+#if !defined(_WIN32)
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+
+static std::string calls;         // f for a flush, m for a move
+static std::size_t lastCall = 0;  // fails, or kills the process; counted from 1
+static bool lastCallKills = false;
+
+static bool Fails(char call) {
+  calls += call;
+  if (calls.size() != lastCall) return false;
+  if (lastCallKills) raise(SIGKILL);
+  errno = EIO;
+  return true;
+}
+
+// The program's own functions come before the system's.
+extern "C" int fsync(int descriptor) { return Fails('f') ? -1 : fdatasync(descriptor); }
+extern "C" int rename(const char* from, const char* to) noexcept {
+  return Fails('m') ? -1 : renameat(AT_FDCWD, from, AT_FDCWD, to);
+}
+#endif
 
 namespace launcher {
 namespace {
@@ -17,217 +42,217 @@ const std::string kLocal = "stand_in/7/remote/";
 const std::string kCloud = "stand_in/7/cloud/";
 const std::string kStaging = "stand_in/7/staging/";
 
+enum Action { kWrite, kForget, kDelete, kStart, kStartWithoutCloud };
+
 class StandInCloud : public test::StandInTest {
  protected:
-  StandInCloud() { Start(R"({"accountId": 7, "quotaBytes": 10})"); }
-
-  static bool Write(const std::string& name, const std::string& content) {
-    return Storage().FileWrite(name.c_str(), content.data(),
-                               static_cast<std::int32_t>(content.size()));
-  }
-
-  static std::string Read(const std::string& name) {
-    char buffer[64];
-    const std::int32_t size = Storage().FileRead(name.c_str(), buffer, sizeof buffer);
-    return {buffer, static_cast<std::size_t>(size)};
-  }
+  StandInCloud() { Do(kStart); }
 
   static ISteamRemoteStorage& Storage() { return *SteamRemoteStorage(); }
 
-  // The names and sizes, as "name 1, other 2, ".
-  static std::string Listed() {
-    std::string list;
-    const std::int32_t count = Storage().GetFileCount();
-    for (std::int32_t i = 0; i < count; ++i) {
-      std::int32_t size = -1;
-      list += Storage().GetFileNameAndSize(i, &size);
-      list += ' ' + std::to_string(size) + ", ";
+  static bool Do(Action action, const std::string& name = "none", const std::string& content = "") {
+    const auto size = static_cast<std::int32_t>(content.size());
+    if (action == kWrite) return Storage().FileWrite(name.c_str(), content.data(), size);
+    if (action == kForget) return Storage().FileForget(name.c_str());
+    if (action == kDelete) return Storage().FileDelete(name.c_str());
+    const std::string settings = R"({"accountId": 7, "quotaBytes": 4)";
+    if (action == kStartWithoutCloud) {
+      return Start(settings + ", \"cloudEnabledFor" + name + "\": false}");
     }
-    return list;
+    // What happened without a session.
+    if (size != 0) test::WriteFile(kLocal + name, content);
+    if (size == 0) fs::remove(kLocal + name);
+    return Start(settings + '}');
+  }
+
+  // The files with their contents, as "a=12 b=34 ".
+  static std::string FilesIn(const std::string& folder) {
+    std::set<std::string> files;
+    std::error_code error;
+    for (const fs::path& path : fs::recursive_directory_iterator(folder, error)) {
+      const std::string name = path.generic_string().substr(folder.size());
+      if (!fs::is_directory(path)) files.insert(name + '=' + test::ReadFile(folder + name) + ' ');
+    }
+    return std::accumulate(files.begin(), files.end(), std::string());
   }
 };
 
-TEST_F(StandInCloud, KeepsFilesAndReadsWhatFits) {
-  const std::string content("a\0\r\n\x1Ax", 6);
-  EXPECT_FALSE(Storage().FileWrite("save", nullptr, 1));
-  EXPECT_FALSE(Storage().FileWrite("save", "x", -1));
-  EXPECT_FALSE(fs::exists("stand_in/7"));
-  ASSERT_TRUE(Write("save", content));
-  EXPECT_EQ(Storage().GetFileSize("save"), 6);
-  EXPECT_EQ(test::ReadFile(kLocal + "save"), content);
-  EXPECT_EQ(test::ReadFile(kCloud + "save"), content);
-  for (const auto& [capacity, size] : {std::pair{7, 6}, {6, 6}, {5, 5}, {0, 0}, {-1, 0}}) {
-    std::string buffer(8, '#');
-    EXPECT_EQ(Storage().FileRead("save", buffer.data(), capacity), size);
-    const auto read = static_cast<std::size_t>(size);
-    EXPECT_EQ(buffer, content.substr(0, read) + std::string(8 - read, '#'));
+TEST_F(StandInCloud, KeepsFilesAndTheirCopies) {
+  // An action, its result, and the files and copies after it. The quota is 4 bytes.
+  using Step = std::tuple<Action, const char*, const char*, bool, const char*, const char*>;
+  const Step steps[] = {
+      {kWrite, "a", "12345", false, "", ""},
+      {kWrite, "a", "1234", true, "a=1234 ", "a=1234 "},
+      {kWrite, "a", "12", true, "a=12 ", "a=12 "},
+      {kWrite, "b", "345", false, "a=12 ", "a=12 "},
+      {kWrite, "b", "34", true, "a=12 b=34 ", "a=12 b=34 "},
+      // A forgotten file stays here and makes room.
+      {kForget, "b", "", true, "a=12 b=34 ", "a=12 "},
+      {kForget, "b", "", true, "a=12 b=34 ", "a=12 "},
+      {kWrite, "c", "56", true, "a=12 b=34 c=56 ", "a=12 c=56 "},
+      {kDelete, "c", "", true, "a=12 b=34 ", "a=12 "},
+      {kDelete, "c", "", false, "a=12 b=34 ", "a=12 "},
+      {kForget, "c", "", false, "a=12 b=34 ", "a=12 "},
+      // A name is a file or a folder, and an empty folder goes with its last file.
+      {kWrite, "a/b", "3", false, "a=12 b=34 ", "a=12 "},
+      {kDelete, "b", "", true, "a=12 ", "a=12 "},
+      {kWrite, "b\\c/d", "3", true, "a=12 b/c/d=3 ", "a=12 b/c/d=3 "},
+      {kWrite, "b/c", "4", false, "a=12 b/c/d=3 ", "a=12 b/c/d=3 "},
+      {kDelete, "b", "", false, "a=12 b/c/d=3 ", "a=12 b/c/d=3 "},
+      {kDelete, "b/c\\d", "", true, "a=12 ", "a=12 "},
+      {kWrite, "b", "3", true, "a=12 b=3 ", "a=12 b=3 "},
+      // A session begins with what was changed without it, if that fits the quota, and fetches
+      // what only the cloud has.
+      {kStart, "a", "5678", true, "a=5678 b=3 ", "a=12 b=3 "},
+      {kStart, "a", "56", true, "a=56 b=3 ", "a=56 b=3 "},
+      {kForget, "b", "", true, "a=56 b=3 ", "a=56 "},
+      {kStart, "a", "", true, "a=56 b=3 ", "a=56 "},
+      {kStart, "../cloud/c", "12345", true, "a=56 b=3 c=12345 ", "a=56 c=12345 "},
+      {kWrite, "d", "", false, "a=56 b=3 c=12345 ", "a=56 c=12345 "},
+      {kDelete, "c", "", true, "a=56 b=3 ", "a=56 "},
+      // Without the cloud there are neither copies nor a quota.
+      {kStartWithoutCloud, "App", "", true, "a=56 b=3 ", "a=56 "},
+      {kWrite, "a", "78", true, "a=78 b=3 ", "a=56 "},
+      {kStartWithoutCloud, "Account", "", true, "a=78 b=3 ", "a=56 "},
+      {kWrite, "b", "12345", true, "a=78 b=12345 ", "a=56 "},
+  };
+  for (const auto& [action, name, content, succeeds, files, copies] : steps) {
+    SCOPED_TRACE(std::string(name) + ' ' + content + ' ' + files);
+    EXPECT_EQ(Do(action, name, content), succeeds);
+    EXPECT_EQ(FilesIn(kLocal), files);
+    EXPECT_EQ(FilesIn(kCloud), copies);
+    EXPECT_EQ(FilesIn(kStaging), "");
   }
-  EXPECT_EQ(Storage().FileRead("save", nullptr, 6), 0);
-  ASSERT_TRUE(Write("save", ""));
-  EXPECT_TRUE(Storage().FileExists("save"));
-  EXPECT_EQ(Storage().GetFileSize("save"), 0);
-  Start(R"({"accountId": 8})");
-  EXPECT_FALSE(Storage().FileExists("save"));
+}
+
+TEST_F(StandInCloud, ReadsWhatFitsAndReplacesFilesByWholeOnes) {
+  EXPECT_FALSE(Storage().FileWrite(nullptr, "x", 1));
+  EXPECT_FALSE(Storage().FileWrite("a", nullptr, 1));
+  EXPECT_FALSE(Storage().FileWrite("a", "x", -1));
+  EXPECT_FALSE(fs::exists("stand_in/7"));
+  const std::string old("\0\r\n\x1A", 4);
+  ASSERT_TRUE(Do(kWrite, "a", old));
+  EXPECT_EQ(Storage().FileRead("a", nullptr, 4), 0);
+  for (const auto& [capacity, text] :
+       {std::pair{5, old}, {4, old}, {3, old.substr(0, 3)}, {0, ""}, {-1, ""}}) {
+    std::string buffer(5, '#');
+    EXPECT_EQ(static_cast<std::size_t>(Storage().FileRead("a", buffer.data(), capacity)),
+              text.size());
+    EXPECT_EQ(buffer, text + std::string(5 - text.size(), '#'));
+  }
+  // Another name of the old file shows whether something was written into it.
+  fs::create_hard_link(kLocal + "a", "local");
+  fs::create_hard_link(kCloud + "a", "copy");
+  ASSERT_TRUE(Do(kWrite, "a", "new"));
+  EXPECT_EQ(test::ReadFile("local") + test::ReadFile("copy"), old + old);
+  // Any value other than 0 enables the cloud.
+  for (const int value : {0x100, 0}) {
+    Storage().SetCloudEnabledForApp(value);
+    EXPECT_EQ(Storage().IsCloudEnabledForApp(), value != 0);
+  }
+}
+
+TEST_F(StandInCloud, ListsFilesUntilItCountsOrChangesThem) {
+  for (const char* const name : {"b", "a/z", "a.x"}) ASSERT_TRUE(Do(kWrite, name, "1"));
+  EXPECT_EQ(Storage().GetFileCount(), 3);
+  test::WriteFile(kLocal + "0", "12");
+  EXPECT_STREQ(Storage().GetFileNameAndSize(0, nullptr), "a.x");
+  EXPECT_EQ(Storage().GetFileCount(), 4);
+  const std::tuple<int, std::string, int> cases[] = {{0, "0", 2}, {1, "a.x", 1}, {2, "a/z", 1},
+                                                     {3, "b", 1}, {4, "", 0},    {-1, "", 0}};
+  for (const auto& [index, name, size] : cases) {
+    std::int32_t found = 99;
+    EXPECT_EQ(Storage().GetFileNameAndSize(index, &found), name);
+    EXPECT_EQ(found, size);
+    EXPECT_EQ(Storage().GetFileSize(name.c_str()), size);
+    EXPECT_EQ(Storage().FileExists(name.c_str()), size != 0);
+  }
+  EXPECT_TRUE(Do(kDelete, "0"));
+  EXPECT_STREQ(Storage().GetFileNameAndSize(0, nullptr), "a.x");
+  EXPECT_TRUE(Do(kWrite, "0"));
+  EXPECT_STREQ(Storage().GetFileNameAndSize(0, nullptr), "0");
 }
 
 TEST_F(StandInCloud, RefusesNamesThatWindowsCannotHave) {
-  const std::string refused[] = {
-      "", "/a", "\\a", "\\\\server\\share", "C:a", ".", "..", "../a", "a\\../..\\b", "a/./b",
-      "a//b", "a/", "a.", "a ", "a.../b", "a\nb", "a\x1F", "a\x7F", "a*", "a?", "a\"b", "a<", "a>",
-      "a|b", "CON", "con", "Con.txt", "con.tar.gz", "con .txt", "a/con", "con/a", "prn", "AUX.c",
-      "nul", "CONIN$", "conout$", "COM1", "com9.log", "LPT1", "lpt9", "COM\xC2\xB9",
-      // Too long, and no UTF-8: cut, overlong, a surrogate, beyond Unicode.
-      std::string(260, 'a'), "a\xFF", "a\xC3", "a\xC3z", "\xC1\xBF", "\xE0\x9F\xBF",
-      "\xF0\x8F\xBF\xBF", "\xED\xA0\x80", "\xED\xBF\xBF", "\xF4\x90\x80\x80"};
-  for (const std::string& name : refused) {
-    SCOPED_TRACE(name);
-    EXPECT_FALSE(Write(name, "x"));
-    EXPECT_EQ(Read(name), "");
-    EXPECT_FALSE(Storage().FileExists(name.c_str()));
-    EXPECT_EQ(Storage().GetFileSize(name.c_str()), 0);
-    EXPECT_FALSE(Storage().FileForget(name.c_str()));
-    EXPECT_FALSE(Storage().FileDelete(name.c_str()));
-    EXPECT_FALSE(fs::exists("stand_in/7"));
-  }
-  EXPECT_FALSE(Storage().FileWrite(nullptr, "x", 1));
-  for (const char* const name : {"a.b", ".a", "..a", "a b", "con1", "xcon", "com", "com0", "com10",
-                                 "~a", "a%2e%2e", "\xC2\x80", "\xE0\xA0\x80", "\xED\x9F\xBF",
-                                 "\xEE\x80\x80", "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBD"}) {
-    SCOPED_TRACE(name);
-    EXPECT_TRUE(Write(name, "x"));
-    EXPECT_EQ(Listed(), std::string(name) + " 1, ");
-    EXPECT_TRUE(Storage().FileDelete(name));
+  const char* const refused[] = {
+      "", "/a", "C:a", "..", "a/./b", "a//b", "a\\", "a ", "a\x1F", "a\x7F", "a*", "a?", "a\"b",
+      "a<", "a>", "a|b", "Con.txt", "con .txt", "a/prn", "nul/a", "AUX.c", "CONIN$", "conout$",
+      "COM1", "lpt9", "COM\xC2\xB9",
+      // No UTF-8: cut, overlong, a surrogate, beyond Unicode.
+      "a\xFF", "a\xC3", "a\xC3z", "\xC1\xBF", "\xE0\x9F\xBF", "\xF0\x8F\xBF\xBF", "\xED\xA0\x80",
+      "\xED\xBF\xBF", "\xF4\x90\x80\x80"};
+  for (const char* const name : refused) EXPECT_FALSE(Do(kWrite, name, "x")) << name;
+  EXPECT_FALSE(fs::exists("stand_in/7"));
+  for (const char* const name :
+       {"..a b", "con1", "xcon", "com", "com0", "com10", "~a", "\xC2\x80", "\xE0\xA0\x80",
+        "\xED\x9F\xBF", "\xEE\x80\x80", "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBD"}) {
+    EXPECT_TRUE(Do(kWrite, name, "x")) << name;
+    EXPECT_STREQ(Storage().GetFileNameAndSize(0, nullptr), name);
+    EXPECT_TRUE(Do(kDelete, name)) << name;
   }
 }
 
-TEST_F(StandInCloud, ListsFilesAndFoldersInTheOrderOfNames) {
-  ASSERT_TRUE(Write("a\\b/c", "x"));
-  EXPECT_EQ(Read("a/b\\c"), "x");
-  // A name is a file or a folder, and an empty folder goes with its last file.
-  EXPECT_FALSE(Write("a/b", "y"));
-  EXPECT_FALSE(Write("a/b/c/d", "y"));
-  EXPECT_FALSE(Storage().FileExists("a"));
-  EXPECT_FALSE(Storage().FileDelete("a"));
-  EXPECT_TRUE(Storage().FileDelete("a/b/c"));
-  EXPECT_FALSE(fs::exists(kCloud + "a"));
-  EXPECT_TRUE(fs::exists(kLocal));
-  ASSERT_TRUE(Write("a", "y"));
-  ASSERT_TRUE(Storage().FileDelete("a"));
-  for (const char* const name : {"b", "a/z", "c", "a.x"}) ASSERT_TRUE(Write(name, name));
-  EXPECT_EQ(Listed(), "a.x 3, a/z 3, b 1, c 1, ");
-
-  constexpr int kGreatest = std::numeric_limits<int>::max();
-  for (const int index : {4, -1, kGreatest, -kGreatest - 1}) {
-    std::int32_t size = 99;
-    EXPECT_STREQ(Storage().GetFileNameAndSize(index, &size), "");
-    EXPECT_EQ(size, 0);
-  }
-  // The list stays until this process counts or changes files.
-  test::WriteFile(kLocal + "0", "x");
-  EXPECT_STREQ(Storage().GetFileNameAndSize(0, nullptr), "a.x");
-  EXPECT_EQ(Storage().GetFileCount(), 5);
-  EXPECT_STREQ(Storage().GetFileNameAndSize(0, nullptr), "0");
-  EXPECT_TRUE(Storage().FileDelete("0"));
-  EXPECT_STREQ(Storage().GetFileNameAndSize(0, nullptr), "a.x");
-  EXPECT_TRUE(Write("0", ""));
-  EXPECT_STREQ(Storage().GetFileNameAndSize(0, nullptr), "0");
-}
-
-// Only the difference counts for a file that is replaced.
-TEST_F(StandInCloud, RespectsTheQuota) {
-  struct Case {
-    const char* name;
-    std::size_t size;
-    bool fits;
-  };
-  const Case cases[] = {{"a", 11, false}, {"a", 10, true}, {"b", 1, false},
-                        {"b", 0, true},   {"a", 10, true}, {"a", 11, false},
-                        {"a", 6, true},   {"b", 5, false}, {"b", 4, true}};
-  for (const Case& each : cases) {
-    EXPECT_EQ(Write(each.name, std::string(each.size, 'x')), each.fits) << each.size;
-  }
-  // A forgotten file stays and makes room.
-  EXPECT_TRUE(Storage().FileForget("b"));
-  EXPECT_TRUE(Write("c", "zzzz"));
-  EXPECT_FALSE(Write("b", "z"));
-  EXPECT_EQ(Read("b"), "xxxx");
-  EXPECT_TRUE(Storage().FileDelete("c"));
-  EXPECT_TRUE(Write("b", "z"));
-}
-
-TEST_F(StandInCloud, ForgetsAndDeletes) {
-  ASSERT_TRUE(Write("a", "x"));
-  EXPECT_TRUE(Storage().FileForget("a"));
-  EXPECT_FALSE(fs::exists(kCloud + "a"));
-  EXPECT_EQ(Listed(), "a 1, ");
-  EXPECT_TRUE(Storage().FileForget("a"));
-  ASSERT_TRUE(Write("a", "y"));
-  EXPECT_TRUE(Storage().FileDelete("a"));
-  EXPECT_FALSE(fs::exists(kCloud + "a"));
-  EXPECT_FALSE(fs::exists(kLocal + "a"));
-  EXPECT_FALSE(Storage().FileDelete("a"));
-  EXPECT_FALSE(Storage().FileForget("a"));
-}
-
-TEST_F(StandInCloud, HasNeitherCopiesNorAQuotaIfItIsOff) {
-  ASSERT_TRUE(Write("a", "x"));
-  Storage().SetCloudEnabledForApp(0x100);
-  EXPECT_TRUE(Storage().IsCloudEnabledForApp());
-  Storage().SetCloudEnabledForApp(0);
-  EXPECT_FALSE(Storage().IsCloudEnabledForApp());
-  const std::string large(11, 'y');
-  ASSERT_TRUE(Write("a", large));
-  for (const char* const which : {"Account", "App"}) {
-    Start(R"({"accountId": 7, "quotaBytes": 10, "cloudEnabledFor)" + std::string(which) +
-          "\": false}");
-    ASSERT_TRUE(Write("b", large));
-    EXPECT_EQ(test::ReadFile(kCloud + "a"), "x");
-    EXPECT_FALSE(fs::exists(kCloud + "b"));
+#if !defined(_WIN32)
+TEST_F(StandInCloud, KeepsTheOldFileIfAWriteFailsOrIsKilled) {
+  // The call that fails, or kills the process, and the calls up to it, except of a killed process.
+  const std::tuple<std::size_t, bool, std::string, std::string> cases[] = {
+      {0, false, "ffmfmf", "newnew"}, {1, false, "f", "oldold"},     {2, false, "ff", "oldold"},
+      {3, false, "ffm", "oldold"},    {5, false, "ffmfm", "newold"}, {1, true, "", "oldold"},
+      {3, true, "", "oldold"},        {4, true, "", "newold"}};
+  for (const auto& [last, kills, expected, contents] : cases) {
+    SCOPED_TRACE(expected + std::to_string(last));
+    ASSERT_TRUE(Do(kWrite, "a", "old"));
+    calls.clear();
+    lastCall = last;
+    lastCallKills = kills;
+    if (kills) {
+      EXPECT_EXIT(Do(kWrite, "a", "new"), testing::KilledBySignal(SIGKILL), "");
+    } else {
+      EXPECT_EQ(Do(kWrite, "a", "new"), contents[0] == 'n');
+      EXPECT_EQ(FilesIn(kStaging), "");
+    }
+    EXPECT_EQ(calls, expected);
+    EXPECT_EQ(test::ReadFile(kLocal + "a") + test::ReadFile(kCloud + "a"), contents);
+    // A session that begins makes the copy, as carefully.
+    calls.clear();
+    lastCall = 1;
+    lastCallKills = false;
+    EXPECT_TRUE(Do(kStart));
+    EXPECT_EQ(test::ReadFile(kLocal + "a") + test::ReadFile(kCloud + "a"), contents);
+    EXPECT_EQ(FilesIn(kStaging), "");
+    lastCall = 0;
   }
 }
 
-TEST_F(StandInCloud, CatchesUpWhenASessionBegins) {
-  for (const char* const name : {"changed", "lost", "forgotten"}) ASSERT_TRUE(Write(name, "x"));
-  Storage().FileForget("forgotten");
-  SteamAPI_Shutdown();
-  test::WriteFile(kLocal + "changed", "y");
-  fs::remove(kLocal + "lost");
-  test::WriteFile(kStaging + "999999999-1", "half a fi");
-  ASSERT_TRUE(SteamAPI_Init());
-  EXPECT_EQ(test::ReadFile(kLocal + "changed"), "y");
-  EXPECT_EQ(test::ReadFile(kCloud + "changed"), "y");
-  EXPECT_EQ(test::ReadFile(kLocal + "lost"), "x");
-  EXPECT_EQ(test::ReadFile(kLocal + "forgotten"), "x");
-  EXPECT_FALSE(fs::exists(kCloud + "forgotten"));
-  EXPECT_TRUE(fs::is_empty(kStaging));
-
-  // A file that outgrew the quota meanwhile stays, and its copy too. 9 bytes and 1 still fit.
-  for (const std::size_t size : {std::size_t{10}, std::size_t{9}}) {
-    SteamAPI_Shutdown();
-    const std::string content(size, 'z');
-    test::WriteFile(kLocal + "changed", content);
-    ASSERT_TRUE(SteamAPI_Init());
-    EXPECT_EQ(test::ReadFile(kLocal + "changed"), content);
-    EXPECT_EQ(test::ReadFile(kCloud + "changed"), size == 9 ? content : "y");
-  }
-}
-
-TEST_F(StandInCloud, ReplacesFilesByWholeOnes) {
-  ASSERT_TRUE(Write("save", "old"));
-  // Another name of the old file shows whether somebody wrote into it.
+TEST_F(StandInCloud, IsNotLeftOverLinksAndKeepsWhatOthersStage) {
+  test::WriteFile("a", "x");
   for (const std::string& folder : {kLocal, kCloud}) {
-    fs::create_hard_link(folder + "save", "stand_in/" + std::to_string(folder.size()));
+    fs::create_directories(folder);
+    fs::create_directory_symlink(fs::absolute("."), folder + "folder");
+    fs::create_symlink(fs::absolute("a"), folder + "file");
+    for (const char* const name : {"folder/a", "file"}) {
+      char buffer[8];
+      EXPECT_FALSE(Do(kWrite, name, "y") || Do(kDelete, name));
+      EXPECT_EQ(Storage().FileRead(name, buffer, 8), 0);
+    }
+    test::WriteFile(folder + "con", "x");  // nor is a file listed whose name is refused
+    EXPECT_EQ(Storage().GetFileCount(), 0);
+    fs::remove_all(folder);
   }
-  ASSERT_TRUE(Write("save", "new"));
-  for (const std::string& folder : {kLocal, kCloud}) {
-    EXPECT_EQ(test::ReadFile("stand_in/" + std::to_string(folder.size())), "old");
-    EXPECT_EQ(test::ReadFile(folder + "save"), "new");
+  EXPECT_EQ(test::ReadFile("a"), "x");
+  const std::string longest = std::string(129, 'a') + '/' + std::string(129, 'b');
+  EXPECT_TRUE(Do(kWrite, longest));
+  EXPECT_FALSE(Do(kWrite, longest + 'b'));
+  const int lowest = dup(0);  // the next free descriptor
+  for (const int writer : {getpid(), getppid(), 1}) {
+    const std::string staged = kStaging + std::to_string(writer) + "-0";
+    test::WriteFile(staged, "");
+    EXPECT_TRUE(Do(kStart));
+    EXPECT_EQ(fs::exists(staged), writer != getpid());
   }
-  fs::create_directories(kLocal + "b");
-  EXPECT_FALSE(Write("b", "y"));
-  EXPECT_FALSE(fs::exists(kCloud + "b"));
-  EXPECT_TRUE(fs::is_empty(kStaging));
+  EXPECT_EQ(dup(0), lowest + 1) << "a file stayed open";
 }
+#endif
 
 }  // namespace
 }  // namespace launcher

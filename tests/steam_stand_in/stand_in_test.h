@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 
@@ -13,6 +12,7 @@
 #include "steam_stand_in/stand_in.h"
 #include "support/data_file.h"
 #include "support/scratch_directory.h"
+#include "support/system.h"
 
 namespace launcher::test {
 
@@ -21,23 +21,12 @@ class StandInTest : public ScratchTest {
  protected:
   ~StandInTest() override { SteamAPI_Shutdown(); }
 
-  static void WriteSettings(const std::string& settings) {
+  // Ends the session, if there is one, and starts another with these settings.
+  static bool Start(const std::string& settings) {
+    SteamAPI_Shutdown();
     std::filesystem::create_directories("stand_in");
     WriteFile("stand_in/steam_settings.json", settings);
-  }
-
-  // Begins a new session.
-  static void Start(const std::string& settings) {
-    SteamAPI_Shutdown();
-    WriteSettings(settings);
-    ASSERT_TRUE(SteamAPI_Init());
-  }
-
-  // The URL of a page of tests/support/http_server.py.
-  static std::string UrlOf(const std::string& page) {
-    const char* const port = std::getenv("TEST_HTTP_PORT");
-    if (port == nullptr) ADD_FAILURE() << "no server: run this program by http_server.py";
-    return std::string("http://127.0.0.1:") + (port == nullptr ? "1" : port) + page;
+    return SteamAPI_Init();
   }
 };
 
