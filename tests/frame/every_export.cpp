@@ -76,6 +76,8 @@ struct Outputs {
         #name, __VA_ARGS__                                        \
   }
 
+}  // namespace
+
 const std::vector<ExportCall> kEveryExport = {
     CALL(QX_Allocate, (&out.block, 100), {0}, {}, {{QX_OUT_OF_MEMORY, "null"}}),
     CALL(QX_LoadString, (1001, out.text, 80), {0, "https://api.orvane.example/api"}, {{QX_FAILED}},
@@ -129,8 +131,6 @@ const std::vector<ExportCall> kEveryExport = {
 };
 #undef CALL
 
-}  // namespace
-
 bool operator==(const Outcome& one, const Outcome& other) {
   return one.result == other.result && std::strcmp(one.output, other.output) == 0;
 }
@@ -152,8 +152,6 @@ void Caller::Prepare() const {
   KnownContainer();
   ClientPath();
 }
-
-const std::vector<ExportCall>& EveryExport() { return kEveryExport; }
 
 SteamScript& UseScriptedSteam() {
   static auto& script = LoadScript<SteamScript>(SCRIPTED_STEAM, "GetSteamScript");

@@ -41,7 +41,7 @@ struct ExportCall {
   std::vector<Outcome> outOfMemory;  // and if memory runs out
 };
 
-const std::vector<ExportCall>& EveryExport();
+extern const std::vector<ExportCall> kEveryExport;
 
 // Load the scripted Steam and Direct3D, which return successes and note no calls.
 SteamScript& UseScriptedSteam();

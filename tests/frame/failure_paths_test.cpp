@@ -33,7 +33,7 @@ std::string RecordedCalls() {
 using FailurePaths = test::ScratchTest;
 
 test::Outcome Call(const std::string& name) {
-  for (const test::ExportCall& exported : test::EveryExport()) {
+  for (const test::ExportCall& exported : test::kEveryExport) {
     if (exported.name == name) return exported.call(test::Caller(0));
   }
   return {};

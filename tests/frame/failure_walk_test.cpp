@@ -90,7 +90,7 @@ TEST_F(FailureWalk, FindsDocumentedResultsAndNothingOpen) {
   kinds.push_back(test::PlannedFaults("Direct3D", direct3D_.failures));
   for (const FaultKind& kind : kinds) {
     int uses = 0;
-    for (const ExportCall& walked : test::EveryExport()) {
+    for (const ExportCall& walked : test::kEveryExport) {
       // Each failure starts a client.
       if (!test::kTriesEverything && walked.name == "QX_CreateProcess") continue;
       const std::string printed = test::StandardOutputOf([&] {

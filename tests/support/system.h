@@ -51,12 +51,13 @@ Script& LoadScript(const char* name, const char* getter) {
 // not be started.
 int RunProgram(std::string commandLine);
 
-// Create a symbolic link, or remove one if there is one. Throw if that fails.
+// Create a symbolic link, or remove one if there is one. Throw if that fails. For Windows they need
+// Wine.
 void MakeLink(const std::string& target, const std::string& link);
 void RemoveLink(const std::string& link);
 
 // True if the system's functions can remove a link to a directory. Those of Wine cannot.
-bool SystemRemovesLinks();
+inline bool SystemRemovesLinks() { return !kIsWindows; }
 
 // Runs `body` in `count` threads at the same time, each with its number from 0 on, and waits for
 // all. A stack size of 0 is the system's.
@@ -71,10 +72,6 @@ inline void RunInThread(std::size_t stackSize, const std::function<void()>& body
 
 // Returns memory directly before a page that cannot be accessed.
 std::shared_ptr<std::uint8_t> MapBeforeGuardPage(std::size_t size);
-
-// Keeps the provider of CryptoAPI loaded. Otherwise each digest loads it again, which takes Wine in
-// an emulator a second.
-void KeepDigestLoaded();
 
 }  // namespace launcher::test
 

@@ -34,8 +34,6 @@ void MakeLink(const std::string& target, const std::string& link) {
 
 void RemoveLink(const std::string& link) { std::filesystem::remove(link); }
 
-bool SystemRemovesLinks() { return true; }
-
 void RunInThreads(int count, const std::function<void(int number)>& body, std::size_t stackSize) {
   const auto start = [](void* run) -> void* {
     (*static_cast<std::function<void()>*>(run))();
@@ -62,7 +60,5 @@ std::shared_ptr<std::uint8_t> MapBeforeGuardPage(std::size_t size) {
   mprotect(guard, kPage, PROT_NONE);
   return {guard - size, [=](std::uint8_t*) { munmap(pages, used + kPage); }};
 }
-
-void KeepDigestLoaded() {}
 
 }  // namespace launcher::test

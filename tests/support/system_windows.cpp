@@ -51,7 +51,7 @@ void* LoadFunction(const std::string& path, const char* name) {
   return reinterpret_cast<void*>(function);
 }
 
-// Wine cannot create and remove links. There the system below it does, and Wine sees a link.
+// Wine cannot create and remove links. The system below it does, and Wine sees a link.
 void MakeLink(const std::string& target, const std::string& link) {
   std::string unixTarget = target.substr(target.compare(0, 2, "Z:") == 0 ? 2 : 0);
   std::replace(unixTarget.begin(), unixTarget.end(), '\\', '/');
@@ -60,13 +60,7 @@ void MakeLink(const std::string& target, const std::string& link) {
 }
 
 void RemoveLink(const std::string& link) {
-  const auto isGone = [&] { return !std::filesystem::exists(link); };
-  if (isGone() || RemoveDirectoryA(link.c_str()) != FALSE) return;
-  RunBelowWine("rm \"" + link + '"', isGone);
-}
-
-bool SystemRemovesLinks() {
-  return GetProcAddress(GetModuleHandleA("ntdll.dll"), "wine_get_version") == nullptr;
+  RunBelowWine("rm -f \"" + link + '"', [&] { return !std::filesystem::exists(link); });
 }
 
 void RunInThreads(int count, const std::function<void(int number)>& body, std::size_t stackSize) {
@@ -92,7 +86,5 @@ std::shared_ptr<std::uint8_t> MapBeforeGuardPage(std::size_t size) {
   VirtualProtect(guard, kPage, PAGE_NOACCESS, &previous);
   return {guard - size, [=](std::uint8_t*) { VirtualFree(pages, 0, MEM_RELEASE); }};
 }
-
-void KeepDigestLoaded() { LoadLibraryA("rsaenh.dll"); }
 
 }  // namespace launcher::test
