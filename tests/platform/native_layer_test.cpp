@@ -3,8 +3,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
-
-#include <filesystem>
+#include <unistd.h>
 
 #include "platform/posix/command_line.h"
 #include "platform/posix/faults.h"
@@ -27,6 +26,8 @@ TEST(NativeLayer, SplitsCommandLinesAsWindowsDoes) {
 }
 
 TEST(NativeLayer, RefusesWhatIsNoFileOrProgram) {
+  const int firstFree = dup(0);
+  close(firstFree);
   WIN32_FIND_DATAA entry = {};
   for (const char* const pattern : {"\\\\*.*", "//*.*", "\\\\server\\share\\*.*", "C:\\*.*", "."}) {
     EXPECT_EQ(FindFirstFileA(pattern, &entry), INVALID_HANDLE_VALUE) << pattern;
@@ -35,6 +36,7 @@ TEST(NativeLayer, RefusesWhatIsNoFileOrProgram) {
   EXPECT_EQ(OpenProcess(PROCESS_VM_READ, FALSE, 0x7FFFFFFF), nullptr);
   EXPECT_EQ(test::RunProgram("no_program"), -1);
   EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a process that failed to start";
+  EXPECT_EQ(dup(0), firstFree) << "nothing stays open";
   EXPECT_EQ(OpenObjectCount(), 0);
 }
 
