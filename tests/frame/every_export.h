@@ -1,4 +1,4 @@
-// A call of each export that can fail, with good arguments, and what can come of it.
+// Calls of the exports that take or ask for something, with good arguments and all their outcomes.
 
 #ifndef LAUNCHER_TESTS_FRAME_EVERY_EXPORT_H_
 #define LAUNCHER_TESTS_FRAME_EVERY_EXPORT_H_
@@ -13,17 +13,16 @@
 
 namespace launcher::test {
 
-// The files of one of many callers in a directory. The names exist before a call, which may find no
-// memory.
+// The files of one of many callers in a directory.
 struct Caller {
   explicit Caller(int number);
 
-  // Creates the missing ones.
+  // Creates the missing files.
   void Prepare() const;
 
-  char file[24];
-  char tree[24];
-  char userFile[24];
+  std::string file;
+  std::string tree;
+  std::string userFile;
 };
 
 // A result, and what the outputs hold, as text.
@@ -42,10 +41,9 @@ struct ExportCall {
   std::vector<Outcome> outOfMemory;  // and if memory runs out
 };
 
-const std::vector<ExportCall>& EveryExport();
+extern const std::vector<ExportCall> kEveryExport;
 
-// Load the scripted Steam and Direct3D, which return successes and note no calls. Steam is
-// initialised.
+// Load the scripted Steam and Direct3D, which return successes and note no calls.
 SteamScript& UseScriptedSteam();
 Direct3DScript& UseScriptedDirect3D();
 

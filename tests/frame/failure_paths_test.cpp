@@ -3,9 +3,7 @@
 // a settings file that could be lost.
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
-#include <csignal>
 #include <filesystem>
 #include <string>
 
@@ -32,18 +30,14 @@ std::string RecordedCalls() {
   return text;
 }
 
-class FailurePaths : public test::ScratchTest {
- protected:
-  FailurePaths() { test::UseScriptedSteam(); }
+using FailurePaths = test::ScratchTest;
 
-  static test::Outcome Call(const std::string& name) {
-    test::Outcome outcome = {};
-    for (const test::ExportCall& exported : test::EveryExport()) {
-      if (exported.name == name) outcome = exported.call(test::Caller(0));
-    }
-    return outcome;
+test::Outcome Call(const std::string& name) {
+  for (const test::ExportCall& exported : test::kEveryExport) {
+    if (exported.name == name) return exported.call(test::Caller(0));
   }
-};
+  return {};
+}
 
 #define CNG_HASH "BCryptCreateHash BCryptHashData"
 #define CNG CNG_HASH " BCryptFinishHash BCryptDestroyHash"
@@ -94,7 +88,7 @@ TEST_F(FailurePaths, HaveOneResultAndOneOrder) {
       {"QX_CommandLineToArgvA", "CommandLineToArgvW", {-1}, "CommandLineToArgvW"},
       {"QX_CommandLineToArgvA", "LocalAlloc", {-1}, "CommandLineToArgvW LocalAlloc"},
       {"QX_CommandLineToArgvA", "WideCharToMultiByte", {-1}, ARGV},
-      {"QX_CommandLineToArgvA", "", {0, "argv"}, ARGV " LocalAlloc WideCharToMultiByte"},
+      {"QX_CommandLineToArgvA", "", {0}, ARGV " LocalAlloc WideCharToMultiByte"},
       {"QX_SteamAPI_ReadFile", "_stat64", {-4}, "SteamUser _stat64"},
       {"QX_SteamAPI_ReadFile", "_fsopen", {-1000}, "SteamUser _stat64 _fsopen"},
       {"QX_SteamAPI_ReadFile", "fread", {-1002}, "SteamUser _stat64 _fsopen fread fclose"},
@@ -108,6 +102,7 @@ TEST_F(FailurePaths, HaveOneResultAndOneOrder) {
       {"QX_IsStaging", "close", {1}, "_fsopen " NEW_FILE " " NEW_FILE},
       {"QX_IsStaging", "rename", {1}, "_fsopen " NEW_FILE " rename " NEW_FILE},
   };
+  test::UseScriptedSteam();
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name + std::string(", ") + row.failing);
     std::filesystem::remove("config.json");
@@ -128,20 +123,6 @@ TEST_F(FailurePaths, HaveOneResultAndOneOrder) {
     EXPECT_EQ(posix::StopFailing(), *row.failing != '\0');
     EXPECT_EQ(posix::OpenObjectCount(), 0);
   }
-}
-
-TEST_F(FailurePaths, OfAFullDiskLeaveTheDefaultsAndNoFile) {
-  const auto ignored = std::signal(SIGXFSZ, SIG_IGN);
-  rlimit before = {};
-  getrlimit(RLIMIT_FSIZE, &before);
-  const rlimit small = {100, before.rlim_max};
-  setrlimit(RLIMIT_FSIZE, &small);
-  std::int32_t isStaging = 0;
-  test::StandardOutputOf([&] { isStaging = QX_IsStaging(); });
-  setrlimit(RLIMIT_FSIZE, &before);
-  std::signal(SIGXFSZ, ignored);
-  EXPECT_EQ(isStaging, 1);
-  EXPECT_EQ(test::ScratchDirectory::FileCount(), 0u);
 }
 
 TEST_F(FailurePaths, NeverCostTheSettingsFile) {

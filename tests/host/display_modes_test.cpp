@@ -11,7 +11,6 @@
 #include "launcher_dll.h"
 #include "launcher_dll.hpp"
 #include "support/guarded_buffer.h"
-#include "support/scripted_library.h"
 
 namespace launcher {
 namespace {

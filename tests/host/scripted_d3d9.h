@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "support/failure_plan.h"
+#include "support/faults.h"
 
 namespace launcher::test {
 

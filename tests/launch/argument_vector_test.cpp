@@ -7,7 +7,6 @@
 
 #include "launch/launch_child.h"
 #include "support/data_file.h"
-#include "support/run_program.h"
 #include "support/scratch_directory.h"
 #include "support/system.h"
 

@@ -15,7 +15,6 @@
 #include "launcher_dll.h"
 #include "platform/posix/faults.h"
 #include "support/data_file.h"
-#include "support/run_program.h"
 #include "support/scratch_directory.h"
 #include "support/system.h"
 

@@ -12,7 +12,6 @@
 #include "steam/scripted_steam.h"
 #include "support/guarded_buffer.h"
 #include "support/scratch_directory.h"
-#include "support/scripted_library.h"
 #include "support/system.h"
 
 namespace launcher::test {

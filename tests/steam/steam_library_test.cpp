@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <string>
 
-#include "support/run_program.h"
 #include "support/scratch_directory.h"
 #include "support/system.h"
 

@@ -22,7 +22,6 @@ std::atomic<int> openBlocks{0};
 
 extern "C" {
 
-void* __real_malloc(std::size_t size);
 void* __real_calloc(std::size_t count, std::size_t size);
 void __real_free(void* block);
 std::FILE* __real_fopen(const char* path, const char* mode);
@@ -32,17 +31,13 @@ std::size_t __real_fread(void* buffer, std::size_t size, std::size_t count, std:
 std::size_t __real_fwrite(const void* buffer, std::size_t size, std::size_t count, std::FILE* file);
 void __real__Z5Sleepj(DWORD milliseconds);
 
-void* __wrap_malloc(std::size_t size) {
-  void* const block = memory.IsDue() ? nullptr : __real_malloc(size);
-  if (block != nullptr) ++openBlocks;
-  return block;
-}
-// What the compiler makes of malloc and memset.
+// The compiler makes calloc of malloc and memset.
 void* __wrap_calloc(std::size_t count, std::size_t size) {
   void* const block = memory.IsDue() ? nullptr : __real_calloc(count, size);
   if (block != nullptr) ++openBlocks;
   return block;
 }
+void* __wrap_malloc(std::size_t size) { return __wrap_calloc(1, size); }
 void __wrap_free(void* block) {
   if (block != nullptr) --openBlocks;
   __real_free(block);
@@ -67,7 +62,7 @@ std::size_t __wrap_fwrite(const void* buffer, std::size_t size, std::size_t coun
   return posix::MustFail("fwrite") ? 0 : __real_fwrite(buffer, size, count, file);
 }
 
-// The order of calls is tested, not the disk; and waiting is no subject of these tests.
+// The order of calls is tested, not the disk, and nobody waits here for a client.
 int __wrap_fsync(int /*descriptor*/) { return 0; }
 void __wrap__Z5Sleepj(DWORD milliseconds) { __real__Z5Sleepj(std::min<DWORD>(milliseconds, 10)); }
 
@@ -78,26 +73,14 @@ void* operator new(std::size_t size) {
   if (block == nullptr) throw std::bad_alloc();
   return block;
 }
-void* operator new[](std::size_t size) { return operator new(size); }
-void* operator new[](std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
-  return __wrap_malloc(size == 0 ? 1 : size);
-}
 void operator delete(void* block) noexcept { __wrap_free(block); }
 void operator delete(void* block, std::size_t /*size*/) noexcept { __wrap_free(block); }
-void operator delete[](void* block) noexcept { __wrap_free(block); }
-void operator delete[](void* block, std::size_t /*size*/) noexcept { __wrap_free(block); }
 
 namespace launcher::test {
 
 std::vector<FaultKind> FaultKinds() {
   const auto start = [](int n, bool andAllAfter) { posix::FailCall(nullptr, n, andAllAfter); };
-  const auto startWithoutCng = [start](int n, bool andAllAfter) {
-    start(n, andAllAfter);
-    posix::FailEveryCall("BCryptCreateHash");
-  };
-  return {{"calls", start, posix::StopFailing},
-          {"calls without CNG", startWithoutCng, posix::StopFailing},
-          PlannedFaults("memory", memory)};
+  return {{"calls", start, posix::StopFailing}, PlannedFaults("memory", memory)};
 }
 
 int OpenObjectCount() { return posix::OpenObjectCount() + openBlocks; }

@@ -3,38 +3,34 @@
 #ifndef LAUNCHER_TESTS_SUPPORT_GUARDED_BUFFER_H_
 #define LAUNCHER_TESTS_SUPPORT_GUARDED_BUFFER_H_
 
-#include <cstddef>
-#include <cstdint>
+#include <algorithm>
 
 #include "support/bytes.h"
+#include "support/system.h"
 
 namespace launcher::test {
 
-constexpr std::size_t kPageSize = 4096;
-
-// `size` bytes at the end of a page, filled with kFill. A read or write after them ends the test
-// program.
+// Bytes at the end of a page, filled with kFill if only their number is given. A read or write
+// after them ends the test program.
 class GuardedBuffer {
  public:
   static constexpr std::uint8_t kFill = 0xCD;
 
-  explicit GuardedBuffer(std::size_t size);
-  explicit GuardedBuffer(const Bytes& content);
-  GuardedBuffer(const GuardedBuffer&) = delete;
-  GuardedBuffer& operator=(const GuardedBuffer&) = delete;
-  ~GuardedBuffer();
+  explicit GuardedBuffer(std::size_t size) : GuardedBuffer(Bytes(size, kFill)) {}
+  explicit GuardedBuffer(const Bytes& content)
+      : size_(content.size()), memory_(MapBeforeGuardPage(size_)) {
+    std::copy(content.begin(), content.end(), Data());
+  }
 
-  std::uint8_t* Data() const { return data_; }
-  char* Text() const { return reinterpret_cast<char*>(data_); }
+  std::uint8_t* Data() const { return memory_.get(); }
+  char* Text() const { return reinterpret_cast<char*>(Data()); }
   std::uint32_t Size() const { return static_cast<std::uint32_t>(size_); }
-  Bytes Content() const { return Bytes(data_, data_ + size_); }
+  Bytes Content() const { return Bytes(Data(), Data() + size_); }
   bool IsUntouched() const { return Content() == Bytes(size_, kFill); }
 
  private:
   std::size_t size_;
-  std::size_t mappedSize_;
-  std::uint8_t* pages_;
-  std::uint8_t* data_;
+  std::shared_ptr<std::uint8_t> memory_;
 };
 
 }  // namespace launcher::test

@@ -1,13 +1,5 @@
 #include "support/imitated_cpu.h"
 
-#include <optional>
-
-namespace {
-
-std::optional<launcher::CpuFeatures> imitated;
-
-}  // namespace
-
 #if defined(__clang__)
 // The names are the linker's; no C code calls them.
 #pragma clang diagnostic ignored "-Wreturn-type-c-linkage"
@@ -17,12 +9,6 @@ std::optional<launcher::CpuFeatures> imitated;
 // the original.
 extern "C" launcher::CpuFeatures __real__ZN8launcher7ThisCpuEv();
 extern "C" launcher::CpuFeatures __wrap__ZN8launcher7ThisCpuEv() {
+  const auto& imitated = launcher::test::ImitatedCpu::features;
   return imitated ? *imitated : __real__ZN8launcher7ThisCpuEv();
 }
-
-namespace launcher::test {
-
-ImitatedCpu::ImitatedCpu(const CpuFeatures& features) { imitated = features; }
-ImitatedCpu::~ImitatedCpu() { imitated.reset(); }
-
-}  // namespace launcher::test

@@ -3,6 +3,8 @@
 #ifndef LAUNCHER_TESTS_SUPPORT_IMITATED_CPU_H_
 #define LAUNCHER_TESTS_SUPPORT_IMITATED_CPU_H_
 
+#include <optional>
+
 #include "platform/cpu_features.h"
 
 namespace launcher::test {
@@ -11,10 +13,12 @@ namespace launcher::test {
 // are linked with --wrap for ThisCpu.
 class ImitatedCpu {
  public:
-  explicit ImitatedCpu(const CpuFeatures& features);
+  explicit ImitatedCpu(const CpuFeatures& imitated) { features = imitated; }
   ImitatedCpu(const ImitatedCpu&) = delete;
   ImitatedCpu& operator=(const ImitatedCpu&) = delete;
-  ~ImitatedCpu();
+  ~ImitatedCpu() { features.reset(); }
+
+  static inline std::optional<CpuFeatures> features;
 };
 
 }  // namespace launcher::test

@@ -4,6 +4,8 @@
 #define LAUNCHER_TESTS_SUPPORT_IMPORT_PATCH_WINDOWS_H_
 
 #include <windows.h>
+// It needs windows.h first.
+#include <imagehlp.h>
 
 #include <cstring>
 #include <stdexcept>
@@ -15,37 +17,29 @@ namespace launcher::test {
 class ImportPatch {
  public:
   ImportPatch(const char* name, void* replacement) : slot_(SlotOf(name)), original_(*slot_) {
-    Write(replacement);
+    DWORD protection = 0;
+    VirtualProtect(slot_, sizeof *slot_, PAGE_READWRITE, &protection);
+    *slot_ = replacement;
   }
   ImportPatch(const ImportPatch&) = delete;
   ImportPatch& operator=(const ImportPatch&) = delete;
-  ~ImportPatch() { Write(original_); }
+  ~ImportPatch() { *slot_ = original_; }
 
  private:
   static void** SlotOf(const char* name) {
     char* const base = reinterpret_cast<char*>(GetModuleHandleA("LauncherDll.dll"));
-    const auto* const dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
-    const auto* const headers = reinterpret_cast<const IMAGE_NT_HEADERS*>(base + dos->e_lfanew);
-    const DWORD directory =
-        headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
-    const auto* import = reinterpret_cast<const IMAGE_IMPORT_DESCRIPTOR*>(base + directory);
+    ULONG size = 0;
+    const auto* import = static_cast<const IMAGE_IMPORT_DESCRIPTOR*>(
+        ImageDirectoryEntryToData(base, TRUE, IMAGE_DIRECTORY_ENTRY_IMPORT, &size));
     for (; import->Name != 0; ++import) {
       const auto* names = reinterpret_cast<const DWORD*>(base + import->OriginalFirstThunk);
       auto* slots = reinterpret_cast<void**>(base + import->FirstThunk);
       for (; *names != 0; ++names, ++slots) {
-        if ((*names & IMAGE_ORDINAL_FLAG32) != 0) continue;
         const auto* const entry = reinterpret_cast<const IMAGE_IMPORT_BY_NAME*>(base + *names);
         if (std::strcmp(reinterpret_cast<const char*>(entry->Name), name) == 0) return slots;
       }
     }
     throw std::invalid_argument(std::string("the DLL does not import ") + name);
-  }
-
-  void Write(void* function) {
-    DWORD protection = 0;
-    VirtualProtect(slot_, sizeof *slot_, PAGE_READWRITE, &protection);
-    *slot_ = function;
-    VirtualProtect(slot_, sizeof *slot_, protection, &protection);
   }
 
   void** slot_;

@@ -17,45 +17,35 @@ Decoding DecodingFrom(const json& expected) {
           expected.value("payloadOffset", Decoding::kUnwritten)};
 }
 
-KnownContainer ContainerFrom(const json& vector) {
-  KnownContainer known;
-  known.name = vector.at("name");
-  known.key = BytesFromHex(vector.at("key"));
-  known.prefix = vector.at("prefix");
-  known.container = BytesFromHex(vector.at("container"));
-  const json& reason = vector.at("reason");
-  known.isDeciphered = reason != "size" && reason != "magic" && reason != "key";
-  known.isIntact = vector.at("verdict") != "invalid";
-  known.isMadeByEncoding = vector.at("encoded");
-  if (vector.at("verdict") == "valid") known.payload = BytesOf(known.prefix);
-  if (known.isIntact) {
-    const Bytes delivered = BytesFromHex(vector.at("payload"));
-    known.payload.insert(known.payload.end(), delivered.begin(), delivered.end());
-  }
-  known.decoding = DecodingFrom(vector.at("file_cipher_decode"));
-  for (const int checkMarker : {0, 1}) {
-    const auto expected = vector.find("QX_Decode, checkMarker " + std::to_string(checkMarker));
-    if (expected != vector.end()) known.keyedDecoding[checkMarker] = DecodingFrom(*expected);
-  }
-  return known;
-}
-
 }  // namespace
 
 bool operator==(const Decoding& one, const Decoding& other) {
   return one.result == other.result && one.size == other.size && one.offset == other.offset;
 }
 
-std::ostream& operator<<(std::ostream& out, const Decoding& decoding) {
-  return out << "result " << decoding.result << ", size " << decoding.size << ", offset "
-             << decoding.offset;
-}
-
 std::vector<KnownContainer> KnownContainers() {
   std::ifstream file(LAUNCHER_VECTORS);
-  const json vectors = json::parse(file).at("vectors");
+  const json document = json::parse(file);
   std::vector<KnownContainer> containers;
-  for (const json& vector : vectors) containers.push_back(ContainerFrom(vector));
+  for (const json& vector : document.at("vectors")) {
+    KnownContainer& known = containers.emplace_back();
+    known.name = vector.at("name");
+    known.key = BytesFromHex(vector.at("key"));
+    known.prefix = vector.at("prefix");
+    known.container = BytesFromHex(vector.at("container"));
+    const json& reason = vector.at("reason");
+    known.isDeciphered = reason != "size" && reason != "magic" && reason != "key";
+    known.isIntact = vector.at("verdict") != "invalid";
+    known.isMadeByEncoding = vector.at("encoded");
+    const Bytes delivered = known.isIntact ? BytesFromHex(vector.at("payload")) : Bytes();
+    if (vector.at("verdict") == "valid") known.payload = BytesOf(known.prefix);
+    known.payload.insert(known.payload.end(), delivered.begin(), delivered.end());
+    known.decoding = DecodingFrom(vector.at("file_cipher_decode"));
+    for (const int checkMarker : {0, 1}) {
+      const auto expected = vector.find("QX_Decode, checkMarker " + std::to_string(checkMarker));
+      if (expected != vector.end()) known.keyedDecoding[checkMarker] = DecodingFrom(*expected);
+    }
+  }
   EXPECT_GE(containers.size(), 40u);  // a test that reads none must not pass
   return containers;
 }

@@ -4,7 +4,6 @@
 #define LAUNCHER_TESTS_SUPPORT_KNOWN_CONTAINERS_H_
 
 #include <optional>
-#include <ostream>
 #include <string>
 #include <vector>
 
@@ -22,7 +21,6 @@ struct Decoding {
   std::uint32_t offset = kUnwritten;
 };
 bool operator==(const Decoding& one, const Decoding& other);
-std::ostream& operator<<(std::ostream& out, const Decoding& decoding);
 
 struct KnownContainer {
   std::string name;

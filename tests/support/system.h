@@ -6,18 +6,25 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 
 namespace launcher::test {
 
+#if defined(_WIN32)
+inline constexpr bool kIsWindows = true;
+#else
+inline constexpr bool kIsWindows = false;
+#endif
+
 // How a line ends in a text file.
-extern const char* const kLineEnd;
+inline const char* const kLineEnd = kIsWindows ? "\r\n" : "\n";
 
 // False if some thousand exceptions and processes take minutes, as they do in an emulator.
-extern const bool kTriesEverything;
+inline constexpr bool kTriesEverything = !kIsWindows;
 
 // True if the system has Direct3D 9, with a display.
-extern const bool kHasDirect3D;
+inline constexpr bool kHasDirect3D = kIsWindows;
 
 // The path of a file beside this program, by its whole name, and of a program by its name without
 // extension.
@@ -32,12 +39,25 @@ void SetLibraryPath(const std::string& folder);
 // none.
 void* LoadFunction(const std::string& path, const char* name);
 
-// Create a symbolic link, or remove one if there is one. Throw if that fails.
+// Loads a library that does what a test's script says, from the folder of the program. Returns the
+// script, which the function `getter` returns. Call it before the library under test, which then
+// finds the scripted one.
+template <class Script>
+Script& LoadScript(const char* name, const char* getter) {
+  return *reinterpret_cast<Script* (*)()>(LoadFunction(PathBeside(name), getter))();
+}
+
+// Runs a command line in the current directory to its end. Returns the exit code, or -1 if it could
+// not be started.
+int RunProgram(std::string commandLine);
+
+// Create a symbolic link, or remove one if there is one. Throw if that fails. For Windows they need
+// Wine.
 void MakeLink(const std::string& target, const std::string& link);
 void RemoveLink(const std::string& link);
 
 // True if the system's functions can remove a link to a directory. Those of Wine cannot.
-bool SystemRemovesLinks();
+inline bool SystemRemovesLinks() { return !kIsWindows; }
 
 // Runs `body` in `count` threads at the same time, each with its number from 0 on, and waits for
 // all. A stack size of 0 is the system's.
@@ -50,13 +70,8 @@ inline void RunInThread(std::size_t stackSize, const std::function<void()>& body
       1, [&](int /*number*/) { body(); }, stackSize);
 }
 
-// Returns new memory of whole pages, of which the last cannot be accessed. Throws if there is none.
-std::uint8_t* MapWithGuardPage(std::size_t size);
-void UnmapPages(std::uint8_t* pages, std::size_t size);
-
-// Keeps the provider of CryptoAPI loaded. Otherwise each digest loads it again, which takes Wine in
-// an emulator a second.
-void KeepDigestLoaded();
+// Returns memory directly before a page that cannot be accessed.
+std::shared_ptr<std::uint8_t> MapBeforeGuardPage(std::size_t size);
 
 }  // namespace launcher::test
 

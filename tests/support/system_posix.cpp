@@ -5,17 +5,12 @@
 #include <cstdlib>
 #include <deque>
 #include <filesystem>
-#include <new>
 #include <stdexcept>
+#include <vector>
 
-#include "support/guarded_buffer.h"
 #include "support/system.h"
 
 namespace launcher::test {
-
-const char* const kLineEnd = "\n";
-const bool kTriesEverything = true;
-const bool kHasDirect3D = false;
 
 std::string PathBeside(const std::string& name) {
   return (std::filesystem::read_symlink("/proc/self/exe").parent_path() / name).string();
@@ -23,13 +18,8 @@ std::string PathBeside(const std::string& name) {
 
 std::string ProgramBeside(const std::string& name) { return PathBeside(name); }
 
-void SetLibraryPath(const std::string& folder) {
-  if (folder.empty()) {
-    unsetenv("LD_LIBRARY_PATH");
-  } else {
-    setenv("LD_LIBRARY_PATH", folder.c_str(), 1);
-  }
-}
+// An empty variable is as none.
+void SetLibraryPath(const std::string& folder) { setenv("LD_LIBRARY_PATH", folder.c_str(), 1); }
 
 void* LoadFunction(const std::string& path, const char* name) {
   void* const library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
@@ -44,42 +34,31 @@ void MakeLink(const std::string& target, const std::string& link) {
 
 void RemoveLink(const std::string& link) { std::filesystem::remove(link); }
 
-bool SystemRemovesLinks() { return true; }
-
 void RunInThreads(int count, const std::function<void(int number)>& body, std::size_t stackSize) {
-  struct Run {
-    const std::function<void(int)>& body;
-    int number;
-    pthread_t thread;
-  };
-  const auto start = [](void* argument) -> void* {
-    const Run& run = *static_cast<Run*>(argument);
-    run.body(run.number);
+  const auto start = [](void* run) -> void* {
+    (*static_cast<std::function<void()>*>(run))();
     return nullptr;
   };
   pthread_attr_t attributes = {};
   pthread_attr_init(&attributes);
   if (stackSize != 0) pthread_attr_setstacksize(&attributes, stackSize);
-  std::deque<Run> runs;
-  for (int i = 0; i < count; ++i) {
-    runs.push_back({body, i, {}});
-    if (pthread_create(&runs.back().thread, &attributes, start, &runs.back()) != 0) std::abort();
+  std::deque<std::function<void()>> runs;
+  std::vector<pthread_t> threads(static_cast<std::size_t>(count));
+  for (pthread_t& thread : threads) {
+    runs.push_back([&body, number = static_cast<int>(runs.size())] { body(number); });
+    if (pthread_create(&thread, &attributes, start, &runs.back()) != 0) std::abort();
   }
-  for (const Run& run : runs) pthread_join(run.thread, nullptr);
-  pthread_attr_destroy(&attributes);
+  for (const pthread_t thread : threads) pthread_join(thread, nullptr);
 }
 
-std::uint8_t* MapWithGuardPage(std::size_t size) {
+std::shared_ptr<std::uint8_t> MapBeforeGuardPage(std::size_t size) {
+  constexpr std::size_t kPage = 4096;
+  const std::size_t used = (size + kPage - 1) / kPage * kPage;
   void* const pages =
-      mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-  if (pages == MAP_FAILED) throw std::bad_alloc();
-  auto* const bytes = static_cast<std::uint8_t*>(pages);
-  mprotect(bytes + size - kPageSize, kPageSize, PROT_NONE);
-  return bytes;
+      mmap(nullptr, used + kPage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  auto* const guard = static_cast<std::uint8_t*>(pages) + used;
+  mprotect(guard, kPage, PROT_NONE);
+  return {guard - size, [=](std::uint8_t*) { munmap(pages, used + kPage); }};
 }
-
-void UnmapPages(std::uint8_t* pages, std::size_t size) { munmap(pages, size); }
-
-void KeepDigestLoaded() {}
 
 }  // namespace launcher::test

@@ -4,11 +4,9 @@
 #include <cstdlib>
 #include <deque>
 #include <filesystem>
-#include <new>
 #include <stdexcept>
+#include <vector>
 
-#include "support/guarded_buffer.h"
-#include "support/run_program.h"
 #include "support/system.h"
 
 namespace launcher::test {
@@ -25,31 +23,17 @@ void RunBelowWine(const std::string& commandLine, IsDone isDone) {
   throw std::runtime_error("without effect: " + commandLine);
 }
 
-struct Run {
-  const std::function<void(int)>& body;
-  int number;
-  HANDLE thread;
-};
-
-DWORD WINAPI StartRun(void* argument) {
-  const Run& run = *static_cast<Run*>(argument);
-  run.body(run.number);
+DWORD WINAPI StartRun(void* run) {
+  (*static_cast<std::function<void()>*>(run))();
   return 0;
 }
 
 }  // namespace
 
-const char* const kLineEnd = "\r\n";
-const bool kTriesEverything = false;
-const bool kHasDirect3D = true;
-
 std::string PathBeside(const std::string& name) {
   char program[MAX_PATH] = "";
   GetModuleFileNameA(nullptr, program, sizeof program);
-  const std::string self(program);
-  std::string path = self.substr(0, self.rfind('\\') + 1) + name;
-  std::replace(path.begin(), path.end(), '/', '\\');
-  return path;
+  return std::filesystem::path(program).replace_filename(name).make_preferred().string();
 }
 
 std::string ProgramBeside(const std::string& name) { return PathBeside(name + ".exe"); }
@@ -67,12 +51,8 @@ void* LoadFunction(const std::string& path, const char* name) {
   return reinterpret_cast<void*>(function);
 }
 
-// Wine cannot create and remove links. There the system below it does, and Wine sees a link.
+// Wine cannot create and remove links. The system below it does, and Wine sees a link.
 void MakeLink(const std::string& target, const std::string& link) {
-  const bool isDirectory = std::filesystem::is_directory(std::filesystem::path(link).parent_path() /
-                                                         std::filesystem::path(target));
-  CreateSymbolicLinkA(link.c_str(), target.c_str(), isDirectory ? SYMBOLIC_LINK_FLAG_DIRECTORY : 0);
-  if (std::filesystem::exists(link)) return;
   std::string unixTarget = target.substr(target.compare(0, 2, "Z:") == 0 ? 2 : 0);
   std::replace(unixTarget.begin(), unixTarget.end(), '\\', '/');
   RunBelowWine("ln -s \"" + unixTarget + "\" \"" + link + '"',
@@ -80,40 +60,31 @@ void MakeLink(const std::string& target, const std::string& link) {
 }
 
 void RemoveLink(const std::string& link) {
-  const auto isGone = [&] { return !std::filesystem::exists(link); };
-  if (isGone() || RemoveDirectoryA(link.c_str()) != FALSE) return;
-  RunBelowWine("rm \"" + link + '"', isGone);
-}
-
-bool SystemRemovesLinks() {
-  return GetProcAddress(GetModuleHandleA("ntdll.dll"), "wine_get_version") == nullptr;
+  RunBelowWine("rm -f \"" + link + '"', [&] { return !std::filesystem::exists(link); });
 }
 
 void RunInThreads(int count, const std::function<void(int number)>& body, std::size_t stackSize) {
-  std::deque<Run> runs;
-  for (int i = 0; i < count; ++i) {
-    Run& run = runs.emplace_back(Run{body, i, nullptr});
-    run.thread = CreateThread(nullptr, stackSize, StartRun, &run, STACK_SIZE_PARAM_IS_A_RESERVATION,
-                              nullptr);
-    if (run.thread == nullptr) std::abort();
+  std::deque<std::function<void()>> runs;
+  std::vector<HANDLE> threads(static_cast<std::size_t>(count));
+  for (HANDLE& thread : threads) {
+    runs.push_back([&body, number = static_cast<int>(runs.size())] { body(number); });
+    thread = CreateThread(nullptr, stackSize, StartRun, &runs.back(),
+                          STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr);
   }
-  for (const Run& run : runs) {
-    WaitForSingleObject(run.thread, INFINITE);
-    CloseHandle(run.thread);
+  for (const HANDLE thread : threads) {
+    if (WaitForSingleObject(thread, INFINITE) != WAIT_OBJECT_0) std::abort();
+    CloseHandle(thread);
   }
 }
 
-std::uint8_t* MapWithGuardPage(std::size_t size) {
-  void* const pages = VirtualAlloc(nullptr, size, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
-  if (pages == nullptr) throw std::bad_alloc();
-  auto* const bytes = static_cast<std::uint8_t*>(pages);
+std::shared_ptr<std::uint8_t> MapBeforeGuardPage(std::size_t size) {
+  constexpr std::size_t kPage = 4096;
+  const std::size_t used = (size + kPage - 1) / kPage * kPage;
+  void* const pages = VirtualAlloc(nullptr, used + kPage, MEM_COMMIT, PAGE_READWRITE);
+  auto* const guard = static_cast<std::uint8_t*>(pages) + used;
   DWORD previous = 0;
-  VirtualProtect(bytes + size - kPageSize, kPageSize, PAGE_NOACCESS, &previous);
-  return bytes;
+  VirtualProtect(guard, kPage, PAGE_NOACCESS, &previous);
+  return {guard - size, [=](std::uint8_t*) { VirtualFree(pages, 0, MEM_RELEASE); }};
 }
-
-void UnmapPages(std::uint8_t* pages, std::size_t /*size*/) { VirtualFree(pages, 0, MEM_RELEASE); }
-
-void KeepDigestLoaded() { LoadLibraryA("rsaenh.dll"); }
 
 }  // namespace launcher::test
