@@ -97,6 +97,7 @@ TEST_F(MalformedConfig, IsReportedByTheFirstWrongSetting) {
        "string, but is null\n"},
       {DefaultsWith("\"Orvane\": ", "\"Api_server\": \"a\", \"orvane\": "),
        "string, but is null\n"},
+      {DefaultsWith("\"Orvane\": ", "\"Orvane\": {}, \"orvane\": "), "string, but is null\n"},
       {DefaultsWith("\"Settings\"", "\"Orvane\": {}, \"Settings\""), "string, but is null\n"},
   };
   for (const auto& [content, error] : cases) ExpectError(content, error);

@@ -83,6 +83,7 @@ TEST_F(DisplayModes, AreChecked) {
       {32767, 600, 60, QX_BAD_ARGUMENT},                // half of each of two modes
       {640, 480, 60, QX_BAD_ARGUMENT},                  // its query fails
       {40000, 40000, 60, QX_BAD_ARGUMENT},              // negative in 16 bits
+      {0x8000 + 800, 600, 60, QX_BAD_ARGUMENT},         // the sign counts
       {0x10000 + 800, -65536 + 600, 60, QX_SUCCEEDED},  // the upper 16 bits do not count
       {32767, 1, 60, QX_SUCCEEDED},
       {1, 768, 60, QX_BAD_ARGUMENT},  // the rate has 32 bits

@@ -30,12 +30,13 @@ HANDLE __wrap__Z14FindFirstFileAPKcP16WIN32_FIND_DATAA(const char* path, WIN32_F
   return listing;
 }
 
-// The native layer locks nothing. Windows would: others may list and change the directory, but not
-// move it.
+// The native layer locks nothing. Windows would: others may list and change a directory, but not
+// move it. The caller's path can be a link, and what the library finds must not be.
 HANDLE __real__Z11CreateFileAPKcjjPvjjS1_(const char*, DWORD, DWORD, void*, DWORD, DWORD, HANDLE);
 HANDLE __wrap__Z11CreateFileAPKcjjPvjjS1_(const char* path, DWORD access, DWORD share, void* none,
                                           DWORD creation, DWORD flags, HANDLE pattern) {
   EXPECT_EQ(share, DWORD{FILE_SHARE_READ | FILE_SHARE_WRITE});
+  EXPECT_EQ((flags & FILE_FLAG_OPEN_REPARSE_POINT) == 0, std::string(path) == "tree");
   return __real__Z11CreateFileAPKcjjPvjjS1_(path, access, share, none, creation, flags, pattern);
 }
 
