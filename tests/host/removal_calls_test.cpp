@@ -69,8 +69,12 @@ class RemovalCalls : public test::ScratchTest {
     return calls;
   }
 
-  // Returns the calls of emptying a directory from listing it to the entry after the first.
-  static std::string CallsForEntry(const WIN32_FIND_DATAA& entry) {
+  // Returns the calls of emptying a directory between the listing of this first entry and that of
+  // the next.
+  static std::string CallsForEntry(const std::string& name, DWORD attributes) {
+    MakeTree();
+    WIN32_FIND_DATAA entry = {attributes, ""};
+    name.copy(entry.cFileName, sizeof entry.cFileName - 1);
     firstEntry = &entry;
     const std::string calls = CallsFor("tree", 1, QX_SUCCEEDED);
     firstEntry = nullptr;
@@ -121,37 +125,26 @@ TEST_F(RemovalCalls, GoOnIfOneFails) {
 }
 
 TEST_F(RemovalCalls, LeaveNamesThatLeadElsewhere) {
-  const std::pair<WIN32_FIND_DATAA, bool> entries[] = {
-      {{0, "\x83\\.txt"}, true}, {{0, "a\x83\0\\"}, true}, {{0, ".a"}, true},
-      {{0, "..a"}, true},        {{0, " a"}, true},        {{0, "\x83\x83\\x"}, false},
-      {{0, "\\x"}, false},       {{0, "x\\"}, false},      {{0, "\x83/x"}, false},
-      {{0, "a/x"}, false},       {{0, "..\\z"}, false},    {{0, "dot."}, false},
-      {{0, "blank "}, false},    {{0, "."}, false},        {{0, ".."}, false},
-      {{0, ""}, false},
-  };
-  for (const auto& [entry, isRemoved] : entries) {
-    EXPECT_EQ(CallsForEntry(entry), isRemoved ? "DeleteFileA " : "") << entry.cFileName;
-    MakeTree();
+  for (const std::string& name : {std::string("\x83\\.txt"), std::string("a\x83\0\\", 4),
+                                  std::string(".a"), std::string("..a"), std::string(" a")}) {
+    EXPECT_EQ(CallsForEntry(name, FILE_ATTRIBUTE_NORMAL), "DeleteFileA ") << name;
+  }
+  for (const char* const name :
+       {"\x83\x83\\x", "\\x", "x\\", "\x83/x", "a/x", "..\\z", "dot.", "blank ", ".", "..", ""}) {
+    EXPECT_EQ(CallsForEntry(name, FILE_ATTRIBUTE_NORMAL), "") << name;
   }
 }
 
 // The listing, the handle and the path are asked, and one of them is enough.
 TEST_F(RemovalCalls, EnterOnlyWhatIsNoLink) {
   constexpr DWORD kDirectory = FILE_ATTRIBUTE_DIRECTORY;
+  const std::string looks = "CreateFileA GetFileInformationByHandle GetFileAttributesA ";
   fs::create_symlink("missing", "tree/link");  // no link by its path
-  const std::pair<WIN32_FIND_DATAA, const char*> entries[] = {
-      {{kDirectory, "link"},
-       "CreateFileA GetFileInformationByHandle GetFileAttributesA CloseHandle RemoveDirectoryA "},
-      {{kDirectory | FILE_ATTRIBUTE_REPARSE_POINT, "inner"}, "RemoveDirectoryA "},
-      {{kDirectory, "inner"},
-       "CreateFileA GetFileInformationByHandle GetFileAttributesA FindFirstFileA "
-       "CreateFileA RemoveDirectoryA "},  // of a second "inner" in the first
-
-  };
-  for (const auto& [entry, calls] : entries) {
-    EXPECT_EQ(CallsForEntry(entry), calls);
-    MakeTree();
-  }
+  EXPECT_EQ(CallsForEntry("link", kDirectory), looks + "CloseHandle RemoveDirectoryA ");
+  EXPECT_EQ(CallsForEntry("inner", kDirectory | FILE_ATTRIBUTE_REPARSE_POINT), "RemoveDirectoryA ");
+  // The last two calls are for a second "inner" in the first.
+  EXPECT_EQ(CallsForEntry("inner", kDirectory),
+            looks + "FindFirstFileA CreateFileA RemoveDirectoryA ");
 }
 
 }  // namespace
