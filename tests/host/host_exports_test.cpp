@@ -41,6 +41,7 @@ TEST_F(HostExports, TrustAServerByTheTextsThemselves) {
       {"", "api.orvane.example", 0, 2},
       {"*.orvane.exampl", "qa-api.orvane.exampl", 0, 2},
       {"*.orvane.example.", "qa-api.orvane.example.", 0, 2},
+      {"ci-game-api.orvane.example.", "", 0, 2},
       {"*.ORVANE.example", "QA-api.orvane.example", 0, 2},
       {qa, service, 0, 2},  // each in the other's place
       {"", "elsewhere.example", 1, 2, ci, "elsewhere.example"},
