@@ -57,7 +57,7 @@ TEST(LineReaders, ReadPairsAndFillUpWithZeroBytes) {
   const Bytes untouched = {0xCD, 0xCD, 0xCD, 0xCD};
   using Case = std::tuple<const char*, std::uint32_t, std::uint32_t, ResultCode, Bytes>;
   const Case cases[] = {
-      {"ff0a", 2, 3, QX_SUCCEEDED, {0xFF, 0x0A, 0}},
+      {"12ff0a", 2, 3, QX_SUCCEEDED, {0xFF, 0x0A, 0}},
       {"xFf0A", 2, 5, QX_SUCCEEDED, {0xFF, 0x0A, 0, 0, 0}},
       {"ff0a", 2, 2, QX_SUCCEEDED, {0xFF, 0x0A}},  // no room for a NUL
       {"1gg1zz", 3, 4, QX_SUCCEEDED, {0x10, 0x01, 0, 0}},
