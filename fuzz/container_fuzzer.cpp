@@ -70,10 +70,8 @@ struct Input {
   Bytes Key() const { return HasBuiltInKey() ? test::BytesOf(kBuiltInKey) : key; }
 };
 
-enum class Direction { kEncipher, kDecipher };
-
-// All whole blocks of 8 bytes from offset 4 on.
-Bytes Transformed(Bytes block, const Bytes& key, Direction direction) {
+// All whole blocks of 8 bytes from offset 4 on, by BF_encrypt or BF_decrypt.
+Bytes Transformed(Bytes block, const Bytes& key, decltype(BF_encrypt)& transform) {
   // Seldom another key than before.
   static Bytes known;
   static BF_KEY schedule;
@@ -82,20 +80,13 @@ Bytes Transformed(Bytes block, const Bytes& key, Direction direction) {
   for (std::size_t at = 4; at + 8 <= block.size(); at += 8) {
     BF_LONG words[2];
     std::memcpy(words, &block[at], 8);
-    (direction == Direction::kEncipher ? BF_encrypt : BF_decrypt)(words, &schedule);
+    transform(words, &schedule);
     std::memcpy(&block[at], words, 8);
   }
   return block;
 }
 
 std::uint64_t SizeFor(std::uint64_t payloadSize) { return 4 + (payloadSize + 36 + 7) / 8 * 8; }
-
-// Writes the length and the digest of a payload into the header.
-void PutHeader(Bytes& plain, std::uint32_t payloadSize) {
-  std::memcpy(plain.data(), "BFBR", 4);
-  std::memcpy(&plain[4], &payloadSize, 4);
-  SHA256(plain.data() + kPayload, payloadSize, &plain[8]);
-}
 
 // What an intact deciphered container holds.
 std::optional<std::uint32_t> PayloadSize(const Bytes& plain) {
@@ -108,73 +99,62 @@ std::optional<std::uint32_t> PayloadSize(const Bytes& plain) {
   return payloadSize;
 }
 
-bool LooksLikeOne(const Bytes& block) {
-  return block.size() >= kPayload && block.size() % 8 == 4 &&
-         std::memcmp(block.data(), "BFBR", 4) == 0;
-}
-
-bool StartsWith(const Bytes& plain, std::uint32_t payloadSize, const std::string& text) {
-  return text.size() <= payloadSize &&
-         std::memcmp(plain.data() + kPayload, text.data(), text.size()) == 0;
-}
-
 // What is to become of a block.
 struct Expected {
-  Bytes plain;  // deciphered
-  std::optional<std::uint32_t> payloadSize;
+  Bytes block;                               // after the call
+  std::optional<std::uint32_t> payloadSize;  // of an intact container
 };
 
-void CheckDecode(const Input& input, bool isTried, const Expected& expected) {
-  const std::string prefix(input.prefix.begin(), input.prefix.end());
-  const bool asksPrefix = (input.flags & kHasPrefix) != 0;
+Expected ExpectedOf(const Input& input) {
+  const Bytes& block = input.block;
+  const std::size_t keyLength = input.Key().size();
+  const bool isTried = block.size() >= kPayload && block.size() % 8 == 4 &&
+                       std::memcmp(block.data(), "BFBR", 4) == 0 && keyLength >= 4 &&
+                       keyLength <= 56;
+  if (!isTried) return {block, std::nullopt};
+  Bytes plain = Transformed(block, input.Key(), BF_decrypt);
+  const std::optional<std::uint32_t> payloadSize = PayloadSize(plain);
+  return {std::move(plain), payloadSize};
+}
+
+// By file_cipher_decode, or by QX_Decode, which has its own key and its own prefix.
+void CheckDecode(const Input& input, const Expected& expected, bool isKeyed) {
+  const std::string prefix =
+      isKeyed ? kSignatureMarker : std::string(input.prefix.begin(), input.prefix.end());
+  const bool asksPrefix = (input.flags & (isKeyed ? kChecksMarker : kHasPrefix)) != 0;
+  const bool isIntact = expected.payloadSize.has_value();
+  const bool skips = asksPrefix && isIntact && prefix.size() <= *expected.payloadSize &&
+                     std::memcmp(&expected.block[kPayload], prefix.data(), prefix.size()) == 0;
   const GuardedBuffer block(input.block);
   const GuardedBuffer key(input.Key());
   std::uint32_t size = kUnwritten;
   std::uint32_t offset = kUnwritten;
-  const CipherCode result = file_cipher_decode(block.Data(), block.Size(), key.Data(),
-                                               static_cast<std::int32_t>(key.Size()), &size,
-                                               &offset, asksPrefix ? prefix.c_str() : nullptr);
-
-  Require(block.Content() == (isTried ? expected.plain : input.block), "what is deciphered");
-  if (!isTried || !expected.payloadSize) {
-    Require(result == QX_CIPHER_FAILED, "what is not intact fails");
-    Require(size == kUnwritten && offset == kUnwritten, "outputs untouched if it is not intact");
-    return;
+  if (isKeyed) {
+    const ResultCode result = QX_Decode(block.Data(), static_cast<std::int32_t>(block.Size()),
+                                        &size, &offset, asksPrefix ? 0xFF : 0xFFFFFF00);
+    Require(result == (input.block.empty() ? QX_SIZE_REFUSED : QX_SUCCEEDED), "its result");
+  } else {
+    const CipherCode result = file_cipher_decode(block.Data(), block.Size(), key.Data(),
+                                                 static_cast<std::int32_t>(key.Size()), &size,
+                                                 &offset, asksPrefix ? prefix.c_str() : nullptr);
+    const bool succeeds = isIntact && skips == asksPrefix;
+    Require(result == (succeeds ? QX_CIPHER_SUCCEEDED : QX_CIPHER_FAILED), "the prefix decides");
   }
-  const bool fits = !asksPrefix || StartsWith(expected.plain, *expected.payloadSize, prefix);
-  const auto skipped = asksPrefix && fits ? static_cast<std::uint32_t>(prefix.size()) : 0;
-  Require(result == (fits ? QX_CIPHER_SUCCEEDED : QX_CIPHER_FAILED), "the prefix decides");
-  Require(size == *expected.payloadSize - skipped && offset == kPayload + skipped, "the payload");
-}
-
-void CheckKeyedDecode(const Input& input, bool isTried, const Expected& expected) {
-  const GuardedBuffer block(input.block);
-  const bool asksMarker = (input.flags & kChecksMarker) != 0;
-  std::uint32_t size = kUnwritten;
-  std::uint32_t offset = kUnwritten;
-  const ResultCode result = QX_Decode(block.Data(), static_cast<std::int32_t>(block.Size()), &size,
-                                      &offset, asksMarker ? 0xFF : 0xFFFFFF00);
-  Require(block.Content() == (isTried ? expected.plain : input.block), "what is deciphered by QX_");
-  if (input.block.empty()) {
-    Require(result == QX_SIZE_REFUSED && size == kUnwritten && offset == kUnwritten, "no bytes");
-    return;
+  Require(block.Content() == expected.block, "what is deciphered");
+  if (isIntact) {
+    const auto skipped = static_cast<std::uint32_t>(skips ? prefix.size() : 0);
+    Require(size == *expected.payloadSize - skipped && offset == kPayload + skipped, "the payload");
+  } else {
+    const std::uint32_t left = isKeyed && !input.block.empty() ? 0 : kUnwritten;
+    Require(size == left && offset == left, "the outputs if no container is intact");
   }
-  Require(result == QX_SUCCEEDED, "the call can be carried out");
-  if (!isTried || !expected.payloadSize) {
-    Require(size == 0 && offset == 0, "both 0 where nothing is intact");
-    return;
-  }
-  const bool skips =
-      asksMarker && StartsWith(expected.plain, *expected.payloadSize, kSignatureMarker);
-  const std::uint32_t skipped = skips ? 22 : 0;
-  Require(size == *expected.payloadSize - skipped && offset == kPayload + skipped, "the delivery");
 }
 
 // Encodes the payload of an intact container in an area where it overlaps its container. The result
 // is that container, except for the filler.
 void CheckEncode(const Input& input, const Expected& expected) {
   const std::uint32_t size = *expected.payloadSize;
-  Bytes plain = expected.plain;
+  Bytes plain = expected.block;
   std::fill(plain.begin() + kPayload + size, plain.end(), std::uint8_t{0});
   const GuardedBuffer area(input.block.size() + input.flags);
   std::uint8_t* const payload = area.Data() + kPayload + input.flags;
@@ -183,7 +163,7 @@ void CheckEncode(const Input& input, const Expected& expected) {
   Require(file_cipher_get_encode_size(size) == input.block.size(), "the size of a container");
   Require((file_cipher_encode(payload, size, area.Data()) == 0) == (size != 0), "encoding");
   if (size != 0) {
-    const Bytes container = Transformed(plain, input.Key(), Direction::kEncipher);
+    const Bytes container = Transformed(plain, input.Key(), BF_encrypt);
     std::copy(container.begin(), container.end(), wanted.begin());
   }
   Require(area.Content() == wanted, "encode(decode(x)) == x, and nothing else is written");
@@ -192,21 +172,18 @@ void CheckEncode(const Input& input, const Expected& expected) {
 // Changes the deciphered content, mostly so that the container stays intact.
 void Change(Input& input, std::minstd_rand& random, std::size_t maxSize) {
   const auto oneIn = [&](unsigned count) { return random() / 7 % count == 0; };
-  Bytes plain = Transformed(input.block, input.Key(), Direction::kDecipher);
+  Bytes plain = Transformed(input.block, input.Key(), BF_decrypt);
   plain.resize(std::max(plain.size(), kPayload));
-
-  std::optional<std::uint32_t> known = PayloadSize(plain);
-  std::size_t payloadSize = known ? *known : plain.size() - kPayload;
+  std::size_t payloadSize = PayloadSize(plain).value_or(plain.size() - kPayload);
   const std::size_t maxPayload = std::max(payloadSize, maxSize - std::min(maxSize, kPayload + 80));
   plain.resize(kPayload + maxPayload);
   if (maxPayload != 0 && !oneIn(4)) {
     payloadSize = LLVMFuzzerMutate(plain.data() + kPayload, payloadSize, maxPayload);
   }
   plain.resize(kPayload + payloadSize);
-  if (oneIn(8)) plain.insert(plain.begin() + kPayload, input.prefix.begin(), input.prefix.end());
-  if (oneIn(8)) {
-    const Bytes marker = test::BytesOf(kSignatureMarker);
-    plain.insert(plain.begin() + kPayload, marker.begin(), marker.end());
+  const Bytes marker = test::BytesOf(kSignatureMarker);
+  for (const Bytes& start : {input.prefix, marker}) {
+    if (oneIn(8)) plain.insert(plain.begin() + kPayload, start.begin(), start.end());
   }
   std::uint8_t filler = oneIn(4) ? 0xF1 : 0;
   if (!input.prefix.empty() && oneIn(16)) {  // all of the prefix, but its end is no payload
@@ -217,28 +194,18 @@ void Change(Input& input, std::minstd_rand& random, std::size_t maxSize) {
   }
   payloadSize = plain.size() - kPayload;
   plain.resize(SizeFor(payloadSize), filler);
-  PutHeader(plain, static_cast<std::uint32_t>(payloadSize));
+  std::memcpy(plain.data(), "BFBR", 4);
+  std::memcpy(&plain[4], &payloadSize, 4);
+  SHA256(plain.data() + kPayload, payloadSize, &plain[8]);
 
-  // One flaw.
-  if (oneIn(4)) {
-    switch (random() % 4) {
-      case 0:
-        plain[4 + random() % 4] ^= static_cast<std::uint8_t>(1 << random() % 8);
-        break;
-      case 1:  // a length near 2^32, which wraps
-        for (std::size_t i = 4; i < 8; ++i) plain[i] = 0xFF;
-        plain[4] = static_cast<std::uint8_t>(random());
-        break;
-      case 2:
-        plain[8 + random() % 32] ^= 1;
-        break;
-      default:
-        plain.resize(plain.size() + random() % 17 - 8);
-    }
-  }
+  // A flaw: a length near 2^32, which wraps, a bit of the length or the digest, or the size.
+  if (oneIn(16)) std::fill(&plain[5], &plain[8], std::uint8_t{0xFF});
+  if (oneIn(8)) plain[4 + random() % 36] ^= static_cast<std::uint8_t>(1 << random() % 8);
+  if (oneIn(16)) plain.resize(plain.size() + random() % 17 - 8);
+
   if (oneIn(8)) input.key = test::Pattern(random() % 60);
   if (oneIn(8)) input.flags = static_cast<std::uint8_t>(random());
-  input.block = Transformed(plain, input.Key(), Direction::kEncipher);
+  input.block = Transformed(plain, input.Key(), BF_encrypt);
 }
 
 }  // namespace
@@ -263,17 +230,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   std::optional<test::ImitatedCpu> plainCpu;
   if ((input.flags & kHasPlainCpu) != 0) plainCpu.emplace(CpuFeatures());
 
-  const std::size_t keyLength = input.Key().size();
-  const bool isTried = LooksLikeOne(input.block) && keyLength >= 4 && keyLength <= 56;
-  Expected expected;
-  if (isTried) {
-    expected.plain = Transformed(input.block, input.Key(), Direction::kDecipher);
-    expected.payloadSize = PayloadSize(expected.plain);
-  }
-  CheckDecode(input, isTried, expected);
-  if (input.HasBuiltInKey()) {
-    CheckKeyedDecode(input, isTried, expected);
-    if (expected.payloadSize) CheckEncode(input, expected);
-  }
+  const Expected expected = ExpectedOf(input);
+  CheckDecode(input, expected, false);
+  if (input.HasBuiltInKey()) CheckDecode(input, expected, true);
+  if (input.HasBuiltInKey() && expected.payloadSize) CheckEncode(input, expected);
   return 0;
 }

@@ -3,7 +3,6 @@
 // for entries that stay or go wrongly.
 
 #include <filesystem>
-#include <fstream>
 #include <set>
 
 #include "fuzz/fuzzing.h"
@@ -26,19 +25,18 @@ std::string NameFrom(FuzzedDataProvider& input, std::size_t parentLength) {
                                       "a\\b", "\\", "x:", "h\xE9", "*",  "?",  "~1",  "NUL"};
   const auto choice = input.ConsumeIntegral<std::uint8_t>();
   if (choice < 0xB0) return names[choice % 16];
-  if (choice < 0xC0) return std::string(200, 'l');
-  // To about the longest path and the longest directory.
-  const auto pathLength = 250 + choice % 16;
-  return std::string(
-      static_cast<std::size_t>(std::clamp(pathLength - static_cast<int>(parentLength) - 1, 1, 255)),
-      'n');
+  // To about the longest path and the longest directory, or a step on the way there.
+  const int length = 250 + choice % 16 - static_cast<int>(parentLength) - 1;
+  return std::string(choice < 0xC0 ? 200 : static_cast<std::size_t>(std::clamp(length, 1, 255)),
+                     'n');
 }
 
 void MakeTree(FuzzedDataProvider& input) {
+  static const char* const targets[] = {
+      ".", "..", "../witness", "../../witness", "a", "missing", "../witness/inner/file", ""};
   fs::create_directory("tree");
   std::vector<fs::path> directories = {"tree"};
-  const auto count = input.ConsumeIntegralInRange<int>(0, 24);
-  for (int i = 0; i < count; ++i) {
+  for (int i = input.ConsumeIntegralInRange<int>(0, 24); i > 0; --i) {
     const auto kind = input.ConsumeIntegral<std::uint8_t>();
     const fs::path parent = directories[input.ConsumeIntegral<std::uint8_t>() % directories.size()];
     const fs::path path = parent / NameFrom(input, parent.string().size());
@@ -47,21 +45,15 @@ void MakeTree(FuzzedDataProvider& input) {
     if (kind < 0x60) {
       if (fs::create_directory(path, failed)) directories.push_back(path);
     } else if (kind < 0xA0) {
-      std::ofstream(path) << "content";
+      test::WriteFile(path.string(), "content");
       if (kind % 4 == 0) fs::permissions(path, fs::perms::owner_read, failed);
     } else if (kind < 0xC0) {
       fs::create_hard_link("witness/inner/file", path, failed);
     } else {
-      static const char* const targets[] = {
-          ".", "..", "../witness", "../../witness", "a", "missing", "../witness/inner/file", ""};
       const std::string target = targets[kind % 8];
       fs::create_symlink(target.empty() ? fs::absolute("witness") : fs::path(target), path, failed);
     }
   }
-}
-
-bool IsWritable(const fs::path& path) {
-  return (fs::status(path).permissions() & fs::perms::owner_write) != fs::perms::none;
 }
 
 // Adds to `stays` the entries of `directory` that must stay. The library's path of the directory
@@ -80,7 +72,7 @@ bool NoteWhatStays(const fs::path& directory, std::size_t length, std::set<std::
       remains =
           NoteWhatStays(entry.path(), isReached ? entryLength : kLongestPath, stays) || remains;
     } else if (isReached && !entry.is_symlink()) {
-      remains = !IsWritable(entry.path());
+      remains = (entry.status().permissions() & fs::perms::owner_write) == fs::perms::none;
     }
     if (remains) stays.insert(entry.path().string());
     any = any || remains;
@@ -88,29 +80,15 @@ bool NoteWhatStays(const fs::path& directory, std::size_t length, std::set<std::
   return any;
 }
 
-std::set<std::string> Names(const fs::path& directory) {
-  std::set<std::string> names;
-  if (!fs::exists(directory)) return names;
+// The paths in a directory, and with `times` when each was changed.
+std::set<std::string> Entries(const fs::path& directory, bool times) {
+  std::set<std::string> entries;
+  if (!fs::exists(directory)) return entries;
   for (const auto& entry : fs::recursive_directory_iterator(directory)) {
-    names.insert(entry.path().string());
+    const auto time = times ? entry.last_write_time().time_since_epoch().count() : 0;
+    entries.insert(entry.path().string() + (times ? ' ' + std::to_string(time) : ""));
   }
-  return names;
-}
-
-// Names, kinds, permissions, times and contents of what must not be touched.
-std::string Witness() {
-  std::string text;
-  for (const auto& entry : fs::recursive_directory_iterator("witness")) {
-    text += entry.path().string();
-    text += std::to_string(static_cast<int>(entry.symlink_status().permissions())) + ' ';
-    if (entry.is_symlink()) {
-      text += fs::read_symlink(entry.path()).string();
-    } else {
-      text += std::to_string(entry.last_write_time().time_since_epoch().count());
-      if (entry.is_regular_file()) text += test::ReadFile(entry.path().string());
-    }
-  }
-  return text;
+  return entries;
 }
 
 }  // namespace
@@ -118,13 +96,13 @@ std::string Witness() {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace launcher;
-  static const std::string witness = [] {
+  static const std::set<std::string> witness = [] {
     fs::create_directories("witness/inner/deep");
     for (const char* const file : {"witness/a", "witness/inner/file", "witness/inner/deep/b"}) {
       test::WriteFile(file, file);
     }
     fs::create_symlink("inner", "witness/link");
-    return Witness();
+    return Entries("witness", true);
   }();
   FuzzedDataProvider input(data, size);
   const auto form = input.ConsumeIntegral<std::uint8_t>();
@@ -146,9 +124,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const bool goes = isLink || stays.empty();
   const ResultCode result = QX_RemoveDirectory(path.c_str(), keepDirectory);
   Require(result == (keepDirectory != 0 || goes ? QX_SUCCEEDED : QX_FAILED), "the result");
-  Require(Names("tree") == stays, "what goes and what stays");
+  Require(Entries("tree", false) == stays, "what goes and what stays");
   Require(fs::exists("tree") == (keepDirectory != 0 || isLink || !stays.empty()), "the directory");
   Require(fs::is_symlink("to tree") == (keepDirectory != 0 || !isLink), "the link to it");
-  Require(Witness() == witness, "nothing outside is touched");
+  Require(Entries("witness", true) == witness, "nothing outside is touched");
   return 0;
 }

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <string>
+#include <tuple>
 
 #include "launcher_dll.h"
 #include "support/bytes.h"
@@ -44,25 +45,21 @@ Decoding DecodeKeyed(std::uint8_t* block, std::size_t blockSize, std::uint32_t c
 }
 
 TEST_F(Container, SizesAreRoundedUpToWholeBlocks) {
-  struct Case {
-    std::uint32_t payloadSize;
-    std::uint32_t containerSize;
-    std::uint32_t wrappingSize;
-  };
-  const Case cases[] = {
+  // A payload's size, and its container's by file_cipher_get_encode_size and by the export that
+  // wraps.
+  const std::tuple<std::uint32_t, std::uint32_t, std::uint32_t> cases[] = {
       {0, 44, 44},
       {4, 44, 44},
       {5, 52, 52},
-      {2048, 2092, 2092},
       {0x7FFFFFFF, 0x8000002C, 0x8000002C},
       {0x80000000, 0, 0x8000002C},
       {0xFFFFFFD4, 0, 0xFFFFFFFC},
       {0xFFFFFFD5, 0, 4},
       {0xFFFFFFFF, 0, 44},
   };
-  for (const Case& sized : cases) {
-    EXPECT_EQ(file_cipher_get_encode_size(sized.payloadSize), sized.containerSize);
-    EXPECT_EQ(QX_GetEncodeDataSize(sized.payloadSize), sized.wrappingSize);
+  for (const auto& [payloadSize, containerSize, wrappingSize] : cases) {
+    EXPECT_EQ(file_cipher_get_encode_size(payloadSize), containerSize);
+    EXPECT_EQ(QX_GetEncodeDataSize(payloadSize), wrappingSize);
   }
 }
 
@@ -112,7 +109,7 @@ TEST_F(Container, IsNeitherReadNorMadeWithABadArgument) {
   refuse(block.Data(), nullptr, 16, &size, &offset);
   refuse(block.Data(), kKey.data(), 16, nullptr, &offset);
   refuse(block.Data(), kKey.data(), 16, &size, nullptr);
-  for (const std::int32_t keyLength : {-0x7FFFFFFF, -4, 57, 256 + 16, 0x7FFFFFFF}) {
+  for (const std::int32_t keyLength : {-0x7FFFFFFF, -4, 3, 57, 256 + 16, 0x7FFFFFFF}) {
     refuse(block.Data(), kKey.data(), keyLength, &size, &offset);
   }
   EXPECT_EQ(size + offset, 18u);
@@ -216,23 +213,22 @@ TEST_F(Container, IsSignedWithinTheCapacity) {
   const std::string marker = "/* QTRMWO_Kd3Z_HLvN */";
   EXPECT_EQ(QX_GetSignatureSize(), 22u);
   const GuardedBuffer data(test::BytesOf("some data"));
-  for (const auto& [capacity, dataSize] : {std::pair{22u, 0u}, {31u, 9u}, {40u, 9u}}) {
-    const GuardedBuffer buffer(22 + dataSize);
-    EXPECT_EQ(QX_SignSignature(buffer.Data(), capacity, data.Data(), dataSize), 1) << capacity;
-    EXPECT_EQ(buffer.Content(), test::BytesOf((marker + "some data").substr(0, buffer.Size())));
-  }
-  const GuardedBuffer buffer(30);
-  // The last sums with 22 go beyond 32 bits.
-  for (const auto& [capacity, dataSize] : {std::pair{0u, 0u},
-                                           {21u, 0u},
-                                           {21u, 0xFFFFFFFFu},
-                                           {30u, 9u},
-                                           {30u, 0xFFFFFFEAu},
-                                           {30u, 0xFFFFFFFFu},
-                                           {0xFFFFFFFFu, 0xFFFFFFEAu}}) {
-    EXPECT_EQ(QX_SignSignature(buffer.Data(), capacity, data.Data(), dataSize), 0)
+  // The sums of the last rows with 22 go beyond 32 bits.
+  const std::tuple<std::uint32_t, std::uint32_t, bool> cases[] = {
+      {22, 0, true},           {31, 9, true},
+      {40, 9, true},           {0, 0, false},
+      {21, 0, false},          {30, 9, false},
+      {21, 0xFFFFFFFF, false}, {30, 0xFFFFFFEA, false},
+      {30, 0xFFFFFFFF, false}, {0xFFFFFFFF, 0xFFFFFFEA, false}};
+  for (const auto& [capacity, dataSize, fits] : cases) {
+    const GuardedBuffer buffer(fits ? 22 + dataSize : std::min(capacity, 30u));
+    EXPECT_EQ(QX_SignSignature(buffer.Data(), capacity, data.Data(), dataSize), fits ? 1 : 0);
+    EXPECT_EQ(buffer.Content(), fits
+                                    ? test::BytesOf((marker + "some data").substr(0, buffer.Size()))
+                                    : Bytes(buffer.Size(), GuardedBuffer::kFill))
         << capacity << ", " << dataSize;
   }
+  const GuardedBuffer buffer(30);
   EXPECT_EQ(QX_SignSignature(buffer.Data(), 30, nullptr, 0), 0);
   EXPECT_EQ(QX_SignSignature(nullptr, 100, data.Data(), 1), 0);
   EXPECT_TRUE(buffer.IsUntouched());

@@ -42,20 +42,13 @@ std::string DefaultsWith(const std::string& from, const std::string& to) {
   return text.replace(text.find(from), from.size(), to);
 }
 
-std::string WrongType(const std::string& type) {
-  return "[json.exception.type_error.302] type must be string, but is " + type + "\n";
-}
-
-std::string WrongContainer(const std::string& type) {
-  return "[json.exception.type_error.305] cannot use operator[] with a string argument with " +
-         type + "\n";
-}
-
-// A file of this content is reported by this error, or one that begins so.
-void ExpectError(const std::string& content, const std::string& error) {
+// The error for a file of this content must be the JSON library's own and have this part.
+void ExpectError(const std::string& content, const std::string& part) {
   SCOPED_TRACE(content.substr(0, 200));
   test::WriteFile("config.json", content);
-  EXPECT_EQ(WrittenByIsStaging(stderr, 0).substr(0, 7 + error.size()), "Error: " + error);
+  const std::string written = WrittenByIsStaging(stderr, 0);
+  EXPECT_EQ(written.rfind("Error: [json.exception.", 0), 0u) << written;
+  EXPECT_NE(written.find(part), std::string::npos) << written;
   char* text = nullptr;
   EXPECT_EQ(QX_LoadStringToMemory(2001, &text), QX_FAILED) << "a fixed text";
   EXPECT_EQ(text, nullptr);
@@ -67,7 +60,7 @@ TEST_F(MalformedConfig, IsReportedIfItIsNoJson) {
        {std::string(), std::string(" \n"), std::string("\0", 1), std::string("{"),
         std::string("settings"), std::string("{\"Orvane\": {\"Api_server\": \"\xFF\"}}"),
         DefaultsWith(": \"false\"", ": 'false'"), std::string(100000, '[')}) {
-    ExpectError(content, "[json.exception.parse_error.");
+    ExpectError(content, "parse_error.");
   }
 }
 
@@ -78,31 +71,34 @@ TEST_F(MalformedConfig, IsReportedByTheFirstWrongSetting) {
   };
   for (const std::string key : keys) {
     const std::string member = '"' + key + "\": ";
-    ExpectError(DefaultsWith(member, "\"no_" + key + "\": "), WrongType("null"));
-    ExpectError(DefaultsWith(member, member + "false, \"no_" + key + "\": "), WrongType("boolean"));
+    ExpectError(DefaultsWith(member, "\"no_" + key + "\": "), "string, but is null\n");
+    ExpectError(DefaultsWith(member, member + "false, \"no_" + key + "\": "),
+                "string, but is boolean\n");
   }
   const std::string orvane = "{\"Orvane\": ";
   const std::pair<std::string, std::string> cases[] = {
-      {"null", WrongType("null")},
-      {"{}", WrongType("null")},
-      {"[]", WrongContainer("array")},
-      {"false", WrongContainer("boolean")},
-      {"-1.5", WrongContainer("number")},
-      {"\"text\"", WrongContainer("string")},
-      {orvane + "[{\"Api_server\": \"a\"}]}", WrongContainer("array")},
-      {orvane + "7}", WrongContainer("number")},
-      {orvane + "{\"Api_server\": [\"a\"]}}", WrongType("array")},
-      {orvane + "{\"Api_server\": {}}}", WrongType("object")},
-      {orvane + "{\"Api_server\": -1}, \"Settings\": []}", WrongType("number")},
-      {orvane + "{}, \"Settings\": []}", WrongType("null")},
-      {DefaultsWith("\"Settings\": {", "\"Settings\": 1, \"x\": {"), WrongContainer("number")},
-      {DefaultsWith("\"Settings\"", "\"settings\""), WrongType("null")},
-      {DefaultsWith("\"Api_server\": ", "\"Api_server\": null, \"x\": "), WrongType("null")},
+      {"null", "string, but is null\n"},
+      {"{}", "string, but is null\n"},
+      {"[]", "argument with array\n"},
+      {"false", "argument with boolean\n"},
+      {"-1.5", "argument with number\n"},
+      {"\"text\"", "argument with string\n"},
+      {orvane + "[{\"Api_server\": \"a\"}]}", "argument with array\n"},
+      {orvane + "7}", "argument with number\n"},
+      {orvane + "{\"Api_server\": [\"a\"]}}", "string, but is array\n"},
+      {orvane + "{\"Api_server\": {}}}", "string, but is object\n"},
+      {orvane + "{\"Api_server\": -1}, \"Settings\": []}", "string, but is number\n"},
+      {orvane + "{}, \"Settings\": []}", "string, but is null\n"},
+      {DefaultsWith("\"Settings\": {", "\"Settings\": 1, \"x\": {"), "argument with number\n"},
+      {DefaultsWith("\"Settings\"", "\"settings\""), "string, but is null\n"},
+      {DefaultsWith("\"Api_server\": ", "\"Api_server\": null, \"x\": "), "string, but is null\n"},
       // A member counts in its own section alone, and of equal sections the last.
       {DefaultsWith("\"Api_server\": ", "\"x\": {\"Api_server\": \"a\"}, \"y\": "),
-       WrongType("null")},
-      {DefaultsWith("\"Orvane\": ", "\"Api_server\": \"a\", \"orvane\": "), WrongType("null")},
-      {DefaultsWith("\"Settings\"", "\"Orvane\": {}, \"Settings\""), WrongType("null")},
+       "string, but is null\n"},
+      {DefaultsWith("\"Orvane\": ", "\"Api_server\": \"a\", \"orvane\": "),
+       "string, but is null\n"},
+      {DefaultsWith("\"Orvane\": ", "\"Orvane\": {}, \"orvane\": "), "string, but is null\n"},
+      {DefaultsWith("\"Settings\"", "\"Orvane\": {}, \"Settings\""), "string, but is null\n"},
   };
   for (const auto& [content, error] : cases) ExpectError(content, error);
 }

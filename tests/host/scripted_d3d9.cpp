@@ -7,6 +7,9 @@ namespace {
 
 Direct3DScript script;
 
+constexpr UINT kSdkVersion = 32;
+constexpr auto kFormat = static_cast<D3DFORMAT>(22);
+
 // Only what the library calls works.
 class ScriptedDirect3D final : public IDirect3D9 {
  public:
@@ -15,28 +18,18 @@ class ScriptedDirect3D final : public IDirect3D9 {
     return 0;
   }
   UINT WINAPI GetAdapterModeCount(UINT adapter, D3DFORMAT format) override {
-    if (!script.isShared) {
-      script.adapter = adapter;
-      script.format = format;
-    }
-    return script.failures.IsDue() ? 0 : static_cast<UINT>(script.modes.size());
+    const bool isKnown = adapter == script.adapter && format == kFormat;
+    return isKnown && !script.failures.IsDue() ? static_cast<UINT>(script.modes.size()) : 0;
   }
   HRESULT WINAPI EnumAdapterModes(UINT adapter, D3DFORMAT format, UINT index,
                                   D3DDISPLAYMODE* found) override {
-    const bool isAsked = script.isShared || (adapter == script.adapter &&
-                                             static_cast<std::uint32_t>(format) == script.format);
-    if (!isAsked) {
-      return D3DERR_NOTAVAILABLE;
-    }
+    if (adapter != script.adapter || format != kFormat) return D3DERR_NOTAVAILABLE;
     // Succeeds past the last one, so that a test sees a query too many.
-    if (index >= script.modes.size()) {
-      *found = {};
-      return D3D_OK;
-    }
+    Direct3DScript::Mode mode = {};
+    if (index < script.modes.size()) mode = script.modes[index];
     // A query that fails writes a mode too, which must not count.
-    const Direct3DScript::Mode& mode = script.modes[index];
     *found = {mode.width, mode.height, mode.refreshRate, format};
-    return mode.answers && !script.failures.IsDue() ? D3D_OK : D3DERR_NOTAVAILABLE;
+    return mode.succeeds && !script.failures.IsDue() ? D3D_OK : D3DERR_NOTAVAILABLE;
   }
 
   ULONG WINAPI AddRef() override { return 0; }
@@ -67,11 +60,9 @@ ScriptedDirect3D direct3D;
 
 IDirect3D9* WINAPI Direct3DCreate9(UINT sdkVersion) {
   using launcher::test::script;
-  if (!script.isCreated || script.failures.IsDue()) return nullptr;
-  if (!script.isShared) {
-    script.sdkVersion = sdkVersion;
-    ++script.openObjects;
-  }
+  const bool fails = !script.isCreated || sdkVersion != launcher::test::kSdkVersion;
+  if (fails || script.failures.IsDue()) return nullptr;
+  if (!script.isShared) ++script.openObjects;
   return &launcher::test::direct3D;
 }
 

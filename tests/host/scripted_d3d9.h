@@ -19,23 +19,16 @@ struct Direct3DScript {
     std::uint32_t width;
     std::uint32_t height;
     std::uint32_t refreshRate;
-    bool answers = true;
+    bool succeeds = true;  // the query of this mode
   };
 
-  bool isCreated = true;    // false: Direct3DCreate9 returns null
-  std::vector<Mode> modes;  // of the adapter and in the format that are asked for
+  bool isCreated = true;      // false: Direct3DCreate9 returns null
+  std::uint32_t adapter = 0;  // the only one that has modes
+  std::vector<Mode> modes;    // in the format X8R8G8B8, the only one
+  FailurePlan failures;       // a call that fails returns null, 0 or an error
 
-  // A call that fails returns null, 0 or an error.
-  FailurePlan failures;
-
-  // Threads call at the same time, so nothing below is kept.
-  bool isShared = false;
-
-  // The arguments of the last calls.
-  std::uint32_t sdkVersion = 0;
-  std::uint32_t adapter = 0;
-  std::uint32_t format = 0;
   int openObjects = 0;
+  bool isShared = false;  // threads call at the same time, so the objects are not counted
 };
 
 }  // namespace launcher::test

@@ -1,18 +1,19 @@
 // For faults of starting a client that it does not show itself: it counts as ended while it runs, a
-// block or a handle stays, an output is written by a call that fails, a line is cut or its
-// enciphered form has another size.
+// block or a handle stays, a line is cut or its enciphered form has another size. And for faults of
+// QX_CommandLineToArgvA: a limit in bytes or one too few, an output written by a call that fails.
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
-#include <algorithm>
 #include <cstring>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "launch/launch_child.h"
 #include "launch/launch_line.h"
 #include "launcher_dll.h"
+#include "platform/owners.h"
 #include "platform/posix/faults.h"
 #include "support/data_file.h"
 #include "support/scratch_directory.h"
@@ -21,15 +22,32 @@
 namespace {
 
 std::vector<DWORD> sleeps;
+bool seemsActive = false;
+std::wstring commandLine;
 
 }  // namespace
 
-// The linker's --wrap redirects the library's calls of Sleep to the first of these.
-extern "C" void __real__Z5Sleepj(DWORD milliseconds);
-extern "C" void __wrap__Z5Sleepj(DWORD milliseconds) {
+// The linker's --wrap redirects the library's calls to the functions with __wrap.
+extern "C" {
+
+void __real__Z5Sleepj(DWORD milliseconds);
+void __wrap__Z5Sleepj(DWORD milliseconds) {
   sleeps.push_back(milliseconds);
+  if (sleeps.size() == 1000) seemsActive = false;  // or a fault would wait for ever
   __real__Z5Sleepj(milliseconds / 10);
 }
+
+// Natively no client ends with 259, which is STILL_ACTIVE.
+BOOL __real__Z18GetExitCodeProcessPvPj(HANDLE process, DWORD* exitCode);
+BOOL __wrap__Z18GetExitCodeProcessPvPj(HANDLE process, DWORD* exitCode) {
+  const BOOL result = __real__Z18GetExitCodeProcessPvPj(process, exitCode);
+  if (seemsActive) *exitCode = STILL_ACTIVE;
+  return result;
+}
+
+wchar_t* __wrap__Z15GetCommandLineWv() { return commandLine.data(); }
+
+}  // extern "C"
 
 namespace launcher {
 namespace {
@@ -42,13 +60,15 @@ TEST_F(LaunchCalls, WaitForTheClientWithoutItsExitCode) {
   const test::LaunchHeader header = {0, 200, 4};
   std::uint8_t block[sizeof header + 4] = {};
   std::memcpy(block, &header, sizeof header);
-  for (const char* const call : {"none", "GetExitCodeProcess"}) {
+  for (const bool hasExitCode : {true, false}) {
     sleeps.clear();
-    posix::FailCall(call, 1, true);
-    EXPECT_EQ(QX_CreateProcess(child.c_str(), block, sizeof block), QX_SUCCEEDED) << call;
+    seemsActive = hasExitCode;
+    posix::FailCall(hasExitCode ? "none" : "GetExitCodeProcess", 1, true);
+    EXPECT_EQ(QX_CreateProcess(child.c_str(), block, sizeof block), QX_SUCCEEDED) << hasExitCode;
     posix::StopFailing();
+    EXPECT_EQ(seemsActive, hasExitCode);
     EXPECT_FALSE(sleeps.empty());
-    EXPECT_EQ(std::count(sleeps.begin(), sleeps.end(), 500u), std::ptrdiff_t(sleeps.size()));
+    EXPECT_EQ(sleeps, std::vector<DWORD>(sleeps.size(), 500));
     EXPECT_TRUE(std::filesystem::remove(test::kDataFile)) << "kept to the end";
     EXPECT_EQ(posix::OpenObjectCount(), 0);
   }
@@ -60,50 +80,37 @@ TEST_F(LaunchCalls, WaitForTheClientWithoutItsExitCode) {
   EXPECT_GT(waitpid(-1, nullptr, 0), 0) << "the client was started";
 }
 
-// Natively every system takes UTF-8, with more bytes than characters.
-TEST_F(LaunchCalls, CountTheArgumentsInCharacters) {
-  const std::string child = test::ProgramBeside("launch_child");
-  const std::string capacity = std::to_string(child.size() + 1 + 5 + 3);
-  const std::string padded = std::string(4 - capacity.size(), '0') + capacity;
-  test::RunProgram('"' + child + "\" " + padded + " \xC3\xB6\xC3\xB6");
-  EXPECT_EQ(test::ReadFile(test::kArgumentsFile),
-            "0 3\n" + child + '\n' + padded + "\n\xC3\xB6\xC3\xB6\n");
+TEST_F(LaunchCalls, PackArgumentsWithinALengthInCharacters) {
+  const std::tuple<const wchar_t*, std::uint32_t, std::string> cases[] = {
+      {L"c", 2, std::string("c\0", 2)},
+      {L"\"a b\"  \"\" J\u00F6rg", 10, std::string("a b\0\0J\xC3\xB6rg\0", 11)},
+  };
+  for (const auto& [line, length, texts] : cases) {
+    commandLine = line;
+    std::int32_t count = -1;
+    char* block = nullptr;
+    EXPECT_EQ(QX_CommandLineToArgvA(&block, length - 1, &count), QX_BAD_ARGUMENT);
+    // Each argument is converted twice.
+    for (int n = 1; n <= 2 * count; ++n) {
+      posix::FailCall("WideCharToMultiByte", n);
+      EXPECT_EQ(QX_CommandLineToArgvA(&block, length, &count), QX_FAILED);
+      EXPECT_TRUE(posix::StopFailing());
+    }
+    EXPECT_EQ(block, nullptr);
+    EXPECT_EQ(QX_CommandLineToArgvA(&block, length, &count), QX_SUCCEEDED);
+    EXPECT_EQ(std::string(block, texts.size()), texts);
+    EXPECT_EQ(count, length == 2 ? 1 : 3);
+    LocalFree(block);
+    EXPECT_EQ(posix::OpenObjectCount(), 0);
+  }
 }
 
-TEST(ArgumentCalls, LeaveTheBlockAloneIfOneFails) {
-  std::int32_t count = 0;
-  char* block = nullptr;
-  ASSERT_EQ(QX_CommandLineToArgvA(&block, 10000, &count), QX_SUCCEEDED);
-  LocalFree(block);
-  block = nullptr;
-  // Two conversions of each argument.
-  for (int n = 1; n <= 2 * count; ++n) {
-    posix::FailCall("WideCharToMultiByte", n);
-    EXPECT_EQ(QX_CommandLineToArgvA(&block, 10000, &count), QX_FAILED);
-    EXPECT_TRUE(posix::StopFailing());
-  }
-  EXPECT_EQ(block, nullptr);
-  EXPECT_EQ(posix::OpenObjectCount(), 0);
-}
-
-TEST(LaunchLine, EndsInSixteenDigits) {
-  const std::string longest(kMaxClientPathLength, 'p');
-  struct Case {
-    std::string path;
-    std::uint32_t processId;
-    std::uint32_t address;
-    std::string line;
-  };
-  const Case cases[] = {
-      {"C:\\a game\\c.exe", 0x1A2B, 0x00ABCDEF, "\"C:\\a game\\c.exe\" 00001a2b00abcdef"},
-      {"c", 0xFFFFFFFF, 0, "\"c\" ffffffff00000000"},
-      {longest, 0x12345678, 0x9ABCDEF0, '"' + longest + "\" 123456789abcdef0"},
-  };
-  for (const Case& tried : cases) {
-    char line[kLaunchLineCapacity];
-    FormatLaunchLine(line, tried.path.c_str(), tried.processId, tried.address);
-    EXPECT_EQ(line, tried.line);
-  }
+TEST_F(LaunchCalls, PutSixteenDigitsAtTheEndOfTheLine) {
+  char line[kLaunchLineCapacity];
+  FormatLaunchLine(line, "C:\\a game\\c.exe", 0x1A2B, 0x00ABCDEF);
+  EXPECT_STREQ(line, "\"C:\\a game\\c.exe\" 00001a2b00abcdef");
+  FormatLaunchLine(line, "c", 0xFFFFFFFF, 0);
+  EXPECT_STREQ(line, "\"c\" ffffffff00000000");
 }
 
 TEST_F(LaunchCalls, EncipherTheSignedLineOrZeroBytes) {

@@ -1,27 +1,25 @@
 #include "launch/launch_child.h"
 
-#include <cstdlib>
 #include <cstring>
 #include <string>
-#include <vector>
 
 #include "launcher_dll.hpp"
 #include "platform/owners.h"
 #include "support/data_file.h"
 
-namespace launcher::test {
 namespace {
-
-constexpr int kFailed = 99;
 
 bool ReadFromProcess(HANDLE process, std::uint32_t address, void* buffer, std::size_t size) {
   return ReadProcessMemory(process, reinterpret_cast<const void*>(std::uintptr_t{address}), buffer,
                            size, nullptr) != FALSE;
 }
 
-int TakeLaunchData() {
+}  // namespace
+
+int main() {
+  using namespace launcher;
   std::string line = GetCommandLineA();
-  WriteFile(kLineFile, line);
+  test::WriteFile(test::kLineFile, line);
   std::uint32_t address = 0;
   std::uint32_t processId = 0;
   QX_RightAddress(&address, line.c_str());
@@ -29,46 +27,22 @@ int TakeLaunchData() {
   QX_RightDWORD(&processId, line.data());
   if (address == 0) return 0;
 
+  constexpr int kFailed = 99;
   const KernelHandle parent(OpenProcess(PROCESS_VM_READ, FALSE, processId));
-  LaunchHeader header = {};
+  test::LaunchHeader header = {};
   if (!parent || !ReadFromProcess(parent.Get(), address, &header, sizeof header)) return kFailed;
+  std::string data;
   // The C++ wrapper's data begin with their size and a container's magic.
   if (std::memcmp(&header.delay, "BFBR", 4) == 0) {
-    const launcher_dll::Bytes data = launcher_dll::ReadClientData(GetCommandLineA());
-    WriteFile(kDataFile, std::string(data.begin(), data.end()));
-    return 0;
+    const launcher_dll::Bytes read = launcher_dll::ReadClientData(GetCommandLineA());
+    data.assign(read.begin(), read.end());
+    header.exitCode = 0;
+  } else {
+    Sleep(header.delay);
+    data.resize(header.dataSize);
+    address += std::uint32_t{sizeof header};
+    if (!ReadFromProcess(parent.Get(), address, data.data(), data.size())) return kFailed;
   }
-  Sleep(header.delay);
-  std::string data(header.dataSize, '\0');
-  if (!ReadFromProcess(parent.Get(), address + std::uint32_t{sizeof header}, data.data(),
-                       data.size())) {
-    return kFailed;
-  }
-  WriteFile(kDataFile, data);
+  test::WriteFile(test::kDataFile, data);
   return static_cast<int>(header.exitCode);
-}
-
-int WriteArguments(std::uint32_t capacity) {
-  char* block = nullptr;
-  std::int32_t count = -1;
-  const ResultCode result = QX_CommandLineToArgvA(&block, capacity, &count);
-  const LocalBlock<char> owner(block);
-  std::string text = std::to_string(result) + ' ' + std::to_string(count) + '\n';
-  for (std::int32_t i = 0; block != nullptr && i < count; ++i) {
-    text += std::string(block) + '\n';
-    block += std::strlen(block) + 1;
-  }
-  WriteFile(kArgumentsFile, text);
-  return 0;
-}
-
-}  // namespace
-}  // namespace launcher::test
-
-int main(int argumentCount, char** arguments) {
-  if (argumentCount < 2) return launcher::test::kFailed;
-  return std::strlen(arguments[1]) == 16
-             ? launcher::test::TakeLaunchData()
-             : launcher::test::WriteArguments(
-                   static_cast<std::uint32_t>(std::strtoul(arguments[1], nullptr, 10)));
 }

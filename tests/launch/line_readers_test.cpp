@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 
 #include "launcher_dll.h"
 #include "support/bytes.h"
@@ -15,68 +16,48 @@ namespace {
 using test::Bytes;
 using test::GuardedBuffer;
 
-constexpr std::uint32_t kUnwritten = 0xCDCDCDCD;
-
-TEST(RightDWORD, TakesTheLastEightCharactersOff) {
-  struct Case {
-    std::string text;
-    ResultCode result;
-    std::uint32_t value;
-    std::string left;
+TEST(LineReaders, ReadTheLastEightCharacters) {
+  constexpr std::uint32_t kUnwritten = 0xCDCDCDCD;
+  // The number up to the first character that is no digit, and the number in which such a character
+  // counts as 0 and keeps its place.
+  const std::tuple<std::string, std::uint32_t, std::uint32_t> cases[] = {
+      {"abc00001a2b", 0x1A2B, 0x1A2B},
+      {"DEADbeef", 0xDEADBEEF, 0xDEADBEEF},
+      {"12g45678", 0x12, 0x12045678},
+      {"x  0x00ff", 0xFF, 0xFF},
+      {"-0000001", 0xFFFFFFFF, 1},
+      {"-+ xF\xC3g9", 0, 0xF009},
+      {"/:@G`g19", 0, 0x19},  // the neighbours of the digits
+      {"1234567", kUnwritten, kUnwritten},
+      {"", kUnwritten, kUnwritten},
   };
-  const Case cases[] = {
-      {"abc00001a2b", QX_SUCCEEDED, 0x1A2B, "abc"},  {"DEADbeef", QX_SUCCEEDED, 0xDEADBEEF, ""},
-      {"12g45678", QX_SUCCEEDED, 0x12, ""},  // up to the first character that is no digit
-      {"-0000001", QX_SUCCEEDED, 0xFFFFFFFF, ""},    {"x  0x00ff", QX_SUCCEEDED, 0xFF, "x"},
-      {"1234567", QX_FAILED, kUnwritten, "1234567"}, {"", QX_FAILED, kUnwritten, ""},
-  };
-  for (Case tried : cases) {
-    SCOPED_TRACE(tried.text);
-    std::string text = tried.text;
-    std::uint32_t value = kUnwritten;
-    EXPECT_EQ(QX_RightDWORD(nullptr, text.data()), tried.result);
-    EXPECT_EQ(text.c_str(), tried.left);
-    EXPECT_EQ(QX_RightDWORD(&value, tried.text.data()), tried.result);
-    EXPECT_EQ(tried.text.c_str(), tried.left);
-    EXPECT_EQ(value, tried.value);
-  }
-}
-
-TEST(RightAddress, ReadsTheLastEightCharacters) {
-  struct Case {
-    const char* text;
-    ResultCode result;
-    std::uint32_t address;
-  };
-  const Case cases[] = {
-      {"xx00ABCDEF", QX_SUCCEEDED, 0x00ABCDEF}, {"00abcdef", QX_SUCCEEDED, 0x00ABCDEF},
-      {"0000zz12", QX_SUCCEEDED, 0x12},  // what is no digit counts as 0 and keeps its place
-      {"/:@G`g19", QX_SUCCEEDED, 0x19},  // the neighbours of the digits
-      {"-+ xF\xC3g9", QX_SUCCEEDED, 0xF009},    {"1234567", QX_FAILED, kUnwritten},
-      {nullptr, QX_BAD_ARGUMENT, kUnwritten},
-  };
-  for (const Case& tried : cases) {
+  for (const auto& [text, number, expectedAddress] : cases) {
+    SCOPED_TRACE(text);
+    const bool fits = text.size() >= 8;
     std::uint32_t address = kUnwritten;
-    EXPECT_EQ(QX_RightAddress(&address, tried.text), tried.result) << tried.address;
-    EXPECT_EQ(address, tried.address);
-    EXPECT_EQ(QX_RightAddress(nullptr, tried.text), tried.result) << tried.address;
+    EXPECT_EQ(QX_RightAddress(&address, text.c_str()), fits ? QX_SUCCEEDED : QX_FAILED);
+    EXPECT_EQ(address, expectedAddress);
+    EXPECT_EQ(QX_RightAddress(nullptr, text.c_str()), fits ? QX_SUCCEEDED : QX_FAILED);
+    std::uint32_t value = kUnwritten;
+    for (std::uint32_t* const output : {&value, static_cast<std::uint32_t*>(nullptr)}) {
+      std::string line = text;
+      EXPECT_EQ(QX_RightDWORD(output, line.data()), fits ? QX_SUCCEEDED : QX_FAILED);
+      EXPECT_EQ(line.c_str(), text.substr(0, fits ? text.size() - 8 : text.size()));
+      EXPECT_EQ(value, number);
+    }
   }
   std::uint32_t value = kUnwritten;
   EXPECT_EQ(QX_RightDWORD(&value, nullptr), QX_BAD_ARGUMENT);
+  EXPECT_EQ(QX_RightAddress(&value, nullptr), QX_BAD_ARGUMENT);
+  EXPECT_EQ(QX_RightAddress(nullptr, nullptr), QX_BAD_ARGUMENT);
   EXPECT_EQ(value, kUnwritten);
 }
 
-TEST(RightBinary, ReadsPairsAndFillsUpWithZeroBytes) {
+TEST(LineReaders, ReadPairsAndFillUpWithZeroBytes) {
   const Bytes untouched = {0xCD, 0xCD, 0xCD, 0xCD};
-  struct Case {
-    const char* text;
-    std::uint32_t count;
-    std::uint32_t capacity;
-    ResultCode result;
-    Bytes expected;  // the whole buffer
-  };
+  using Case = std::tuple<const char*, std::uint32_t, std::uint32_t, ResultCode, Bytes>;
   const Case cases[] = {
-      {"ff0a", 2, 3, QX_SUCCEEDED, {0xFF, 0x0A, 0}},
+      {"12ff0a", 2, 3, QX_SUCCEEDED, {0xFF, 0x0A, 0}},
       {"xFf0A", 2, 5, QX_SUCCEEDED, {0xFF, 0x0A, 0, 0, 0}},
       {"ff0a", 2, 2, QX_SUCCEEDED, {0xFF, 0x0A}},  // no room for a NUL
       {"1gg1zz", 3, 4, QX_SUCCEEDED, {0x10, 0x01, 0, 0}},
@@ -90,11 +71,11 @@ TEST(RightBinary, ReadsPairsAndFillsUpWithZeroBytes) {
       {"ff", 0x80000000, 0xFFFFFFFF, QX_FAILED, untouched},
       {"ff", 0x80000001, 0xFFFFFFFF, QX_FAILED, untouched},
   };
-  for (const Case& tried : cases) {
-    const GuardedBuffer buffer(tried.expected.size());
-    EXPECT_EQ(QX_RightBinary(nullptr, tried.capacity, tried.text, tried.count), tried.result);
-    EXPECT_EQ(QX_RightBinary(buffer.Data(), tried.capacity, tried.text, tried.count), tried.result);
-    EXPECT_EQ(buffer.Content(), tried.expected) << tried.count << ", " << tried.capacity;
+  for (const auto& [text, count, capacity, result, expected] : cases) {
+    const GuardedBuffer buffer(expected.size());
+    EXPECT_EQ(QX_RightBinary(nullptr, capacity, text, count), result);
+    EXPECT_EQ(QX_RightBinary(buffer.Data(), capacity, text, count), result);
+    EXPECT_EQ(buffer.Content(), expected) << count << ", " << capacity;
   }
 }
 
