@@ -90,25 +90,26 @@ TEST_F(CppFace, RefusesForgedClientData) {
   const KernelHandle self(OpenProcess(0x1FFFFF, FALSE, GetCurrentProcessId()));
   char* const page = static_cast<char*>(
       VirtualAllocEx(self.Get(), nullptr, 4096, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
-  const auto left = reinterpret_cast<std::uintptr_t>(page);
   const Bytes bare = face::Encode(Bytes(1));
   std::copy(bare.begin(), bare.end(), page + 4);
-  const auto read = [page](std::uint32_t size, std::uintptr_t address) {
+  const auto address = static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(page));
+  const auto read = [page](std::uint32_t size, unsigned from, unsigned long process) {
     std::memcpy(page, &size, sizeof size);
     char line[17];
-    std::snprintf(line, sizeof line, "%08x%08x", static_cast<unsigned>(GetCurrentProcessId()),
-                  static_cast<unsigned>(address));
+    std::snprintf(line, sizeof line, "%08lx%08x", process, from);
     face::ReadClientData(line);
   };
+  const unsigned long id = GetCurrentProcessId();
+  const std::string noProcess = sizeof page == 8 ? "(system error 3)" : "(system error 87)";
   ExpectErrors({
-      {[&] { read(0xFFFFD, left); }, "ReadClientData -1005: " + kSizeRefused},
-      {[&] { read(0, 8); },
-       "ReadClientData -1: the launcher's memory cannot be read:  (system error " +
-           std::string(sizeof page == 8 ? "14)" : "299)")},
-      {[&] { read(0, left); }, "QX_Decode -1005: " + kSizeRefused},
-      {[&] { read(43, left); }, "QX_Decode 0: no intact container"},
-      {[&] { read(44, left); }, "ReadClientData -1: the data are not signed"},
+      {[&] { read(0xFFFFD, address, id); }, "ReadClientData -1005: " + kSizeRefused},
+      {[&] { read(0, address, id); }, "QX_Decode -1005: " + kSizeRefused},
+      {[&] { read(43, address, id); }, "QX_Decode 0: no intact container"},
+      {[&] { read(44, address, id); }, "ReadClientData -1: the data are not signed"},
+      {[&] { read(44, address, 0x7FFFFFFC); },
+       "ReadClientData -1: the launcher's memory cannot be read:  " + noProcess},
   });
+  EXPECT_THROW(read(0, 8, id), face::Error);
   VirtualFreeEx(self.Get(), page, 0, MEM_RELEASE);
 }
 
