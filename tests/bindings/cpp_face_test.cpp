@@ -231,6 +231,7 @@ TEST_F(CppFace, ReadsWhatSteamKnows) {
   for (const bool answer : {false, true}) {
     script_.answer = answer;
     script_.steamId = answer ? 0x0110000112345678 : 0;
+    EXPECT_EQ(steam::UserId().has_value(), answer);
     EXPECT_EQ(steam::UserId().value_or(0), script_.steamId);
     EXPECT_EQ(steam::IsRunning(), answer);
     EXPECT_EQ(steam::IsLoggedOn(), answer);
@@ -247,6 +248,7 @@ TEST_F(CppFace, ReadsWholeFilesOfTheUser) {
     for (const char last : {'\x00', '\xFF'}) {
       const Bytes content = test::BytesOf(std::string(size - 1, 's') + last);
       steam::WriteUserFile("save", content);
+      EXPECT_TRUE(steam::ReadUserFile("save") == content) << size;
       EXPECT_TRUE(steam::ReadUserFile("save", size) == content) << size;
     }
   }
@@ -276,6 +278,7 @@ TEST_F(CppFace, ReadsWholeFilesOfTheUser) {
 TEST_F(CppFace, PassesCloudFilesAndRequestsOn) {
   script_.number = 3;
   EXPECT_EQ(steam::CloudFileNames(), std::vector<std::string>(3));
+  EXPECT_EQ(script_.calls.back(), "GetFileNameAndSize 2 0");
   EXPECT_EQ(steam::ReadCloudFile("name"), Bytes(3, 'r'));
   script_.calls.clear();
   steam::WriteCloudFile("name", BytesOf("data"));
@@ -288,6 +291,10 @@ TEST_F(CppFace, PassesCloudFilesAndRequestsOn) {
             (Calls{"FileWrite name data 4", "FileForget name", "FileDelete name",
                    "SetCloudEnabledForApp 1", "Create 3 url", "SetBody 1 text/plain body"}));
   EXPECT_THROW(steam::WriteCloudFile("name", {nullptr, 0x80000000}), std::length_error);
+  script_.answer = false;
+  script_.number = 0;
+  ExpectErrors({{[] { steam::ReadCloudFile("name"); },
+                 "QX_SteamAPI_RemoteStorageFileRead 0: no such file"}});
 }
 
 }  // namespace
