@@ -4,7 +4,8 @@
 // function prints, reads and leaves unwritten.
 //
 // - A function throws Error if its export fails, whichever value that export returns for a failure.
-//   A question returns a bool. A size that does not fit throws std::length_error before any call.
+//   A function that asks a question returns a bool. A size that does not fit the export's argument
+//   throws std::length_error before any call.
 // - Texts are 8-bit and end at their first NUL. If a text does not fit a buffer, the wrapper calls
 //   the export again with a larger one.
 // - These exports have no wrapper: QX_IsFailed and QX_IsSucceeded (see Error),
@@ -20,6 +21,7 @@
 #error "launcher_dll.hpp needs C++17: compile with -std=c++17 or /std:c++17"
 #else
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -122,24 +124,19 @@ class Span {
   constexpr Span() noexcept = default;
   constexpr Span(Item* data, std::size_t size) noexcept : data_(data), size_(size) {}
 
-  // From a vector, an array or another span.
+  // From a vector, an array or a span of other items. A temporary gives only constant items.
   template <class Container,
+            class = std::enable_if_t<!std::is_same_v<std::decay_t<Container>, Span> >,
+            class = std::enable_if_t<std::is_const_v<Item> || std::is_reference_v<Container> >,
             class = std::enable_if_t<
-                !std::is_same_v<std::remove_cv_t<Container>, Span> &&
                 std::is_convertible_v<decltype(std::declval<Container&>().data()), Item*> > >
-  constexpr Span(Container& items) noexcept : data_(items.data()), size_(items.size()) {}
-  template <class Container,
-            class = std::enable_if_t<
-                std::is_convertible_v<decltype(std::declval<const Container&>().data()), Item*> >,
-            class = std::enable_if_t<std::is_const_v<Item> && !std::is_same_v<Container, Span> > >
-  constexpr Span(const Container& items) noexcept : data_(items.data()), size_(items.size()) {}
+  constexpr Span(Container&& items) noexcept : data_(items.data()), size_(items.size()) {}
 
   constexpr Item* data() const noexcept { return data_; }
   constexpr std::size_t size() const noexcept { return size_; }
   constexpr bool empty() const noexcept { return size_ == 0; }
   constexpr Item* begin() const noexcept { return data_; }
   constexpr Item* end() const noexcept { return data_ + size_; }
-  constexpr Item& operator[](std::size_t index) const noexcept { return data_[index]; }
 
   // `size` items from `offset` on. Not checked against the span's own size.
   constexpr Span Part(std::size_t offset, std::size_t size) const noexcept {
@@ -203,14 +200,11 @@ struct TextResult {
   std::string text;
 };
 
-constexpr std::size_t kFirstCapacity = 256;
-constexpr std::size_t kLargestCapacity = 0x10000;
-
 // Doubles the buffer until `isTooSmall(result, text)` is false. A buffer without a terminator
 // counts as not written.
 template <class Call, class IsTooSmall>
-TextResult ReadText(Call call, IsTooSmall isTooSmall, std::size_t capacity = kFirstCapacity,
-                    std::size_t largestCapacity = kLargestCapacity) {
+TextResult ReadText(Call call, IsTooSmall isTooSmall, std::size_t capacity = 256,
+                    std::size_t largestCapacity = 0x10000) {
   for (;; capacity *= 2) {
     std::string buffer(capacity, '\xFF');
     const std::int32_t result = call(buffer.data(), static_cast<std::uint32_t>(capacity));
@@ -243,13 +237,10 @@ class Block {
   }
 
   std::uint8_t* data() const noexcept { return data_.get(); }
-  std::size_t size() const noexcept { return size_; }
+  std::size_t size() const noexcept { return data_ ? size_ : 0; }
 
   // Gives up the block: the caller must call QX_Deallocate.
-  std::uint8_t* Release() noexcept {
-    size_ = 0;
-    return data_.release();
-  }
+  std::uint8_t* Release() noexcept { return data_.release(); }
 
  private:
   struct Deallocate {
@@ -311,29 +302,18 @@ struct Label {
   };
 };
 
-// Owns a text of the string table: QX_LoadStringToMemory, QX_UnloadStringFromMemory.
-class Text {
- public:
-  // Throws Error if the label is unknown, config.json does not load, or memory runs out.
-  explicit Text(StringLabel label) {
-    char* text = nullptr;
-    detail::Check("QX_LoadStringToMemory", QX_LoadStringToMemory(label, &text),
-                  "config.json does not load");
-    text_.reset(text);
-  }
-
-  const char* CString() const noexcept { return text_.get(); }
-  std::string_view View() const noexcept { return text_.get(); }
-
- private:
+// A text of the string table: QX_LoadStringToMemory.
+// Throws Error if the label is unknown, config.json does not load, or memory runs out.
+inline std::string LoadText(StringLabel label) {
   struct Unload {
     void operator()(char* text) const noexcept { QX_UnloadStringFromMemory(&text); }
   };
-  std::unique_ptr<char, Unload> text_;
-};
-
-// A text of the string table. Throws as Text does.
-inline std::string LoadText(StringLabel label) { return std::string(Text(label).View()); }
+  char* text = nullptr;
+  detail::Check("QX_LoadStringToMemory", QX_LoadStringToMemory(label, &text),
+                "config.json does not load");
+  const std::unique_ptr<char, Unload> owner(text);
+  return text;
+}
 
 // QX_IsStaging: true if config.json loads; if not, prints the reason to the standard error stream.
 inline bool SettingsLoad() noexcept { return QX_IsStaging() != 0; }
@@ -350,10 +330,7 @@ inline LibraryInformation ReadLibraryInformation() {
   SystemInformation record = {};
   detail::Check("QX_GetSystemInformation", QX_GetSystemInformation(&record, sizeof record));
   const auto text = [](const char* field, std::size_t size) {
-    const void* const end = std::memchr(field, 0, size);
-    return std::string(
-        field,
-        end == nullptr ? size : static_cast<std::size_t>(static_cast<const char*>(end) - field));
+    return std::string(field, std::find(field, field + size, '\0'));
   };
   return {{record.numbers[0], record.numbers[1], record.numbers[2], record.numbers[3]},
           text(record.buildName, sizeof record.buildName),
@@ -406,13 +383,13 @@ struct Decoded {
 enum class Marker { kKeep, kSkip };
 
 // Deciphers a container in place with the key of the string table (QX_Decode). Returns its payload,
-// or nothing if the block is no intact container; the block may be changed from offset 4 on then
-// too. Marker::kSkip skips the signature marker if the payload begins with it.
+// or nothing if the block is no intact container. The block may be changed from offset 4 on in both
+// cases. Marker::kSkip skips the signature marker if the payload begins with it.
 // Throws Error if a lookup fails or the block does not have 1 to 1,048,575 bytes.
 inline std::optional<Decoded> DecodeInPlace(ByteSpan block, Marker marker = Marker::kKeep) {
   std::uint32_t size = 0;
   std::uint32_t offset = 0;
-  // An empty span may be null, which the export reports as another failure than a size of 0.
+  // An empty span may be null, for which the export returns another result than for a size of 0.
   std::uint8_t nothing = 0;
   detail::Check(
       "QX_Decode",
@@ -481,7 +458,7 @@ inline Bytes Sign(ConstByteSpan data) {
 
 // ---- Starting the client ---------------------------------------------------------------------
 
-// In bytes: QX_Decode, and so ReadClientData, accepts the container of so many.
+// The most bytes that RunClient can put into a container that QX_Decode accepts.
 constexpr std::size_t kLargestClientData = 1048510;
 
 enum class DataForm {
@@ -490,7 +467,7 @@ enum class DataForm {
 };
 
 // QX_CreateProcess: starts the client, keeps the data for it, and waits until it has ended.
-// DataForm::kContainer signs and enciphers the data; without data there is no container either.
+// DataForm::kContainer signs and enciphers the data, but makes no container of empty data.
 // Throws Error if the client does not start, std::length_error for more than kLargestClientData.
 inline void RunClient(const std::string& clientPath, ConstByteSpan data = {},
                       DataForm form = DataForm::kContainer) {
@@ -557,10 +534,11 @@ inline LaunchLine ReadLaunchLine(std::string line) {
 
 namespace detail {
 
-// Copies `size` bytes at `address` of the process that called RunClient, or throws Error.
+// Copies `size` bytes from `address` of the process that called RunClient. Throws Error.
 inline void ReadLauncher(std::uint32_t processId, std::uint32_t address, void* buffer,
                          std::size_t size) {
   void* const remote = reinterpret_cast<void*>(std::uintptr_t{address});
+  ClearSystemCode();  // a read of only the first bytes sets none on Linux
 #if defined(_WIN32)
   struct Close {
     void operator()(void* handle) const noexcept { CloseHandle(handle); }
@@ -650,7 +628,7 @@ class Session {
 // True if the Steam client runs.
 inline bool IsRunning() noexcept { return QX_SteamAPI_IsSteamRunning() != 0; }
 
-// True if Steam restarts the game (the export returns 0): the caller should end.
+// True if Steam restarts the game (the export returns 0). Then the caller should end.
 inline bool RestartsApp(std::uint32_t appId) noexcept {
   return QX_SteamAPI_RestartAppIfNecessary(appId) == QX_SUCCEEDED;
 }
@@ -777,8 +755,8 @@ inline void WriteUserFile(const std::string& fileName, ConstByteSpan data) {
 
 // ---- The user's files in the cloud
 
-// If Steam is missing or refuses, functions that read or change something throw Error and questions
-// return false, although the exports return different values.
+// If Steam is missing or refuses, the functions that read or change something throw Error,
+// whichever value the export returns.
 
 // Writes a file. Throws Error for empty data too.
 inline void WriteCloudFile(const std::string& name, ConstByteSpan data) {
@@ -798,7 +776,7 @@ inline std::size_t CloudFileSize(const std::string& name) noexcept {
   return size < 0 ? 0 : static_cast<std::size_t>(size);
 }
 
-// The content of a file, as far as Steam read it. Throws Error if Steam is missing or knows no such
+// The bytes of a file that Steam read. Throws Error if Steam is missing or knows no such
 // file.
 inline Bytes ReadCloudFile(const std::string& name) {
   Bytes content(CloudFileSize(name));
@@ -810,9 +788,7 @@ inline Bytes ReadCloudFile(const std::string& name) {
   if (size == 0 && !CloudFileExists(name)) {
     throw Error("QX_SteamAPI_RemoteStorageFileRead", size, "no such file");
   }
-  if (static_cast<std::size_t>(size) < content.size()) {
-    content.resize(static_cast<std::size_t>(size));
-  }
+  content.resize((std::min)(content.size(), static_cast<std::size_t>(size)));
   return content;
 }
 
@@ -828,30 +804,20 @@ inline void ForgetCloudFile(const std::string& name) {
   if (result != 1) throw Error("QX_SteamAPI_RemoteStorageFileForget", result);
 }
 
-// The number of files.
-inline std::int32_t CloudFileCount() {
+// The names of all files; a name is empty if Steam does not know it.
+inline std::vector<std::string> CloudFileNames() {
   const std::int32_t count = QX_SteamAPI_RemoteStorageGetFileCount();
   if (count < 0) throw Error("QX_SteamAPI_RemoteStorageGetFileCount", count);
-  return count;
-}
-
-// The name of the file with that index, counted from 0; empty if Steam knows none.
-inline std::string CloudFileName(std::int32_t index) {
-  detail::TextResult read = detail::ReadText(
-      [index](char* destination, std::uint32_t capacity) {
-        return QX_SteamAPI_RemoteStorageGetFileName(index, destination, capacity);
-      },
-      detail::IsEmptySuccess);
-  detail::Check("QX_SteamAPI_RemoteStorageGetFileName", read.result);
-  return std::move(read.text);
-}
-
-// The names of all files.
-inline std::vector<std::string> CloudFileNames() {
   std::vector<std::string> names;
-  const std::int32_t count = CloudFileCount();
-  names.reserve(static_cast<std::size_t>(count));
-  for (std::int32_t index = 0; index < count; ++index) names.push_back(CloudFileName(index));
+  for (std::int32_t index = 0; index < count; ++index) {
+    detail::TextResult read = detail::ReadText(
+        [index](char* destination, std::uint32_t capacity) {
+          return QX_SteamAPI_RemoteStorageGetFileName(index, destination, capacity);
+        },
+        detail::IsEmptySuccess);
+    detail::Check("QX_SteamAPI_RemoteStorageGetFileName", read.result);
+    names.push_back(std::move(read.text));
+  }
   return names;
 }
 

@@ -1,6 +1,5 @@
 // Finds what the C# binding can do wrong: another calling convention or size of the arguments, a
 // direction that loses what the library writes, a failure without an exception, a text cut short.
-// A .config file beside the assembly maps the decorated names to the plain ones.
 
 using System;
 using System.Linq;
@@ -13,23 +12,21 @@ internal static class CallCheck
 {
     private static int faults;
 
-    private static void Expect(string what, object found, object wanted)
+    private static void Expect(string wanted, Func<object> call)
     {
-        if (Equals(found, wanted)) return;
-        ++faults;
-        Console.Error.WriteLine("{0}: found {1}, wanted {2}", what, found, wanted);
-    }
-
-    private static string ResultOf(Func<byte[]> decode)
-    {
+        string found;
         try
         {
-            return Encoding.ASCII.GetString(decode());
+            object result = call();
+            found = result is byte[] ? Encoding.ASCII.GetString((byte[])result) : result.ToString();
         }
         catch (LauncherException exception)
         {
-            return exception.Export + " " + exception.Result;
+            found = exception.Export + " " + exception.Result;
         }
+        if (found == wanted) return;
+        ++faults;
+        Console.Error.WriteLine("found {0}, wanted {1}", found, wanted);
     }
 
     private static int Main()
@@ -38,8 +35,7 @@ internal static class CallCheck
         {
             DllImportAttribute import = method.GetCustomAttribute<DllImportAttribute>();
             string name = "_" + method.Name + "@" + 4 * method.GetParameters().Length;
-            Expect("name", import.EntryPoint, name);
-            Expect(name, import.CallingConvention, CallingConvention.StdCall);
+            Expect(name + " StdCall", () => import.EntryPoint + " " + import.CallingConvention);
         }
 
         byte[] data = Encoding.ASCII.GetBytes("some data");
@@ -47,31 +43,26 @@ internal static class CallCheck
         byte[] signed = LauncherDll.Encode(LauncherDll.Sign(data));
         byte[] key = Encoding.ASCII.GetBytes(LauncherDll.LoadText(11000));
         string marker = LauncherDll.LoadText(11001);
-        Expect("bare", ResultOf(() => LauncherDll.Decode(bare)), "some data");
-        Expect("no marker", ResultOf(() => LauncherDll.Decode(bare, key, Marker.Strip)), "some data");
-        Expect("kept", ResultOf(() => LauncherDll.Decode(signed, key)), marker + "some data");
-        Expect("stripped", ResultOf(() => LauncherDll.Decode(signed, key, Marker.Strip)), "some data");
-        Expect("required", ResultOf(() => LauncherDll.Decode(signed, key, Marker.Require)),
-            "some data");
-        Expect("missing", ResultOf(() => LauncherDll.Decode(bare, key, Marker.Require)),
-            "file_cipher_decode 7");
-        Expect("other key", ResultOf(() => LauncherDll.Decode(bare, data)), "file_cipher_decode 7");
-        Expect("empty", ResultOf(() => LauncherDll.Encode(new byte[0])), "file_cipher_encode 7");
-        Expect("no data", ResultOf(() => LauncherDll.Sign(new byte[0])), marker);
-        Expect("text", LauncherDll.LoadText(2001), "Forbidden");
-        Expect("no text", ResultOf(() => new byte[LauncherDll.LoadText(1).Length]),
-            "QX_LoadStringToMemory -4");
+        Expect(marker, () => LauncherDll.Sign(new byte[0]));
+        Expect(marker + "some data", () => LauncherDll.Decode(signed));
+        Expect("some data", () => LauncherDll.Decode(bare, key, Marker.Strip));
+        Expect("some data", () => LauncherDll.Decode(signed, key, Marker.Strip));
+        Expect("some data", () => LauncherDll.Decode(signed, key, Marker.Require));
+        Expect("file_cipher_decode 7", () => LauncherDll.Decode(bare, key, Marker.Require));
+        Expect("file_cipher_decode 7", () => LauncherDll.Decode(bare, data));
+        Expect("file_cipher_encode 7", () => LauncherDll.Encode(new byte[0]));
+        Expect("QX_LoadStringToMemory -4", () => LauncherDll.LoadText(1));
 
         SystemInformation record = LauncherDll.ReadSystemInformation();
-        Expect("numbers", string.Join(" ", record.Numbers), "0 2 5 0");
-        Expect("build name", LauncherDll.TextIn(record.BuildName), LauncherDll.LoadText(10));
-        Expect("vendor name", LauncherDll.TextIn(record.VendorName), LauncherDll.LoadText(0));
-        Expect("full buffer", LauncherDll.TextIn(new byte[] { 65, 66 }), "AB");
-        byte[] line = Encoding.ASCII.GetBytes("abc00001a2b\0");
-        uint number;
-        Expect("right number", NativeMethods.QX_RightDWORD(out number, line), 0);
-        Expect("its value and text", number + LauncherDll.TextIn(line), "6699abc");
-        Expect("server", NativeMethods.QX_CheckCert("x", LauncherDll.LoadText(5000)), (byte)1);
-        return faults == 0 ? 0 : 1;
+        Expect("0 2 5 0", () => string.Join(" ", record.Numbers));
+        Expect(LauncherDll.LoadText(10), () => LauncherDll.TextIn(record.BuildName));
+        Expect(LauncherDll.LoadText(0), () => LauncherDll.TextIn(record.VendorName));
+        Expect("AB", () => LauncherDll.TextIn(new byte[] { 65, 66 }));
+        byte[] line = Encoding.ASCII.GetBytes("abc80001a2b\0");
+        uint number = 0;
+        Expect("0", () => NativeMethods.QX_RightDWORD(out number, line));
+        Expect("2147490347 abc", () => number + " " + LauncherDll.TextIn(line));
+        Expect("1", () => NativeMethods.QX_CheckCert("x", LauncherDll.LoadText(5000)));
+        return faults;
     }
 }

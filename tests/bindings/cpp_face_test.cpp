@@ -1,138 +1,190 @@
-// Finds what the C++ wrapper itself can do wrong: an error that becomes no exception or has another
-// text, a block that is not released, a marker that stays, a size that is cut. The header comes
-// first and alone: it needs no other.
+// Finds what the C++ wrapper itself can do wrong: a failure that becomes no Error or another one, a
+// wrong size or number, a text that is cut, a marker that stays, an owner that releases twice or
+// never. The wrapper is included first because it needs no other header.
 #include "launcher_dll.hpp"
 //
-#include <gtest/gtest.h>
-
-#include <filesystem>
-
 #include "launch/launch_child.h"
 #include "platform/owners.h"
 #include "platform/win32.h"
-#include "support/bytes.h"
+#include "steam/scripted_test.h"
 #include "support/captured_output.h"
 #include "support/data_file.h"
-#include "support/known_containers.h"
-#include "support/scratch_directory.h"
-#include "support/system.h"
 
 namespace launcher {
 namespace {
 
 namespace face = launcher_dll;
+namespace steam = launcher_dll::steam;
 using face::Bytes;
-using face::Marker;
+using face::BytesOf;
+using test::SteamScript;
 
-using CppFace = test::ScratchTest;
+static_assert(!std::is_copy_constructible_v<face::Block>);
+static_assert(!std::is_copy_constructible_v<steam::Session>);
 
-Bytes BytesIn(face::ByteSpan span) { return Bytes(span.begin(), span.end()); }
+const std::string kBadArgument = "an argument is not valid, or a buffer is too small";
+const std::string kSizeRefused = "the size is not 1 to 1,048,575 bytes";
+const std::string kNoSteam = "Steam is not available, or refused the request";
 
-TEST_F(CppFace, ThrowsWhatFailed) {
-  static Bytes small(43);
-  static std::uint8_t byte = 0;
-  const std::pair<void (*)(), const char*> cases[] = {
-      {[] { face::Block(0); },
-       "QX_Allocate failed: an argument is not valid, or a buffer is too small"},
-      {[] { face::LoadText(1); }, "QX_LoadStringToMemory failed: not found"},
-      {[] {
-         face::EncodeTo(small, {&byte, 1});
-       },
-       "file_cipher_encode failed: the output is too small"},
-      {[] { face::Encode({}); }, "file_cipher_encode failed: the payload is empty"},
-      {[] { face::ContainerSize(0x80000000); },
-       "file_cipher_get_encode_size failed: the payload is too large"},
-      {[] { face::DecodeInPlace(face::ByteSpan()); },
-       "QX_Decode failed: the size is not 1 to 1,048,575 bytes"},
-      {[] {
-         face::DecodeInPlace({&byte, 0x80000000u});
-       },
-       "launcher_dll: the size does not fit the export's argument"},
-      {[] { face::Decode(small); }, "QX_Decode failed: no intact container"},
-      {[] { face::Decode(small, Bytes(3)); }, "file_cipher_decode failed: a key has 4 to 56 bytes"},
-      {[] { face::Decode(small, Bytes(57)); },
-       "file_cipher_decode failed: a key has 4 to 56 bytes"},
-      {[] { face::Decode(small, Bytes(56)); }, "file_cipher_decode failed: no intact container"},
-      {[] { face::ReadLaunchLine("1234567"); }, "QX_RightAddress failed: the text is too short"},
-      {[] { face::ReadLaunchLine("x00abcdef"); }, "QX_RightDWORD failed: the text is too short"},
-      {[] { face::RightBytes("ff0", 2); }, "QX_RightBinary failed: the text is too short"},
-  };
-  test::StandardOutputOf([&] {
-    for (const auto& [call, message] : cases) {
-      std::string thrown;
+class CppFace : public test::ScriptedTest {
+ protected:
+  CppFace() {
+    std::filesystem::create_directory("user");
+    script_.folder = "user";
+  }
+
+  // Each call throws an Error with this export, result, message and system error code.
+  static void ExpectErrors(
+      const std::vector<std::pair<std::function<void()>, std::string>>& cases) {
+    for (const auto& [call, expected] : cases) {
+      std::string found = "no exception";
       try {
         call();
-      } catch (const std::exception& error) {
-        thrown = error.what();
+      } catch (const face::Error& error) {
+        found = error.ExportName() + (' ' + std::to_string(error.Result())) + ": ";
+        std::string message = error.what();
+        const std::string start = error.ExportName() + std::string(" failed: ");
+        const std::string words = std::system_category().message(error.SystemCode());
+        EXPECT_EQ(message.rfind(start, 0), 0u) << message;
+        if (error.SystemCode() != 0) message.erase(message.find(words), words.size());
+        found += message.substr(start.size());
       }
-      EXPECT_EQ(thrown, message);
+      EXPECT_EQ(found, expected);
     }
+  }
+};
+
+TEST_F(CppFace, ReportsEachFailure) {
+  static Bytes small(43);
+  ExpectErrors({
+      {[] { face::Block(0); }, "QX_Allocate -2: " + kBadArgument},
+      {[] { face::LoadText(1); }, "QX_LoadStringToMemory -4: not found"},
+      {[] { face::Encode({}); }, "file_cipher_encode 7: the payload is empty"},
+      {[] { face::EncodeTo(small, BytesOf("x")); },
+       "file_cipher_encode 7: the output is too small"},
+      {[] { face::ContainerSize(0x80000000); },
+       "file_cipher_get_encode_size 0: the payload is too large"},
+      {[] { face::Decode({}); }, "QX_Decode -1005: " + kSizeRefused},
+      {[] { face::Decode(small); }, "QX_Decode 0: no intact container"},
+      {[] { face::Decode(small, Bytes(4)); }, "file_cipher_decode 7: no intact container"},
+      {[] { face::Decode(small, Bytes(56)); }, "file_cipher_decode 7: no intact container"},
+      {[] { face::Decode(small, Bytes(3)); }, "file_cipher_decode 7: a key has 4 to 56 bytes"},
+      {[] { face::Decode(small, Bytes(57)); }, "file_cipher_decode 7: a key has 4 to 56 bytes"},
+      {[] { face::ReadClientData(nullptr); }, "QX_RightAddress -1: the text is too short"},
+      {[] { face::ReadLaunchLine("x00abcdef"); }, "QX_RightDWORD -1: the text is too short"},
+      {[] { face::RightBytes("ff0", 2); }, "QX_RightBinary -1: the text is too short"},
+      {[] { face::RunClient("none"); }, "QX_CreateProcess -1:  (system error 2)"},
+      {[] { face::RunClient(std::string(2029, 'x')); },
+       "QX_CreateProcess -1: the client's path is too long"},
+      {[] { face::RemoveFile("none"); }, "QX_RemoveFile -1:  (system error 2)"},
+      {[] { face::RemoveFolder("none"); }, "QX_RemoveDirectory -1:  (system error 2)"},
+      {[] { face::RemoveFolder(""); }, "QX_RemoveDirectory -1: the path names no folder"},
   });
-  EXPECT_EQ(small, Bytes(43));
   EXPECT_EQ(face::ContainerSize(0x7FFFFFFF), 0x8000002Cu);
-  EXPECT_EQ(face::DecodeInPlace(face::ByteSpan(), Bytes(4)), std::nullopt);
+  EXPECT_THROW(face::DecodeInPlace({small.data(), 0x80000000}), std::length_error);
+  EXPECT_THROW(face::RunClient("a", Bytes(face::kLargestClientData + 1)), std::length_error);
 }
 
-TEST_F(CppFace, OwnsBlocksAndTexts) {
-  face::Block block(1000);
-  face::Block moved = std::move(block);
-  EXPECT_EQ(BytesIn({moved.data(), moved.size()}), Bytes(1000, 0));
-  QX_Deallocate(moved.Release());
-  EXPECT_EQ(moved.data(), nullptr);
-  EXPECT_EQ(moved.size(), 0u);
-  test::StandardOutputOf([&] {
-    EXPECT_STREQ(face::Text(2001).CString(), "Forbidden");
-    EXPECT_EQ(face::LoadText(face::Label::kForbidden), "Forbidden");
-    const face::LibraryInformation information = face::ReadLibraryInformation();
-    EXPECT_EQ(information.numbers, (std::array<std::uint32_t, 4>{0, 2, 5, 0}));
-    EXPECT_EQ(information.buildName, face::LoadText(10));
-    EXPECT_EQ(information.vendorName, face::LoadText(0));
-    EXPECT_TRUE(face::SettingsLoad());
-    EXPECT_TRUE(face::IsOwnServer("", face::LoadText(5000)));
-    EXPECT_FALSE(face::IsOwnServer("other.example", "other.example"));
+// A command line can name any process and any address.
+TEST_F(CppFace, RefusesForgedClientData) {
+  const KernelHandle self(OpenProcess(0x1FFFFF, FALSE, GetCurrentProcessId()));
+  char* const page = static_cast<char*>(
+      VirtualAllocEx(self.Get(), nullptr, 4096, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
+  const Bytes bare = face::Encode(Bytes(1));
+  std::copy(bare.begin(), bare.end(), page + 4);
+  const auto address = static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(page));
+  const auto read = [page](std::uint32_t size, unsigned from, unsigned long process) {
+    std::memcpy(page, &size, sizeof size);
+    char line[17];
+    std::snprintf(line, sizeof line, "%08lx%08x", process, from);
+    face::ReadClientData(line);
+  };
+  const unsigned long id = GetCurrentProcessId();
+  const std::string noProcess = sizeof page == 8 ? "(system error 3)" : "(system error 87)";
+  ExpectErrors({
+      {[&] { read(0xFFFFD, address, id); }, "ReadClientData -1005: " + kSizeRefused},
+      {[&] { read(0, address, id); }, "QX_Decode -1005: " + kSizeRefused},
+      {[&] { read(43, address, id); }, "QX_Decode 0: no intact container"},
+      {[&] { read(44, address, id); }, "ReadClientData -1: the data are not signed"},
+      {[&] { read(44, address, 0x7FFFFFFC); },
+       "ReadClientData -1: the launcher's memory cannot be read:  " + noProcess},
   });
+  EXPECT_THROW(read(0, 8, id), face::Error);
+  VirtualFreeEx(self.Get(), page, 0, MEM_RELEASE);
+}
+
+TEST_F(CppFace, ReportsThatSteamIsMissing) {
+  script_.hasUser = script_.hasFriends = script_.hasApps = script_.hasStorage = script_.hasHttp =
+      script_.answer = false;
+  EXPECT_FALSE(steam::Session().IsUp());
+  EXPECT_EQ(script_.calls, Calls{}) << "a session that is not up is not ended";
+  const auto data = BytesOf("data");
+  const std::string prefix = "QX_SteamAPI_", none = " -3: " + kNoSteam;
+  ExpectErrors({
+      {steam::PersonaName, prefix + "GetPersonaName 0: no Steam"},
+      {steam::AuthTicket, prefix + "GetSteamAuthTicket -1: it returned -1"},
+      {steam::AvailableLanguages, prefix + "GetAvailableGameLanguages" + none},
+      {steam::CurrentLanguage, prefix + "GetCurrentGameLanguage" + none},
+      {steam::UserFolder, prefix + "GetUserDataFolder" + none},
+      {[] { steam::UserFilePath("a"); }, prefix + "CatUserFilePath" + none},
+      {[] { steam::ReadUserFile("a"); }, prefix + "ReadFile" + none},
+      {[=] { steam::WriteUserFile("a", data); }, prefix + "WriteFile" + none},
+      {[=] { steam::WriteCloudFile("a", data); }, prefix + "RemoteStorageFileWrite" + none},
+      {[] { steam::ReadCloudFile("a"); }, prefix + "RemoteStorageFileRead" + none},
+      {[] { steam::DeleteCloudFile("a"); }, prefix + "RemoteStorageFileDelete -1: it returned -1"},
+      {[] { steam::ForgetCloudFile("a"); }, prefix + "RemoteStorageFileForget 0: it returned 0"},
+      {steam::CloudFileNames, prefix + "RemoteStorageGetFileCount -1: it returned -1"},
+      {[] { steam::SetCloudEnabledForApp(true); },
+       prefix + "RemoteStorageSetCloudEnabledForApp 1: no Steam"},
+      {[] { steam::RequestHttp("http://a.example"); }, prefix + "HTTPRequest" + none},
+  });
+}
+
+TEST_F(CppFace, OwnsReadsAndRemoves) {
+  face::Block block(1000);
+  const face::Block moved = std::move(block);
+  EXPECT_EQ(Bytes(moved.data(), moved.data() + moved.size()), Bytes(1000));
+  EXPECT_EQ(block.size(), 0u);
+  QX_Deallocate(face::Block(1).Release());
+  EXPECT_EQ(face::LoadText(face::Label::kForbidden), "Forbidden");
+  const face::LibraryInformation information = face::ReadLibraryInformation();
+  EXPECT_EQ(information.numbers, (std::array<std::uint32_t, 4>{0, 2, 5, 0}));
+  EXPECT_EQ(information.buildName, face::LoadText(10));
+  EXPECT_EQ(information.vendorName, face::LoadText(0));
+  EXPECT_TRUE(face::SettingsLoad());
+  EXPECT_TRUE(face::IsOwnServer("x", face::LoadText(5000)));
+  EXPECT_FALSE(face::IsOwnServer(face::LoadText(5000), "x"));
+  test::WriteFile("user/file", "x");
+  face::RemoveFile("user/file");
+  EXPECT_TRUE(std::filesystem::is_empty("user"));
+  test::WriteFile("user/file", "x");
+  face::EmptyFolder("user");
+  EXPECT_TRUE(std::filesystem::is_empty("user"));
+  face::RemoveFolder("user");
+  EXPECT_FALSE(std::filesystem::exists("user"));
 }
 
 TEST_F(CppFace, MakesAndReadsContainers) {
-  for (const test::KnownContainer& known : test::KnownContainers()) {
-    SCOPED_TRACE(known.name);
-    if (known.isMadeByEncoding) {
-      EXPECT_EQ(face::Encode(known.payload), known.container);
-      // In place, and with room to spare.
-      Bytes area(50 + known.container.size(), 0xEE);
-      std::copy(known.payload.begin(), known.payload.end(), area.begin() + 40);
-      EXPECT_EQ(
-          BytesIn(face::EncodeTo(area, face::ConstByteSpan(area).Part(40, known.payload.size()))),
-          known.container);
-    }
-    if (known.isIntact) {
-      EXPECT_EQ(face::Decode(known.container, known.key), known.payload);
-    }
-  }
   const Bytes data = test::Pattern(100);
-  const Bytes bare = face::Encode(data);
-  const Bytes signedData = face::Sign(data);
-  const Bytes container = face::Encode(signedData);
-  test::StandardOutputOf([&] {
-    const std::string key = face::LoadText(11000);
-    const std::string marker = face::LoadText(11001);
-    EXPECT_EQ(face::Sign({}), test::BytesOf(marker));
-    EXPECT_EQ(face::Decode(container), signedData);
-    EXPECT_EQ(face::Decode(container, face::BytesOf(key)), signedData);
-    for (const Bytes& made : {container, bare}) {
-      EXPECT_EQ(face::Decode(made, Marker::kSkip), data);
-      EXPECT_EQ(face::Decode(made, face::BytesOf(key), marker.c_str()), data);
-      Bytes one = made;
-      Bytes other = made;
-      EXPECT_EQ(face::DecodeInPlace(one, Marker::kSkip)->hadMarker, made == container);
-      EXPECT_EQ(face::DecodeInPlace(other, face::BytesOf(key), marker.c_str())->hadMarker,
-                made == container);
-    }
-  });
+  const std::string key = face::LoadText(11000), marker = face::LoadText(11001);
+  EXPECT_EQ(face::Sign({}), test::BytesOf(marker));
+  for (const Bytes& payload : {data, face::Sign(data)}) {
+    Bytes area(200, 0xEE);  // in place, and with room to spare
+    std::copy(payload.begin(), payload.end(), area.begin() + face::kPayloadOffset);
+    const face::ByteSpan made =
+        face::EncodeTo(area, face::ConstByteSpan(area).Part(face::kPayloadOffset, payload.size()));
+    const Bytes container(made.begin(), made.end());
+    EXPECT_EQ(face::Encode(payload), container);
+    EXPECT_EQ(face::Decode(container), payload);
+    EXPECT_EQ(face::Decode(container, BytesOf(key)), payload);
+    EXPECT_EQ(face::Decode(container, face::Marker::kSkip), data);
+    EXPECT_EQ(face::Decode(container, BytesOf(key), marker.c_str()), data);
+    EXPECT_EQ(face::DecodeInPlace(made, face::Marker::kSkip)->hadMarker, payload != data);
+  }
 }
 
-TEST_F(CppFace, HandsDataToAClientAndRemovesFiles) {
-  face::LaunchLine line = face::ReadLaunchLine("\"C:\\client.exe\" 00001a2b00abcdef");
+TEST_F(CppFace, HandsDataToAClient) {
+  const face::LaunchLine line = face::ReadLaunchLine("\"C:\\client.exe\" 00001a2b00abcdef");
   EXPECT_EQ(line.program, "\"C:\\client.exe\" ");
   EXPECT_EQ(line.processId, 0x1A2Bu);
   EXPECT_EQ(line.dataAddress, 0xABCDEFu);
@@ -140,90 +192,109 @@ TEST_F(CppFace, HandsDataToAClientAndRemovesFiles) {
   EXPECT_EQ(face::RightBytes("", 0), Bytes());
 
   const std::string child = test::ProgramBeside("launch_child");
-  const test::LaunchHeader header = {7, 0, 0};
-  face::RunClient(child, {reinterpret_cast<const std::uint8_t*>(&header), sizeof header},
-                  face::DataForm::kRaw);
-  line = face::ReadLaunchLine(test::ReadFile(test::kLineFile));
-  EXPECT_EQ(line.program, '"' + child + "\" ");
-  EXPECT_NE(line.dataAddress, 0u);
-
-  std::filesystem::create_directories("folder/inner");
-  test::WriteFile("folder/file", "x");
-  face::RemoveFile("folder/file");
-  EXPECT_FALSE(std::filesystem::exists("folder/file"));
-  face::EmptyFolder("folder");
-  EXPECT_TRUE(std::filesystem::is_empty("folder"));
-  face::RemoveFolder("folder");
-  EXPECT_FALSE(std::filesystem::exists("folder"));
+  const Bytes data = test::Pattern(face::kLargestClientData);
+  face::RunClient(child, data);
+  EXPECT_TRUE(test::BytesOf(test::ReadFile(test::kDataFile)) == data);
+  const Bytes raw = {0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 'x'};  // a LaunchHeader and its data
+  face::RunClient(child, raw, face::DataForm::kRaw);
+  EXPECT_EQ(test::ReadFile(test::kDataFile), "x");
+  face::RunClient(child);
+  EXPECT_EQ(face::ReadClientData(test::ReadFile(test::kLineFile).c_str()), Bytes());
 }
 
-TEST_F(CppFace, ReportsTheSystemsErrorCode) {
-  const std::tuple<void (*)(), const char*, bool> cases[] = {
-      {[] { face::RunClient("no such client"); }, "QX_CreateProcess failed: ", true},
-      {[] { face::RunClient(std::string(2029, 'x')); },
-       "QX_CreateProcess failed: the client's path is too long", false},
-      {[] { face::RemoveFile("none"); }, "QX_RemoveFile failed: ", true},
-      {[] { face::RemoveFolder("none"); }, "QX_RemoveDirectory failed: ", true},
-      {[] { face::RemoveFolder(""); }, "QX_RemoveDirectory failed: the path names no folder",
-       false},
+TEST_F(CppFace, ReadsWhatSteamKnows) {
+  const std::pair<const char * SteamScript::*, std::function<std::string()>> texts[] = {
+      {&SteamScript::personaName, steam::PersonaName},
+      {&SteamScript::languages, steam::AvailableLanguages},
+      {&SteamScript::language, steam::CurrentLanguage},
+      {&SteamScript::fileName, [] { return steam::CloudFileNames().back(); }},
   };
-  for (const auto& [call, message, hasCode] : cases) {
-    try {
-      call();
-      ADD_FAILURE() << message;
-    } catch (const face::Error& error) {
-      EXPECT_EQ(error.SystemCode(), hasCode ? 2 : 0);  // "file not found" here and on Windows
-      const std::string text = error.what();
-      EXPECT_EQ(text.rfind(message, 0), 0u) << text;
-      EXPECT_EQ(text.find("(system error 2)") != std::string::npos, hasCode) << text;
-      EXPECT_EQ(error.Result(), QX_FAILED);
+  script_.number = 1;
+  {
+    const steam::Session session;
+    EXPECT_TRUE(session.IsUp());
+    for (const auto& [member, read] : texts) {
+      for (const int length : {0, 255, 256, 5000}) {
+        const std::string text(static_cast<std::size_t>(length), 't');
+        script_.*member = text.c_str();
+        EXPECT_EQ(read(), text);
+        script_.*member = "";
+      }
     }
+    script_.calls.clear();
+  }
+  EXPECT_EQ(script_.calls, Calls{"Shutdown"});
+  for (const std::string& ticket : {std::string(), std::string("00AB"), std::string(2048, 'F')}) {
+    script_.ticket = test::BytesFromHex(ticket);
+    EXPECT_EQ(steam::AuthTicket(), ticket);
+  }
+  for (const bool answer : {false, true}) {
+    script_.answer = answer;
+    script_.steamId = answer ? 0x0110000112345678 : 0;
+    EXPECT_EQ(steam::UserId().has_value(), answer);
+    EXPECT_EQ(steam::UserId().value_or(0), script_.steamId);
+    EXPECT_EQ(steam::IsRunning(), answer);
+    EXPECT_EQ(steam::IsLoggedOn(), answer);
+    EXPECT_EQ(steam::RestartsApp(480), answer);
+    EXPECT_EQ(steam::CloudFileExists("name"), answer);
+    EXPECT_EQ(steam::IsCloudEnabledForAccount(), answer);
+    EXPECT_EQ(steam::IsCloudEnabledForApp(), answer);
   }
 }
 
-TEST_F(CppFace, HandsDataToAClientThatReadsThem) {
-  const Bytes data = test::Pattern(face::kLargestClientData);
-  face::RunClient(test::ProgramBeside("launch_child"), data);
-  EXPECT_TRUE(test::BytesOf(test::ReadFile(test::kDataFile)) == data);
-  EXPECT_THROW(face::RunClient("client", Bytes(data.size() + 1)), std::length_error);
-  EXPECT_EQ(face::ReadClientData("client 0000000100000000"), Bytes());
+TEST_F(CppFace, ReadsWholeFilesOfTheUser) {
+  // A file ends in bytes of either fill. The first buffer has 65,536 bytes.
+  for (const std::size_t size : {0x10001u, 0x10000u, 1u}) {
+    for (const char last : {'\x00', '\xFF'}) {
+      const Bytes content = test::BytesOf(std::string(size - 1, 's') + last);
+      steam::WriteUserFile("save", content);
+      EXPECT_TRUE(steam::ReadUserFile("save") == content) << size;
+      EXPECT_TRUE(steam::ReadUserFile("save", size) == content) << size;
+    }
+  }
+  EXPECT_TRUE(steam::UserFileExists("save"));
+  EXPECT_FALSE(steam::UserFileExists("none"));
+  EXPECT_EQ(steam::UserFolder(), "user");
+  EXPECT_EQ(steam::UserFilePath("a"), "user\\a");
+  test::WriteFile("user/empty", "");
+  ExpectErrors({
+      {[] { steam::ReadUserFile("save", 0); }, "QX_SteamAPI_ReadFile -2: " + kBadArgument},
+      {[] { steam::ReadUserFile("none"); }, "QX_SteamAPI_ReadFile -4: not found"},
+      {[] { steam::ReadUserFile("empty"); },
+       "QX_SteamAPI_ReadFile -1002: the file could not be read, or is empty"},
+      {[this] {
+         script_.terminatesFolder = false;
+         steam::UserFolder();
+       },
+       "QX_SteamAPI_GetUserDataFolder 1: Steam gives no folder"},
+      {[this] {
+         script_.folder = nullptr;
+         steam::UserFolder();
+       },
+       "QX_SteamAPI_GetUserDataFolder 0: Steam gives no folder"},
+  });
 }
 
-// A command line can name any process and any address.
-TEST_F(CppFace, RefusesForgedClientData) {
-  const KernelHandle self(OpenProcess(0x1FFFFF, FALSE, GetCurrentProcessId()));
-  void* const page =
-      VirtualAllocEx(self.Get(), nullptr, 4096, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
-  const auto address = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(page));
-  const auto readAt = [](std::uint32_t process, std::uint32_t from) -> std::string {
-    char line[17];
-    std::snprintf(line, sizeof line, "%08x%08x", process, from);
-    try {
-      face::ReadClientData(line);
-    } catch (const face::Error& error) {
-      return error.what();
-    }
-    return "";
-  };
-  const Bytes bare = face::Encode(Bytes(1));
-  const std::pair<std::uint32_t, const char*> sizes[] = {
-      {0xFFFFFFFF, "ReadClientData failed: the size is not 1 to 1,048,575 bytes"},
-      {0x100000, "ReadClientData failed: the size is not 1 to 1,048,575 bytes"},
-      {0, "QX_Decode failed: the size is not 1 to 1,048,575 bytes"},
-      {43, "QX_Decode failed: no intact container"},
-      {static_cast<std::uint32_t>(bare.size()), "ReadClientData failed: the data are not signed"}};
-  std::memcpy(static_cast<char*>(page) + 4, bare.data(), bare.size());
-  const std::string unreadable = "ReadClientData failed: the launcher's memory cannot be read: ";
-  test::StandardOutputOf([&] {
-    for (const auto& [size, message] : sizes) {
-      std::memcpy(page, &size, sizeof size);
-      EXPECT_EQ(readAt(GetCurrentProcessId(), address), message) << size;
-    }
-    EXPECT_EQ(readAt(GetCurrentProcessId(), 8).rfind(unreadable, 0), 0u);
-    EXPECT_EQ(readAt(0x7FFFFFFF, address).rfind(unreadable, 0), 0u);
-    EXPECT_THROW(face::ReadClientData(nullptr), face::Error);
-  });
-  VirtualFreeEx(self.Get(), page, 0, MEM_RELEASE);
+TEST_F(CppFace, PassesCloudFilesAndRequestsOn) {
+  script_.number = 3;
+  EXPECT_EQ(steam::CloudFileNames(), std::vector<std::string>(3));
+  EXPECT_EQ(script_.calls.back(), "GetFileNameAndSize 2 0");
+  EXPECT_EQ(steam::ReadCloudFile("name"), Bytes(3, 'r'));
+  script_.calls.clear();
+  steam::WriteCloudFile("name", BytesOf("data"));
+  steam::ForgetCloudFile("name");
+  steam::DeleteCloudFile("name");
+  steam::SetCloudEnabledForApp(true);
+  steam::RequestHttp("url", steam::HttpMethod::kPost, "text/plain", BytesOf("body"));
+  script_.calls.resize(6);
+  EXPECT_EQ(script_.calls,
+            (Calls{"FileWrite name data 4", "FileForget name", "FileDelete name",
+                   "SetCloudEnabledForApp 1", "Create 3 url", "SetBody 1 text/plain body"}));
+  EXPECT_THROW(steam::WriteCloudFile("name", {nullptr, 0x80000000}), std::length_error);
+  script_.answer = false;
+  script_.number = 0;
+  ExpectErrors({{[] { steam::ReadCloudFile("name"); },
+                 "QX_SteamAPI_RemoteStorageFileRead 0: no such file"}});
 }
 
 }  // namespace
