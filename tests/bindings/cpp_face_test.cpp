@@ -115,7 +115,9 @@ TEST_F(CppFace, RefusesForgedClientData) {
 
 TEST_F(CppFace, ReportsThatSteamIsMissing) {
   script_.hasUser = script_.hasFriends = script_.hasApps = script_.hasStorage = script_.hasHttp =
-      script_.answer = false;
+      false;
+  QX_SteamAPI_Init();  // forgets the interface of an earlier session
+  script_.answer = false;
   EXPECT_FALSE(steam::Session().IsUp());
   EXPECT_EQ(script_.calls, Calls{}) << "a session that is not up is not ended";
   const auto data = BytesOf("data");
