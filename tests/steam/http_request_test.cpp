@@ -4,6 +4,10 @@
 #include "steam/scripted_test.h"
 #include "support/captured_output.h"
 
+#if defined(__linux__)
+#include <stdio_ext.h>
+#endif
+
 namespace launcher {
 namespace {
 
@@ -24,6 +28,9 @@ class HttpRequest : public test::ScriptedTest {
     const std::string printed = test::StandardOutputOf([&] {
       result = QX_SteamAPI_HTTPRequest("http://host/", method, contentType,
                                        reinterpret_cast<const std::uint8_t*>(body), bodyLength);
+#if defined(__linux__)
+      EXPECT_EQ(__fpending(stdout), 0u) << "not flushed";
+#endif
     });
     return result == 0 ? printed : printed + "result " + std::to_string(result);
   }

@@ -24,6 +24,7 @@ CHUNKED = {"Transfer-Encoding": "chunked"}
 # The headers and the body.
 PAGES = {
     "text": ({"Content-Length": 21, "X-Zone": "  12345 "}, TEXT),
+    "interim": ({"Content-Length": 21, "X-Zone": "12345"}, TEXT),
     "slow": ({"Content-Length": 21}, TEXT),
     "chunked": (CHUNKED, b"5\r\nhello\r\n10\r\n from the server\r\n0\r\n\r\n"),
     "chunked-cut": (CHUNKED, b"5\r\nhello\r\n"),
@@ -44,7 +45,7 @@ class Handler(http.server.BaseHTTPRequestHandler):
             return
         if page == "slow":
             time.sleep(1)  # so that a client cannot have the response before
-        if page == "text":  # an interim response first
+        if page == "interim":  # a response before the response
             self.wfile.write(b"HTTP/1.1 100 Continue\r\nX-Zone: 1\r\n\r\n")
         headers, body = PAGES.get(page) or self.made_page(page, argument, url.query, content)
         self.send_response(int(argument) if page in ("status", "redirect") else 200)
