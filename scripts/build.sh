@@ -7,7 +7,10 @@
 # if all was built.
 set -euo pipefail
 
-[ $# -ge 1 ] || { sed -n '2,/^set -/{/^set -/d;s/^# \{0,1\}//;p}' "$0" >&2; exit 2; }
+case "${1:-}" in
+  --help) sed -n '2,/^set -/{/^set -/d;s/^# \{0,1\}//;p}' "$0"; exit 0 ;;
+  '' | -*) sed -n '2,/^set -/{/^set -/d;s/^# \{0,1\}//;p}' "$0" >&2; exit 2 ;;
+esac
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 preset=$1
 shift

@@ -102,6 +102,10 @@ case "${1:-}" in
     [ -z "$(why_not)" ]
     exit
     ;;
+  --help)
+    sed -n '2,/^set -/{/^set -/d;s/^# \{0,1\}//;p}' "$0"
+    exit 0
+    ;;
   '' | -*)
     sed -n '2,/^set -/{/^set -/d;s/^# \{0,1\}//;p}' "$0" >&2
     exit 2

@@ -8,6 +8,18 @@
 #
 # Exit status: 0 if nothing was found, 1 if something was, 2 if a tool is missing.
 set -euo pipefail
+case "${1:-}" in
+  '') mode=(--dry-run -Werror) ;;
+  --fix) mode=(-i) ;;
+  --help)
+    sed -n '2,/^set -/{/^set -/d;s/^# \{0,1\}//;p}' "$0"
+    exit 0
+    ;;
+  *)
+    sed -n '2,/^set -/{/^set -/d;s/^# \{0,1\}//;p}' "$0" >&2
+    exit 2
+    ;;
+esac
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 for tool in clang-format clang-tidy cppcheck shellcheck; do
@@ -17,14 +29,6 @@ for tool in clang-format clang-tidy cppcheck shellcheck; do
   fi
 done
 
-case "${1:-}" in
-  '') mode=(--dry-run -Werror) ;;
-  --fix) mode=(-i) ;;
-  *)
-    sed -n '2,/^set -/{/^set -/d;s/^# \{0,1\}//;p}' "$0" >&2
-    exit 2
-    ;;
-esac
 git ls-files -z '*.h' '*.hpp' '*.c' '*.cpp' | xargs -0 clang-format "${mode[@]}" || exit 1
 git grep -lzE '^#!/.*\b(ba)?sh$' -- scripts tests .ci | xargs -0 -n 4 -P "$(nproc)" shellcheck || exit 1
 cppcheck --quiet -j "$(nproc)" --std=c++17 --enable=warning,performance,portability --inline-suppr \

@@ -11,6 +11,7 @@ set -euo pipefail
 
 case "$*" in
   '' | --serve) ;;
+  --help) sed -n '2,/^set -/{/^set -/d;s/^# \{0,1\}//;p}' "$0"; exit 0 ;;
   *) sed -n '2,/^set -/{/^set -/d;s/^# \{0,1\}//;p}' "$0" >&2; exit 2 ;;
 esac
 cd "$(dirname "${BASH_SOURCE[0]}")/.."

@@ -36,7 +36,8 @@ case "${1:-}" in
     ;;
   '' | --help)
     sed -n '2,/^set -/{/^set -/d;s/^# \{0,1\}//;p}' "$0"
-    exit 2
+    [ $# -gt 0 ] || exit 2
+    exit 0
     ;;
 esac
 
