@@ -26,7 +26,7 @@ internal static class CallCheck
         }
         if (found == wanted) return;
         ++faults;
-        Console.Error.WriteLine("found {0}, wanted {1}", found, wanted);
+        Console.Error.WriteLine(found + " instead of " + wanted);
     }
 
     private static int Main()
@@ -41,14 +41,12 @@ internal static class CallCheck
         byte[] data = Encoding.ASCII.GetBytes("some data");
         byte[] bare = LauncherDll.Encode(data);
         byte[] signed = LauncherDll.Encode(LauncherDll.Sign(data));
-        byte[] key = Encoding.ASCII.GetBytes(LauncherDll.LoadText(11000));
         string marker = LauncherDll.LoadText(11001);
         Expect(marker, () => LauncherDll.Sign(new byte[0]));
         Expect(marker + "some data", () => LauncherDll.Decode(signed));
-        Expect("some data", () => LauncherDll.Decode(bare, key, Marker.Strip));
-        Expect("some data", () => LauncherDll.Decode(signed, key, Marker.Strip));
-        Expect("some data", () => LauncherDll.Decode(signed, key, Marker.Require));
-        Expect("file_cipher_decode 7", () => LauncherDll.Decode(bare, key, Marker.Require));
+        Expect("some data", () => LauncherDll.Decode(bare, null, Marker.Strip));
+        Expect("some data", () => LauncherDll.Decode(signed, null, Marker.Require));
+        Expect("file_cipher_decode 7", () => LauncherDll.Decode(bare, null, Marker.Require));
         Expect("file_cipher_decode 7", () => LauncherDll.Decode(bare, data));
         Expect("file_cipher_encode 7", () => LauncherDll.Encode(new byte[0]));
         Expect("QX_LoadStringToMemory -4", () => LauncherDll.LoadText(1));

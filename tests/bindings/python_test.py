@@ -28,7 +28,6 @@ class PythonBinding(unittest.TestCase):
         library = launcher_dll.Library(LIBRARY)
         key, marker = library.built_in_key(), library.sign(b"")
         bare, signed = library.encode(bytes(3_000_001)), library.encode(library.sign(b"data"))
-        missing = "file_cipher_decode failed: the signature marker is missing"
         cases = [
             (b"7E3A90C2D1F86B45", library.built_in_key),
             (b"Forbidden", library.text, 2001),
@@ -39,24 +38,22 @@ class PythonBinding(unittest.TestCase):
             (bytes(3_000_001), library.decode, bare, None, "strip"),
             (True, library.verify, bare),
             (False, library.verify, bare, b"other key"),
-            (missing, library.decode, bare, key, "require"),
+            ("file_cipher_decode failed: the sig", library.decode, bare, key, "require"),
             ("marker is", library.decode, bare, None, "drop"),
-            ("file_cipher_decode failed: no intact container", library.decode, b""),
+            ("file_cipher_decode failed: no intact", library.decode, b""),
             ("file_cipher_encode failed: the payload is empty", library.encode, b""),
-            ("QX_LoadStringToMemory failed: no such label", library.text, 1),
+            ("QX_LoadStringToMemory failed: no such", library.text, 1),
             *[("memoryview: ", call, value) for value in (5, "text")
               for call in (library.encode, library.sign, library.decode,
                            lambda other: library.decode(bare, other))]]
         for expected, call, *arguments in cases:
-            with self.subTest(expected):
-                try:
-                    found = call(*arguments)
-                except (launcher_dll.LauncherError, TypeError, ValueError) as error:
-                    found = str(error)[:len(str(expected))]
-                self.assertEqual(found, expected)
-        failure = launcher_dll.LauncherError("QX_LoadStringToMemory", -1)
-        with mock.patch.object(library, "built_in_key", side_effect=failure):
-            self.assertRaises(launcher_dll.LauncherError, library.verify, bare)
+            try:
+                found = call(*arguments)
+            except (launcher_dll.LauncherError, TypeError, ValueError) as error:
+                found = str(error)[:len(str(expected))]
+            self.assertEqual(found, expected)
+        library.built_in_key = lambda: library.text(1)
+        self.assertRaises(launcher_dll.LauncherError, library.verify, bare)
 
     def test_declares_the_exports(self):
         for name, (decorated, _, _) in launcher_dll.EXPORTS.items():
@@ -68,19 +65,15 @@ class PythonBinding(unittest.TestCase):
             line, value = ctypes.create_string_buffer(b"abc80001a2b"), ctypes.c_uint32()
             self.assertEqual(library.exports.QX_RightDWORD(ctypes.byref(value), line), 0)
             self.assertEqual((value.value, line.value), (0x80001A2B, b"abc"))
-            self.assertEqual(library.exports.QX_IsFailed(-1005), 1)
-        with self.assertRaisesRegex(ValueError, "closed"):
-            library.sign(b"")
+        self.assertRaisesRegex(ValueError, "closed", library.sign, b"")
 
     def test_says_why_a_library_does_not_load(self):
         with tempfile.TemporaryDirectory() as folder:
-            dll, text = pathlib.Path(folder, "LauncherDll.dll"), pathlib.Path(folder, "text")
+            dll = pathlib.Path(folder, "LauncherDll.dll")
             dll.write_bytes(b"MZ".ljust(60, b"\0") + struct.pack("<I", 64) + b"PE\0\0\x4C\x01")
-            text.write_bytes(b"no library")
             for file, is_windows, pointer_size, reason in (
                     (dll, True, 8, "this Python has 64 bits"), (dll, True, 4, "^$"),
-                    (dll, False, 8, "for Windows"), (text, True, 4, "not a library for Windows"),
-                    (pathlib.Path(LIBRARY), False, 8, "^$")):
+                    (LIBRARY, True, 4, "not a library for Windows"), (LIBRARY, False, 8, "^$")):
                 self.assertRegex(launcher_dll._mismatch(file, is_windows, pointer_size), reason)
             self.assertRaisesRegex(OSError, "for Windows", launcher_dll.Library, dll)
             self.assertRaisesRegex(OSError, "LAUNCHER_DLL", launcher_dll.Library, folder)

@@ -11,7 +11,7 @@ set -euo pipefail
 build=$(realpath "$1") version=$2 work=$(realpath -m "$3")
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 root=$(cd "$here/../.." && pwd)
-programs=(by_mingw/consumer by_lld_link/consumer as_typed/bin/first)
+programs=(mingw-w64-i686/consumer microsoft_style/consumer as_typed/bin/first)
 
 if [ "${4:-}" = run ]; then
   for program in "${programs[@]}"; do
@@ -28,16 +28,14 @@ trap '[ "$?" -eq 0 ] || cat log' EXIT
 package="$work/package"
 cmake --install "$build" --prefix "$package" >log
 
-# FOLDER TOOLCHAIN: the consumer project by find_package.
-build_by_cmake() {
-  cmake -S "$here/consumer" -B "$1" -G Ninja "-DVERSION=$version" \
-    "-DCMAKE_TOOLCHAIN_FILE=$2" \
-    "-DLauncherDll_DIR=$package/lib/cmake/LauncherDll" >log
-  cmake --build "$1" >log
-}
-build_by_cmake by_mingw "$root/cmake/mingw-w64-i686.cmake"
-build_by_cmake by_lld_link "$here/microsoft_style.cmake"
-for program in "${programs[@]::2}"; do cp "$package/bin/LauncherDll.dll" "$(dirname "$program")"; done
+# The consumer project by find_package.
+for toolchain in "$root/cmake/mingw-w64-i686.cmake" "$here/microsoft_style.cmake"; do
+  folder=$(basename "$toolchain" .cmake)
+  cmake -S "$here/consumer" -B "$folder" -G Ninja "-DVERSION=$version" \
+    "-DCMAKE_TOOLCHAIN_FILE=$toolchain" "-DLauncherDll_DIR=$package/lib/cmake/LauncherDll" >log
+  cmake --build "$folder" >log
+  cp "$package/bin/LauncherDll.dll" "$folder"
+done
 # By the commands of the package's page, as they are.
 cp -r "$package" as_typed
 # shellcheck disable=SC2016  # The backquotes are those of Markdown.
