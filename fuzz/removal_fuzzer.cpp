@@ -16,19 +16,11 @@ namespace fs = std::filesystem;
 
 using fuzz::Require;
 
-constexpr std::size_t kLongestPath = 259;
-constexpr std::size_t kLongestListed = 255;
-
 // No name leads further up than the folder that the fuzzer works in, whatever the library did.
-std::string NameFrom(FuzzedDataProvider& input, std::size_t parentLength) {
+std::string NameFrom(FuzzedDataProvider& input) {
   static const char* const names[] = {"a",    "b",  ".c", "d.e",   "f.", "g ", "...", "..\\witness",
                                       "a\\b", "\\", "x:", "h\xE9", "*",  "?",  "~1",  "NUL"};
-  const auto choice = input.ConsumeIntegral<std::uint8_t>();
-  if (choice < 0xB0) return names[choice % 16];
-  // To about the longest path and the longest directory, or a step on the way there.
-  const int length = 250 + choice % 16 - static_cast<int>(parentLength) - 1;
-  return std::string(choice < 0xC0 ? 200 : static_cast<std::size_t>(std::clamp(length, 1, 255)),
-                     'n');
+  return names[input.ConsumeIntegral<std::uint8_t>() % 16];
 }
 
 void MakeTree(FuzzedDataProvider& input) {
@@ -39,16 +31,14 @@ void MakeTree(FuzzedDataProvider& input) {
   for (int i = input.ConsumeIntegralInRange<int>(0, 24); i > 0; --i) {
     const auto kind = input.ConsumeIntegral<std::uint8_t>();
     const fs::path parent = directories[input.ConsumeIntegral<std::uint8_t>() % directories.size()];
-    const fs::path path = parent / NameFrom(input, parent.string().size());
+    const fs::path path = parent / NameFrom(input);
     std::error_code failed;
     if (fs::symlink_status(path).type() != fs::file_type::not_found) continue;
     if (kind < 0x60) {
       if (fs::create_directory(path, failed)) directories.push_back(path);
-    } else if (kind < 0xA0) {
+    } else if (kind < 0xB0) {
       test::WriteFile(path.string(), "content");
       if (kind % 4 == 0) fs::permissions(path, fs::perms::owner_read, failed);
-    } else if (kind < 0xC0) {
-      fs::create_hard_link("witness/inner/file", path, failed);
     } else {
       const std::string target = targets[kind % 8];
       fs::create_symlink(target.empty() ? fs::absolute("witness") : fs::path(target), path, failed);
@@ -56,23 +46,19 @@ void MakeTree(FuzzedDataProvider& input) {
   }
 }
 
-// Adds to `stays` the entries of `directory` that must stay. The library's path of the directory
-// has `length` characters. Returns whether any entry stays.
-bool NoteWhatStays(const fs::path& directory, std::size_t length, std::set<std::string>& stays) {
+// Adds to `stays` the entries of `directory` that must stay: all, or those that the library does
+// not reach or may not remove. Returns whether any entry stays.
+bool NoteWhatStays(const fs::path& directory, bool all, std::set<std::string>& stays) {
   bool any = false;
   for (const fs::directory_entry& entry : fs::directory_iterator(directory)) {
     const std::string name = entry.path().filename().string();
-    const std::size_t entryLength = length + 1 + name.size();
-    const bool isReached = length <= kLongestListed && entryLength <= kLongestPath &&
-                           name.back() != '.' && name.back() != ' ' &&
-                           name.find('\\') == std::string::npos;
-    bool remains = !isReached;
+    bool remains =
+        all || name.back() == '.' || name.back() == ' ' || name.find('\\') != std::string::npos;
     if (!entry.is_symlink() && entry.is_directory()) {
-      // Of one that is not reached all stays: it is beyond every length then.
+      remains = NoteWhatStays(entry.path(), remains, stays) || remains;
+    } else if (!entry.is_symlink()) {
       remains =
-          NoteWhatStays(entry.path(), isReached ? entryLength : kLongestPath, stays) || remains;
-    } else if (isReached && !entry.is_symlink()) {
-      remains = (entry.status().permissions() & fs::perms::owner_write) == fs::perms::none;
+          remains || (entry.status().permissions() & fs::perms::owner_write) == fs::perms::none;
     }
     if (remains) stays.insert(entry.path().string());
     any = any || remains;
@@ -105,28 +91,22 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     return Entries("witness", true);
   }();
   FuzzedDataProvider input(data, size);
-  const auto form = input.ConsumeIntegral<std::uint8_t>();
+  const bool isLink = input.ConsumeIntegral<std::uint8_t>() % 7 == 6;
   const std::uint32_t keepDirectory =
       input.ConsumeBool() ? input.ConsumeIntegral<std::uint8_t>() : 0;
   fs::remove_all("tree");
   MakeTree(input);
 
-  // The tree by one of its names, the last of them a link's.
   fs::remove("to tree");
   fs::create_directory_symlink("tree", "to tree");
-  const std::string paths[] = {
-      "tree",   "tree\\", "tree/", ".\\tree", "witness\\..\\tree", fs::absolute("tree").string(),
-      "to tree"};
-  const std::string& path = paths[form % 7];
   std::set<std::string> stays;
-  NoteWhatStays("tree", path.size(), stays);
-  const bool isLink = form % 7 == 6;
-  const bool goes = isLink || stays.empty();
-  const ResultCode result = QX_RemoveDirectory(path.c_str(), keepDirectory);
+  NoteWhatStays("tree", false, stays);
+  const ResultCode result = QX_RemoveDirectory(isLink ? "to tree" : "tree", keepDirectory);
+  const bool goes = keepDirectory == 0 && (isLink || stays.empty());
   Require(result == (keepDirectory != 0 || goes ? QX_SUCCEEDED : QX_FAILED), "the result");
   Require(Entries("tree", false) == stays, "what goes and what stays");
-  Require(fs::exists("tree") == (keepDirectory != 0 || isLink || !stays.empty()), "the directory");
-  Require(fs::is_symlink("to tree") == (keepDirectory != 0 || !isLink), "the link to it");
+  Require(fs::exists("tree") == (isLink || !goes), "the directory");
+  Require(fs::is_symlink("to tree") == (!isLink || !goes), "the link to it");
   Require(Entries("witness", true) == witness, "nothing outside is touched");
   return 0;
 }

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -43,15 +44,11 @@ TEST_F(DisplayModes, AreListedAsJson) {
     script_.modes = modes;
     const auto length = static_cast<std::uint32_t>(text.size());
     // Up to the size of the text, without its terminator, the buffer holds its beginning.
-    for (std::uint32_t capacity = 1; capacity <= length; ++capacity) {
-      const GuardedBuffer buffer(capacity);
-      EXPECT_EQ(QX_EnumDisplayMode(7, 1, buffer.Text(), capacity), 0u) << capacity;
-      EXPECT_EQ(buffer.Text(), text.substr(0, capacity - 1));
-    }
-    for (const std::uint32_t capacity : {length + 1, length + 100, 0xFFFFFFFF}) {
-      const GuardedBuffer buffer(length + 1);
-      EXPECT_EQ(QX_EnumDisplayMode(7, 1, buffer.Text(), capacity), length) << capacity;
-      EXPECT_EQ(buffer.Text(), text);
+    for (std::uint32_t capacity = 0xFFFFFFFF; capacity != 0;
+         capacity = std::min(capacity, length + 3) - 1) {
+      const GuardedBuffer buffer(std::min(capacity, length + 1));
+      EXPECT_EQ(QX_EnumDisplayMode(7, 1, buffer.Text(), capacity), capacity > length ? length : 0);
+      EXPECT_EQ(buffer.Text(), text.substr(0, capacity - 1)) << capacity;
     }
     EXPECT_EQ(launcher_dll::DisplayModes(7), text);
   }
@@ -59,13 +56,13 @@ TEST_F(DisplayModes, AreListedAsJson) {
 
 TEST_F(DisplayModes, AreNotListedIfThereAreNone) {
   const GuardedBuffer buffer(100);
-  EXPECT_EQ(QX_EnumDisplayMode(0, 0, buffer.Text(), 100), 0u) << "no modes";
+  EXPECT_EQ(QX_EnumDisplayMode(0, 0, buffer.Text(), 100), 0u);
   EXPECT_EQ(QX_CheckDisplayMode(0, 0, 0, 0, 0), QX_BAD_ARGUMENT);
   script_.modes = {{800, 600, 60}};
   EXPECT_EQ(QX_EnumDisplayMode(0, 0, nullptr, 100), 0u);
   EXPECT_EQ(QX_EnumDisplayMode(0, 0, buffer.Text(), 0), 0u);
   script_.isCreated = false;
-  EXPECT_EQ(QX_EnumDisplayMode(0, 0, buffer.Text(), 100), 0u) << "no Direct3D";
+  EXPECT_EQ(QX_EnumDisplayMode(0, 0, buffer.Text(), 100), 0u);
   EXPECT_EQ(QX_CheckDisplayMode(0, 0, 800, 600, 60), QX_BAD_ARGUMENT);
   EXPECT_TRUE(buffer.IsUntouched());
 }
@@ -79,7 +76,6 @@ TEST_F(DisplayModes, AreChecked) {
       {801, 600, 60, QX_BAD_ARGUMENT},
       {800, 601, 60, QX_BAD_ARGUMENT},
       {800, 600, 61, QX_BAD_ARGUMENT},
-      {32767, 600, 60, QX_BAD_ARGUMENT},                // half of each of two modes
       {640, 480, 60, QX_BAD_ARGUMENT},                  // its query fails
       {40000, 40000, 60, QX_BAD_ARGUMENT},              // negative in 16 bits
       {0x8000 + 800, 600, 60, QX_BAD_ARGUMENT},         // the sign counts
@@ -89,16 +85,15 @@ TEST_F(DisplayModes, AreChecked) {
       {1, 768, 65596, QX_SUCCEEDED},  // the last mode
   };
   for (const auto& [width, height, rate, result] : cases) {
-    EXPECT_EQ(QX_CheckDisplayMode(3, 1, width, height, rate), result)
-        << width << " x " << height << ", " << rate;
+    EXPECT_EQ(QX_CheckDisplayMode(3, 1, width, height, rate), result) << width << ", " << rate;
   }
 }
 
-TEST_F(DisplayModes, OfTheCppFaceFitWhateverTheirNumber) {
+TEST_F(DisplayModes, OfTheCppFaceAllFit) {
   script_.modes.assign(5000, {800, 600, 60});
-  std::vector<char> text(65 * 5000);
-  const std::uint32_t length = QX_EnumDisplayMode(0, 0, text.data(), 65 * 5000);
-  EXPECT_EQ(launcher_dll::DisplayModes(), std::string(text.data(), length));
+  std::string text(65 * 5000, '\0');
+  text.resize(QX_EnumDisplayMode(0, 0, text.data(), 65 * 5000));
+  EXPECT_EQ(launcher_dll::DisplayModes(), text);
   EXPECT_TRUE(launcher_dll::HasDisplayMode(800, 600, 60));
   EXPECT_FALSE(launcher_dll::HasDisplayMode(0x10000 + 800, 600, 60));
   EXPECT_FALSE(launcher_dll::HasDisplayMode(800, 0x10000 + 600, 60));

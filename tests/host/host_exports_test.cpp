@@ -22,34 +22,31 @@ using HostExports = test::ScratchTest;
 
 TEST_F(HostExports, TrustAServerByTheTextsThemselves) {
   const std::string longest(1023, 'h');
-  const std::string service = "*.orvane.example";
   const std::string qa = "qa-api.orvane.example";
   const std::string ci = "ci-api.orvane.example";
   struct Case {
     std::string certificateName;
     std::string hostName;
     int result;
-    int lookups;                // of the QA host, and then of the CI host
+    int lookups = 2;            // of the QA host, and then of the CI host
     std::string setting = "x";  // which is replaced
     std::string value = "x";
   };
   const Case cases[] = {
       {"", qa, 1, 1},
-      {"other", ci, 1, 2},
-      {service, "other", 1, 2},
-      {"ci-game-api.orvane.example", "", 1, 2},
-      {"", "api.orvane.example", 0, 2},
-      {"*.orvane.exampl", "qa-api.orvane.exampl", 0, 2},
-      {"*.orvane.example.", "qa-api.orvane.example.", 0, 2},
-      {"ci-game-api.orvane.example.", "", 0, 2},
-      {"*.ORVANE.example", "QA-api.orvane.example", 0, 2},
-      {qa, service, 0, 2},  // each in the other's place
+      {"other", ci, 1},
+      {"*.orvane.example", "other", 1},
+      {"ci-game-api.orvane.example", "", 1},
+      {"*.orvane.exampl", "qa-api.orvane.exampl", 0},
+      {"orvane.example", "api.orvane.example", 0},
+      {"ci-game-api.orvane.example.", "qa-api.orvane.example.", 0},
+      {"*.ORVANE.example", "QA-api.orvane.example", 0},
+      {qa, "*.orvane.example", 0},  // each in the other's place
       {"", "elsewhere.example", 1, 2, ci, "elsewhere.example"},
-      {"", ci, 0, 2, ci, "elsewhere.example"},
       {"", longest, 1, 1, qa, longest},
       {"", longest + 'h', 0, 2, qa, longest + 'h'},
+      {"*.orvane.example", qa, 1, 2, "{", "no JSON"},
       {"", qa, 0, 2, "{", "no JSON"},
-      {service, "", 1, 2, "{", "no JSON"},
   };
   for (const Case& tried : cases) {
     SCOPED_TRACE(tried.certificateName + ", " + tried.hostName);
@@ -76,30 +73,27 @@ TEST_F(HostExports, ReturnConstantsAndANumberDrawnByTheSecond) {
   EXPECT_EQ(valueAtStart, 0);
   std::time_t before = 0;
   std::int32_t drawn = 0;
-  std::int32_t drawnAgain = 0;
   do {  // within one second, most likely at once
     before = std::time(nullptr);
-    drawn = QX_ResetIllegalValue();
-    EXPECT_EQ(QX_GetIllegalValue(), drawn);
-    drawnAgain = QX_ResetIllegalValue();
+    QX_ResetIllegalValue();
+    drawn = QX_ResetIllegalValue();  // not the next number, but the first again
   } while (std::time(nullptr) != before);
   // This program and the library share the runtime, natively and on Windows.
   std::srand(static_cast<unsigned>(before));
   EXPECT_EQ(drawn, std::rand());
-  EXPECT_EQ(drawnAgain, drawn);
+  EXPECT_EQ(QX_GetIllegalValue(), drawn);
 }
 
 TEST_F(HostExports, ListAModeOfTheSystemThatChecksOut) {
   char text[65536] = "";
   QX_EnumDisplayMode(0, 0, text, sizeof text);
-  int width = 0;
-  int height = 0;
+  int width = 0, height = 0;
   unsigned rate = 0;
   std::sscanf(text, "{ \"DisplayMode\": [ {\"Width\": %d, \"Height\": %d, \"Hz\": %u}", &width,
               &height, &rate);
   EXPECT_EQ(rate != 0, test::kHasDirect3D) << text;
   EXPECT_EQ(QX_CheckDisplayMode(0, 0, width, height, rate) == QX_SUCCEEDED, test::kHasDirect3D);
-  EXPECT_EQ(QX_EnumDisplayMode(1000, 0, text, sizeof text), 0u) << "no such adapter";
+  EXPECT_EQ(QX_EnumDisplayMode(1000, 0, text, sizeof text), 0u);
 }
 
 }  // namespace
