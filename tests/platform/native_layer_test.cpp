@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include "platform/posix/command_line.h"
-#include "platform/posix/faults.h"
 #include "platform/win32.h"
 #include "support/system.h"
 
@@ -35,9 +34,8 @@ TEST(NativeLayer, RefusesWhatIsNoFileOrProgram) {
   EXPECT_EQ(_fsopen(".", "r", _SH_DENYNO), nullptr);
   EXPECT_EQ(OpenProcess(PROCESS_VM_READ, FALSE, 0x7FFFFFFF), nullptr);
   EXPECT_EQ(test::RunProgram("no_program"), -1);
-  EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a process that failed to start";
-  EXPECT_EQ(dup(0), firstFree) << "nothing stays open";
-  EXPECT_EQ(OpenObjectCount(), 0);
+  EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
+  EXPECT_EQ(dup(0), firstFree);
 }
 
 }  // namespace
