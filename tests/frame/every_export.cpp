@@ -20,18 +20,12 @@ constexpr std::uint32_t kPayloadSize = 49;
 constexpr std::uint32_t kContainerSize = 92;
 using Container = std::array<std::uint8_t, kContainerSize>;
 
-const Container& KnownContainer() {
-  static const Container known = [] {
-    Container container = {};
-    file_cipher_encode(kPayload, kPayloadSize, container.data());
-    return container;
-  }();
-  return known;
-}
-const char* ClientPath() {
-  static const std::string path = ProgramBeside("launch_child");
-  return path.c_str();
-}
+const Container kContainer = [] {
+  Container container = {};
+  file_cipher_encode(kPayload, kPayloadSize, container.data());
+  return container;
+}();
+const std::string kClientPath = ProgramBeside("launch_child");
 
 // What a call in the table below uses. Without a change its outcome is "untouched".
 struct Outputs {
@@ -43,7 +37,7 @@ struct Outputs {
   char* arguments = text;
   std::int32_t count = 0;
   Container container = {};
-  Container encoded = KnownContainer();
+  Container encoded = kContainer;
   std::uint32_t size = 7;
   std::uint32_t offset = 7;
   SystemInformation record = {{7}, "old", "old"};
@@ -102,7 +96,7 @@ const std::vector<ExportCall> kEveryExport = {
     CALL(QX_Decode, (out.encoded.data(), kContainerSize, &out.size, &out.offset, 1),
          {0, "27 at 62"}, {{QX_FAILED}, {0, "0 at 0"}}, {{QX_FAILED}}),
 
-    CALL(QX_CreateProcess, (ClientPath(), kEndAtOnce, sizeof kEndAtOnce), {0}, {{QX_FAILED}},
+    CALL(QX_CreateProcess, (kClientPath.c_str(), kEndAtOnce, sizeof kEndAtOnce), {0}, {{QX_FAILED}},
          {{QX_FAILED}}),
     CALL(QX_CommandLineToArgvA, (&out.arguments, 100000, &out.count), {0}, {{QX_FAILED}},
          {{QX_FAILED}}),
@@ -147,9 +141,6 @@ void Caller::Prepare() const {
     if (!fs::exists(path)) WriteFile(path, "");
   }
   if (ReadFile(userFile) != "save") WriteFile(userFile, "save");
-  // Made at the first use, and so not while memory fails.
-  KnownContainer();
-  ClientPath();
 }
 
 SteamScript& UseScriptedSteam() {

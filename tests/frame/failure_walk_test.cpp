@@ -25,8 +25,6 @@ using test::ExportCall;
 using test::FaultKind;
 using test::Outcome;
 
-constexpr std::size_t kStackSize = 256 << 10;
-
 class FailureWalk : public test::ScratchTest {
  protected:
   FailureWalk() {
@@ -55,7 +53,7 @@ class FailureWalk : public test::ScratchTest {
       Outcome outcome = {};
       bool hasFailed = false;
       // In a new thread, because the runtime prepares for exceptions at the first one of a thread.
-      test::RunInThread(kStackSize, [&] {
+      test::RunInThread(0, [&] {
         kind.start(n, andAllAfter);
         outcome = walked.call(caller_);
         hasFailed = kind.stop();
@@ -75,7 +73,7 @@ class FailureWalk : public test::ScratchTest {
                   std::count(others.begin(), others.end(), outcome) != 0)
           << outcome;
     }
-    ADD_FAILURE() << walked.name << " never succeeds";
+    ADD_FAILURE();  // it never succeeds
     return 0;
   }
 
@@ -113,7 +111,7 @@ TEST_F(FailureWalk, ReportsThatThereIsNoMemoryAtAll) {
     char text[16] = "untouched";
     ResultCode loaded = 1;
     std::int32_t isStaging = 1;
-    test::RunInThread(kStackSize, [&] {
+    test::RunInThread(0, [&] {
       const FaultKind memory = test::FaultKinds().back();
       memory.start(1, true);
       loaded = QX_LoadString(1001, text, sizeof text);

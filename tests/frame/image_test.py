@@ -18,15 +18,9 @@ MORE_LIBRARIES = {"IMAGEHLP.DLL", "LauncherDll.dll", "SHLWAPI.dll", "VERSION.dll
 NEEDED = ("DYNAMIC_BASE", "NX_COMPAT", "NO_SEH", "HIGHLOW")  # the last are relocations
 # mov $2, %ecx; int $0x29: only the stack protector calls it.
 STACK_PROTECTOR = bytes.fromhex("b902000000cd29")
+# A text of the version resource.
+VERSION_TEXT = re.compile(r"(File\w+|\w+Version|OriginalFilename)\0+([^\0]+)")
 LARGEST_SIZE = 700_000
-
-
-def version_texts(dll):
-    """The texts of the version resource by name."""
-    names = ("FileDescription", "FileVersion", "OriginalFilename", "ProductVersion")
-    parts = {name: dll.partition((name + "\0").encode("utf-16-le"))[2] for name in names}
-    return {name: part.decode("utf-16-le", "replace").lstrip("\0").split("\0")[0]
-            for name, part in parts.items()}
 
 
 def dump(objdump, path):
@@ -34,23 +28,9 @@ def dump(objdump, path):
                           check=True).stdout
 
 
-def missing_hardening(objdump, oldest_windows, path):
-    """What a program or DLL lacks."""
-    text = dump(objdump, path)
-    missing = {sign for sign in NEEDED if sign not in text}
-    versions = re.findall(r"SubsystemVersion\s+(\d+)", text)
-    if versions != oldest_windows.split("."):
-        missing.add(f"oldest Windows {oldest_windows}")
-    if STACK_PROTECTOR not in pathlib.Path(path).read_bytes():
-        missing.add("stack protector")
-    return missing
-
-
 def main():
     objdump, oldest_windows, export_list, version, path, *others = sys.argv[1:]
     text = dump(objdump, path)
-    dll = pathlib.Path(path).read_bytes()
-    debug = pathlib.Path(path + ".debug").read_bytes()
     faults = []
 
     def expect(what, found, wanted):
@@ -67,15 +47,20 @@ def main():
     expect("the exports", exports, listed)
 
     for binary in (path, *others):
-        imports = set(re.findall(r"DLL Name: (\S+)", dump(objdump, binary)))
-        allowed = SYSTEM_LIBRARIES | (MORE_LIBRARIES if binary != path else set())
-        expect(f"imports of {binary} beyond the system's libraries", imports - allowed, set())
-        expect(f"what {binary} lacks", missing_hardening(objdump, oldest_windows, binary), set())
-        texts = version_texts(pathlib.Path(binary).read_bytes())
-        expect(f"{binary} has a description", texts.pop("FileDescription") != "", True)
-        expect(f"the version of {binary}", texts, {
-            "FileVersion": version, "OriginalFilename": pathlib.Path(binary).name,
-            "ProductVersion": version})
+        shown, content = dump(objdump, binary), pathlib.Path(binary).read_bytes()
+        imports = set(re.findall(r"DLL Name: (\S+)", shown)) - SYSTEM_LIBRARIES
+        expect(f"more imports of {binary}", imports - (MORE_LIBRARIES if binary != path else set()),
+               set())
+        expect(f"what {binary} lacks", [sign for sign in NEEDED if sign not in shown], [])
+        expect(f"the stack protector of {binary}", STACK_PROTECTOR in content, True)
+        expect(f"the oldest Windows of {binary}", re.findall(r"SubsystemVersion\s+(\d+)", shown),
+               oldest_windows.split("."))
+        texts = dict(VERSION_TEXT.findall(content.decode("utf-16-le", "replace")))
+        expect(f"{binary} has a description", "FileDescription" in texts, True)
+        expect(f"the name and version of {binary}",
+               [texts.get(name) for name in ("OriginalFilename", "FileVersion", "ProductVersion")],
+               [pathlib.Path(binary).name, version, version])
+    dll, debug = pathlib.Path(path).read_bytes(), pathlib.Path(path + ".debug").read_bytes()
     expect("symbols in the DLL", "SYMBOL TABLE:\nno symbols" in text, True)
     expect("the symbols' checksum in the DLL",
            b"LauncherDll.dll.debug\0\0\0" + zlib.crc32(debug).to_bytes(4, "little") in dll, True)

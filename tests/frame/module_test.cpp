@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <limits>
 
 #include "launcher_dll.h"
 #include "support/bytes.h"
@@ -14,8 +13,7 @@ namespace launcher {
 namespace {
 
 TEST(Result, FailsIfNegative) {
-  using Limits = std::numeric_limits<std::int32_t>;
-  for (const std::int32_t value : {Limits::min(), -1, 0, 1, Limits::max()}) {
+  for (const std::int32_t value : {INT32_MIN, -1, 0, 1, INT32_MAX}) {
     EXPECT_EQ(QX_IsFailed(value), value < 0 ? 1 : 0) << value;
     EXPECT_EQ(QX_IsSucceeded(value), value < 0 ? 0 : 1) << value;
   }

@@ -1,5 +1,6 @@
 // New files that get their name when they are complete. Finds a file of somebody else that is
-// replaced or written to, one that stays after a failure, and a line end of another system.
+// written to, one that stays without MoveTo, and a name longer than that of the settings. The tests
+// of bfbr replace files.
 
 #include "platform/new_file.h"
 
@@ -7,40 +8,12 @@
 
 #include <filesystem>
 
-#include "support/data_file.h"
 #include "support/scratch_directory.h"
-#include "support/system.h"
 
 namespace launcher {
 namespace {
 
-using Existing = NewFile::Existing;
 using NewFileTest = test::ScratchTest;
-
-TEST_F(NewFileTest, ReplacesOnlyFilesAndOnlyOnRequest) {
-  const SystemPath place = SystemPathOf("place");
-  const auto make = [&](const std::string& text, Existing existing) {
-    NewFile file;
-    EXPECT_EQ(file.CreateBeside(place), 0);
-    EXPECT_LE(file.Temporary().size(), sizeof "config.json" - 1);
-    EXPECT_EQ(file.WriteText(text) + file.Flush(), 0);
-    return file.MoveTo(place, existing);
-  };
-  EXPECT_EQ(make("one\ntwo\n", Existing::kStays), 0);
-  EXPECT_EQ(test::ReadFile("place"), std::string("one") + test::kLineEnd + "two" + test::kLineEnd);
-  EXPECT_TRUE(MeansThatItExists(make("new", Existing::kStays)));
-  EXPECT_EQ(test::ReadFile("place").substr(0, 3), "one");
-  for (const Existing existing : {Existing::kReplaced, Existing::kReplacedWithOwnMode}) {
-    const std::string text = existing == Existing::kReplaced ? "new" : "newer";
-    EXPECT_EQ(make(text, existing), 0);
-    EXPECT_EQ(test::ReadFile("place"), text);
-  }
-  std::filesystem::remove("place");
-  std::filesystem::create_directory("place");
-  EXPECT_NE(make("new", Existing::kStays), 0);
-  EXPECT_NE(make("new", Existing::kReplaced), 0);
-  EXPECT_EQ(test::ScratchDirectory::FileCount(), 1u);
-}
 
 // Killed processes that had the same numbers leave such names.
 TEST_F(NewFileTest, TakesAFreeNameAndIsRemovedWithoutMoveTo) {
@@ -48,7 +21,8 @@ TEST_F(NewFileTest, TakesAFreeNameAndIsRemovedWithoutMoveTo) {
     NewFile file;
     ASSERT_EQ(file.CreateBeside(SystemPathOf("place")), 0);
     const SystemPath taken = file.Temporary();
-    ASSERT_EQ(file.CreateBeside(SystemPathOf("place")), 0) << "which removes the first one";
+    EXPECT_LE(taken.size(), 11u);
+    ASSERT_EQ(file.CreateBeside(SystemPathOf("place")), 0);
     EXPECT_EQ(test::ScratchDirectory::FileCount(), i + 1);
     file.Abandon();
     std::filesystem::create_directory(taken.c_str());

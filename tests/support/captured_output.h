@@ -10,23 +10,25 @@
 
 namespace launcher::test {
 
-// Run `body` and return what it printed, with "\n" as line end on every platform.
+// The text with "\n" as line end on every platform.
+inline std::string WithoutReturns(std::string text) {
+  text.erase(std::remove(text.begin(), text.end(), '\r'), text.end());
+  return text;
+}
+
+// Run `body` and return what it printed.
 template <class Body>
 std::string StandardOutputOf(Body body) {
   testing::internal::CaptureStdout();
   body();
-  std::string text = testing::internal::GetCapturedStdout();
-  text.erase(std::remove(text.begin(), text.end(), '\r'), text.end());
-  return text;
+  return WithoutReturns(testing::internal::GetCapturedStdout());
 }
 
 template <class Body>
 std::string StandardErrorOf(Body body) {
   testing::internal::CaptureStderr();
   body();
-  std::string text = testing::internal::GetCapturedStderr();
-  text.erase(std::remove(text.begin(), text.end(), '\r'), text.end());
-  return text;
+  return WithoutReturns(testing::internal::GetCapturedStderr());
 }
 
 // The line that each lookup prints.

@@ -14,8 +14,6 @@ namespace launcher::test {
 class ImitatedCpu {
  public:
   explicit ImitatedCpu(const CpuFeatures& imitated) { features = imitated; }
-  ImitatedCpu(const ImitatedCpu&) = delete;
-  ImitatedCpu& operator=(const ImitatedCpu&) = delete;
   ~ImitatedCpu() { features.reset(); }
 
   static inline std::optional<CpuFeatures> features;

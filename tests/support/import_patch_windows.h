@@ -9,7 +9,6 @@
 
 #include <cstring>
 #include <stdexcept>
-#include <string>
 
 namespace launcher::test {
 
@@ -21,8 +20,6 @@ class ImportPatch {
     VirtualProtect(slot_, sizeof *slot_, PAGE_READWRITE, &protection);
     *slot_ = replacement;
   }
-  ImportPatch(const ImportPatch&) = delete;
-  ImportPatch& operator=(const ImportPatch&) = delete;
   ~ImportPatch() { *slot_ = original_; }
 
  private:
@@ -39,7 +36,7 @@ class ImportPatch {
         if (std::strcmp(reinterpret_cast<const char*>(entry->Name), name) == 0) return slots;
       }
     }
-    throw std::invalid_argument(std::string("the DLL does not import ") + name);
+    throw std::invalid_argument(name);
   }
 
   void** slot_;

@@ -13,8 +13,6 @@ namespace launcher::test {
 class ScratchDirectory {
  public:
   ScratchDirectory();
-  ScratchDirectory(const ScratchDirectory&) = delete;
-  ScratchDirectory& operator=(const ScratchDirectory&) = delete;
   ~ScratchDirectory();
 
   // The names in it.
@@ -26,9 +24,8 @@ class ScratchDirectory {
 };
 
 // A test that reads and writes files in its current directory.
-class ScratchTest : public testing::Test {
- private:
-  ScratchDirectory scratch_;
+struct ScratchTest : testing::Test {
+  ScratchDirectory scratch;
 };
 
 }  // namespace launcher::test

@@ -59,15 +59,18 @@ void RemoveLink(const std::string& link);
 // True if the system's functions can remove a link to a directory. Those of Wine cannot.
 inline bool SystemRemovesLinks() { return !kIsWindows; }
 
-// Runs `body` in `count` threads at the same time, each with its number from 0 on, and waits for
-// all. A stack size of 0 is the system's.
-void RunInThreads(int count, const std::function<void(int number)>& body,
-                  std::size_t stackSize = 0);
+// Runs `body` in a new thread and `meanwhile` in this one, and waits. A stack size of 0 is the
+// system's.
+void RunInThread(
+    std::size_t stackSize, std::function<void()> body,
+    const std::function<void()>& meanwhile = [] {});
 
-// Runs `body` in one thread with this stack, and waits.
-inline void RunInThread(std::size_t stackSize, const std::function<void()>& body) {
-  RunInThreads(
-      1, [&](int /*number*/) { body(); }, stackSize);
+// Runs `body` in `count` threads at the same time, each with its number from 0 on, and waits for
+// all.
+inline void RunInThreads(int count, const std::function<void(int number)>& body) {
+  if (count == 0) return;
+  RunInThread(
+      0, [&] { body(count - 1); }, [&] { RunInThreads(count - 1, body); });
 }
 
 // Returns memory directly before a page that cannot be accessed.

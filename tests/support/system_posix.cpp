@@ -3,10 +3,8 @@
 #include <sys/mman.h>
 
 #include <cstdlib>
-#include <deque>
 #include <filesystem>
 #include <stdexcept>
-#include <vector>
 
 #include "support/system.h"
 
@@ -34,7 +32,8 @@ void MakeLink(const std::string& target, const std::string& link) {
 
 void RemoveLink(const std::string& link) { std::filesystem::remove(link); }
 
-void RunInThreads(int count, const std::function<void(int number)>& body, std::size_t stackSize) {
+void RunInThread(std::size_t stackSize, std::function<void()> body,
+                 const std::function<void()>& meanwhile) {
   const auto start = [](void* run) -> void* {
     (*static_cast<std::function<void()>*>(run))();
     return nullptr;
@@ -42,13 +41,10 @@ void RunInThreads(int count, const std::function<void(int number)>& body, std::s
   pthread_attr_t attributes = {};
   pthread_attr_init(&attributes);
   if (stackSize != 0) pthread_attr_setstacksize(&attributes, stackSize);
-  std::deque<std::function<void()>> runs;
-  std::vector<pthread_t> threads(static_cast<std::size_t>(count));
-  for (pthread_t& thread : threads) {
-    runs.push_back([&body, number = static_cast<int>(runs.size())] { body(number); });
-    if (pthread_create(&thread, &attributes, start, &runs.back()) != 0) std::abort();
-  }
-  for (const pthread_t thread : threads) pthread_join(thread, nullptr);
+  pthread_t thread = 0;
+  if (pthread_create(&thread, &attributes, start, &body) != 0) std::abort();
+  meanwhile();
+  pthread_join(thread, nullptr);
 }
 
 std::shared_ptr<std::uint8_t> MapBeforeGuardPage(std::size_t size) {

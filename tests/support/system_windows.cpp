@@ -2,25 +2,21 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <deque>
 #include <filesystem>
 #include <stdexcept>
-#include <vector>
 
 #include "support/system.h"
 
 namespace launcher::test {
 namespace {
 
-// Such a program is no process to Wine: `isDone` shows when it has ended.
-template <class IsDone>
-void RunBelowWine(const std::string& commandLine, IsDone isDone) {
-  RunProgram("Z:\\bin\\" + commandLine);
-  for (int i = 0; i < 6000; ++i) {
-    if (isDone()) return;
+// Such a program is no process to Wine: the link shows when it has ended.
+void RunBelowWine(const std::string& commandLine, const std::string& link, bool makes) {
+  RunProgram("Z:\\bin\\" + commandLine + " \"" + link + '"');
+  for (int i = 0; std::filesystem::exists(link) != makes; ++i) {
+    if (i == 6000) throw std::runtime_error("without effect: " + commandLine);
     Sleep(10);
   }
-  throw std::runtime_error("without effect: " + commandLine);
 }
 
 DWORD WINAPI StartRun(void* run) {
@@ -55,26 +51,18 @@ void* LoadFunction(const std::string& path, const char* name) {
 void MakeLink(const std::string& target, const std::string& link) {
   std::string unixTarget = target.substr(target.compare(0, 2, "Z:") == 0 ? 2 : 0);
   std::replace(unixTarget.begin(), unixTarget.end(), '\\', '/');
-  RunBelowWine("ln -s \"" + unixTarget + "\" \"" + link + '"',
-               [&] { return std::filesystem::exists(link); });
+  RunBelowWine("ln -s \"" + unixTarget + '"', link, true);
 }
 
-void RemoveLink(const std::string& link) {
-  RunBelowWine("rm -f \"" + link + '"', [&] { return !std::filesystem::exists(link); });
-}
+void RemoveLink(const std::string& link) { RunBelowWine("rm -f", link, false); }
 
-void RunInThreads(int count, const std::function<void(int number)>& body, std::size_t stackSize) {
-  std::deque<std::function<void()>> runs;
-  std::vector<HANDLE> threads(static_cast<std::size_t>(count));
-  for (HANDLE& thread : threads) {
-    runs.push_back([&body, number = static_cast<int>(runs.size())] { body(number); });
-    thread = CreateThread(nullptr, stackSize, StartRun, &runs.back(),
-                          STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr);
-  }
-  for (const HANDLE thread : threads) {
-    if (WaitForSingleObject(thread, INFINITE) != WAIT_OBJECT_0) std::abort();
-    CloseHandle(thread);
-  }
+void RunInThread(std::size_t stackSize, std::function<void()> body,
+                 const std::function<void()>& meanwhile) {
+  const HANDLE thread =
+      CreateThread(nullptr, stackSize, StartRun, &body, STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr);
+  meanwhile();
+  if (WaitForSingleObject(thread, INFINITE) != WAIT_OBJECT_0) std::abort();
+  CloseHandle(thread);
 }
 
 std::shared_ptr<std::uint8_t> MapBeforeGuardPage(std::size_t size) {
