@@ -1,6 +1,7 @@
 // Finds an export of the cloud that passes other arguments to Steam, returns a wrong result, or
 // calls Steam before it has checked its arguments.
 
+#include <cstring>
 #include <functional>
 
 #include "steam/scripted_test.h"
@@ -11,15 +12,9 @@ namespace {
 using CloudStorage = test::ScriptedTest;
 
 TEST_F(CloudStorage, PassesCallsAndResultsOn) {
-  char buffer[8] = "before";
+  char buffer[8];
   // What Steam is asked, and the results if Steam returns true and 5, false and -4, and without it.
-  struct Row {
-    const char* asked;
-    std::function<std::int32_t()> call;
-    std::int32_t yes;
-    std::int32_t no;
-    std::int32_t noSteam;
-  };
+  using Row = std::tuple<const char*, std::function<std::int32_t()>, int, int, int>;
   const Row rows[] = {
       {"FileWrite f data 4", [] { return QX_SteamAPI_RemoteStorageFileWrite("f", "data", 4); }, 0,
        -1, -3},
@@ -32,23 +27,25 @@ TEST_F(CloudStorage, PassesCallsAndResultsOn) {
       {"", QX_SteamAPI_RemoteStorageGetFileCount, 5, -4, -1},
       {"GetFileNameAndSize -2 0",
        [&] { return QX_SteamAPI_RemoteStorageGetFileName(-2, buffer, 8); }, 0, 0, -1},
-      {"IsCloudEnabledForAccount -", QX_SteamAPI_RemoteStorageIsCloudEnabledForAccount, 1, 0, 0},
-      {"IsCloudEnabledForApp -", QX_SteamAPI_RemoteStorageIsCloudEnabledForApp, 1, 0, 0},
+      {"IsCloudEnabledForAccount", QX_SteamAPI_RemoteStorageIsCloudEnabledForAccount, 1, 0, 0},
+      {"IsCloudEnabledForApp", QX_SteamAPI_RemoteStorageIsCloudEnabledForApp, 1, 0, 0},
       {"SetCloudEnabledForApp 256",
        [] { return QX_SteamAPI_RemoteStorageSetCloudEnabledForApp(256); }, 0, 0, 1},
   };
-  script_.hasStorage = false;
-  for (const Row& row : rows) EXPECT_EQ(row.call(), row.noSteam) << row.asked;
-  EXPECT_STREQ(buffer, "before");
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.asked);
+  for (const auto& [asked, call, yes, no, noSteam] : rows) {
+    SCOPED_TRACE(asked);
     script_ = test::SteamScript();
+    script_.hasStorage = false;
+    std::strcpy(buffer, "before");
+    EXPECT_EQ(call(), noSteam);
+    EXPECT_STREQ(buffer, "before");
+    script_.hasStorage = true;
     script_.number = 5;
-    EXPECT_EQ(row.call(), row.yes);
-    EXPECT_EQ(script_.calls, *row.asked != '\0' ? Calls{row.asked} : Calls{});
+    EXPECT_EQ(call(), yes);
+    EXPECT_EQ(script_.calls, *asked != '\0' ? Calls{asked} : Calls{});
     script_.answer = false;
     script_.number = -4;
-    EXPECT_EQ(row.call(), row.no);
+    EXPECT_EQ(call(), no);
   }
 }
 
@@ -56,19 +53,19 @@ TEST_F(CloudStorage, ChecksArgumentsBeforeSteam) {
   char buffer[8] = "before";
   for (const bool hasStorage : {true, false}) {
     script_.hasStorage = hasStorage;
-    for (const std::int32_t size : {0, -1}) {
-      EXPECT_EQ(QX_SteamAPI_RemoteStorageFileWrite("f", "data", size), QX_BAD_ARGUMENT);
-    }
-    EXPECT_EQ(QX_SteamAPI_RemoteStorageFileWrite(nullptr, "data", 4), QX_BAD_ARGUMENT);
-    EXPECT_EQ(QX_SteamAPI_RemoteStorageFileWrite("f", nullptr, 4), QX_BAD_ARGUMENT);
-    EXPECT_EQ(QX_SteamAPI_RemoteStorageFileRead(nullptr, buffer, 8), QX_BAD_ARGUMENT);
-    EXPECT_EQ(QX_SteamAPI_RemoteStorageFileRead("f", nullptr, 8), QX_BAD_ARGUMENT);
-    EXPECT_EQ(QX_SteamAPI_RemoteStorageFileDelete(nullptr), QX_BAD_ARGUMENT);
+    const std::vector<ResultCode> results = {QX_SteamAPI_RemoteStorageFileWrite("f", "data", 0),
+                                             QX_SteamAPI_RemoteStorageFileWrite("f", "data", -1),
+                                             QX_SteamAPI_RemoteStorageFileWrite(nullptr, "data", 4),
+                                             QX_SteamAPI_RemoteStorageFileWrite("f", nullptr, 4),
+                                             QX_SteamAPI_RemoteStorageFileRead(nullptr, buffer, 8),
+                                             QX_SteamAPI_RemoteStorageFileRead("f", nullptr, 8),
+                                             QX_SteamAPI_RemoteStorageFileDelete(nullptr),
+                                             QX_SteamAPI_RemoteStorageGetFileName(0, nullptr, 8),
+                                             QX_SteamAPI_RemoteStorageGetFileName(0, buffer, 0)};
+    EXPECT_EQ(results, std::vector<ResultCode>(9, QX_BAD_ARGUMENT));
     EXPECT_EQ(QX_SteamAPI_RemoteStorageFileExist(nullptr), 0);
     EXPECT_EQ(QX_SteamAPI_RemoteStorageFileForget(nullptr), 0);
     EXPECT_EQ(QX_SteamAPI_RemoteStorageGetFileSize(nullptr), 0);
-    EXPECT_EQ(QX_SteamAPI_RemoteStorageGetFileName(0, nullptr, 8), QX_BAD_ARGUMENT);
-    EXPECT_EQ(QX_SteamAPI_RemoteStorageGetFileName(0, buffer, 0), QX_BAD_ARGUMENT);
   }
   EXPECT_EQ(script_.calls, Calls{});
   EXPECT_STREQ(buffer, "before");

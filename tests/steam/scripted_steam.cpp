@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <sstream>
+#include <string_view>
 
 #include "platform/steam_api.h"
 
@@ -10,18 +12,13 @@ namespace {
 
 SteamScript script;
 
-std::string Text(const char* text) { return text != nullptr ? text : "null"; }
-template <class Number>
-std::string Text(Number number) {
-  return std::to_string(number);
-}
-
 template <class... Arguments>
-void Note(const char* name, Arguments... arguments) {
+void Note(const char* name, const Arguments&... arguments) {
   if (!script.notesCalls) return;
-  std::string call = name;
-  ((call += ' ' + Text(arguments)), ...);
-  script.calls.push_back(call);
+  std::ostringstream call;
+  call << name;
+  ((call << ' ' << arguments), ...);
+  script.calls.push_back(call.str());
 }
 
 // Returns the result, or 0, false or null if this call is to fail.
@@ -32,9 +29,9 @@ Result Give(Result result) {
 
 // The same for a call that is noted.
 template <class Result, class... Arguments>
-Result Give(Result result, const char* name, Arguments... arguments) {
+Result Give(Result result, const char* name, const Arguments&... arguments) {
   Note(name, arguments...);
-  return Give(result);
+  return std::strcmp(name, script.failing) == 0 ? Result() : Give(result);
 }
 
 // All interfaces.
@@ -47,8 +44,7 @@ class Steam final : public ISteamUser,
   std::uint64_t GetSteamID() override { return Give(script.steamId); }
 
   bool GetUserDataFolder(char* buffer, int capacity) override {
-    Note("GetUserDataFolder", capacity);
-    if (script.folder == nullptr || !Give(true)) return false;
+    if (!Give(script.folder != nullptr, "GetUserDataFolder", capacity)) return false;
     const auto size = static_cast<std::size_t>(capacity);
     if (!script.terminatesFolder) {
       std::memset(buffer, 'f', size);
@@ -59,11 +55,11 @@ class Steam final : public ISteamUser,
   }
 
   std::uint32_t GetAuthSessionTicket(void* ticket, int capacity, std::uint32_t* size) override {
-    Note("GetAuthSessionTicket", capacity, *size);
+    const auto handle = Give(1U, "GetAuthSessionTicket", capacity, *size);
     const std::size_t count = std::min(script.ticket.size(), static_cast<std::size_t>(capacity));
     std::copy_n(script.ticket.begin(), count, static_cast<std::uint8_t*>(ticket));
     *size = static_cast<std::uint32_t>(script.ticket.size());
-    return Give(script.ticketHandle);
+    return handle;
   }
 
   const char* GetPersonaName() override { return Give(script.personaName); }
@@ -88,37 +84,35 @@ class Steam final : public ISteamUser,
     return Give(script.fileName, "GetFileNameAndSize", index, *size);
   }
   bool IsCloudEnabledForAccount() override {
-    return Give(script.answer, "IsCloudEnabledForAccount", "-");
+    return Give(script.answer, "IsCloudEnabledForAccount");
   }
-  bool IsCloudEnabledForApp() override { return Give(script.answer, "IsCloudEnabledForApp", "-"); }
+  bool IsCloudEnabledForApp() override { return Give(script.answer, "IsCloudEnabledForApp"); }
   void SetCloudEnabledForApp(std::int32_t enabled) override {
     Note("SetCloudEnabledForApp", enabled);
   }
 
   std::uint32_t CreateHTTPRequest(int method, const char* url) override {
-    const std::uint32_t request = Give(script.request, "Create", method, url);
+    const auto request = Give(1U, "Create", method, url);
     if (request != 0 && !script.isShared) ++script.openRequests;
     return request;
   }
   bool SetHTTPRequestRawPostBody(std::uint32_t request, const char* contentType, std::uint8_t* body,
                                  std::uint32_t size) override {
-    if (script.notesCalls) {
-      Note("SetBody", request, contentType, std::string(body, body + size).c_str());
-    }
-    return Give(script.answer);
+    return Give(script.answer, "SetBody", request, contentType,
+                std::string_view(reinterpret_cast<char*>(body), size));
   }
   bool SendHTTPRequest(std::uint32_t request, std::uint64_t* call) override {
-    return Give(script.sends, "Send", request, call != nullptr);
+    return Give(true, "Send", request, call != nullptr);
   }
   bool GetHTTPResponseHeaderSize(std::uint32_t request, const char* name,
                                  std::uint32_t* size) override {
     *size = script.contentLength;
-    return Give(script.hasContentLength, "GetHeaderSize", request, name);
+    return Give(true, "GetHeaderSize", request, name);
   }
   bool GetHTTPResponseBodyData(std::uint32_t request, std::uint8_t* buffer,
                                std::uint32_t size) override {
     std::copy_n(script.body.begin(), std::min<std::size_t>(size, script.body.size()), buffer);
-    return Give(script.hasBody, "GetBody", request, size);
+    return Give(true, "GetBody", request, size);
   }
   bool ReleaseHTTPRequest(std::uint32_t request) override {
     if (!script.isShared) --script.openRequests;

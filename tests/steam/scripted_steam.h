@@ -28,21 +28,17 @@ struct SteamScript {
   const char* folder = "";       // null: the call fails
   bool terminatesFolder = true;  // otherwise the whole buffer is filled
   std::vector<std::uint8_t> ticket;
-  std::uint32_t ticketHandle = 1;
   const char* personaName = "";
   const char* language = "";
   const char* languages = "";
   const char* fileName = "";
   std::int32_t number = 0;  // the bytes read, the size of a file, the count of files
 
-  std::uint32_t request = 1;  // the handle, 0 on failure
-  bool sends = true;
-  bool hasContentLength = true;
   std::uint32_t contentLength = 0;
-  bool hasBody = true;
   std::vector<std::uint8_t> body;
 
-  // A call that fails returns 0, false or null.
+  // A call that fails returns 0, false or null: those of this name, and those of the plan.
+  const char* failing = "";
   FailurePlan failures;
 
   // True if threads call at the same time: then nothing below is kept.

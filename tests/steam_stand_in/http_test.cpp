@@ -1,31 +1,60 @@
 // Finds a response that is cut, too large, late or from the wrong server but counts as whole, a
 // request that is sent otherwise than asked, a redirect with the wrong method, a handle that
-// outlives its request, and a missing lock. All over the loopback interface.
+// outlives its request, a redirect from https to http that is followed, and a missing lock. All
+// over the loopback interface, except for redirects from https: no client trusts the server of the
+// tests.
 
 #include <atomic>
 
 #include "platform/win32.h"
+#include "steam_stand_in/http_requests.h"
 #include "steam_stand_in/stand_in_test.h"
 
 namespace launcher {
+
+namespace stand_in {
+
+static std::string target;
+static int exchanges = 0;
+static HttpLimits last;
+
+// In place of the stand-in's own, for Fetch in this program: always a redirect.
+std::optional<HttpResponse> Exchange(const HttpRequest& /*request*/, const HttpLimits& limits) {
+  ++exchanges;
+  last = limits;
+  Sleep(2);
+  return HttpResponse{302, {}, "", target};
+}
+
+TEST(Redirects, KeepASecretAndTheTimeLimit) {
+  HttpRequest request{"GET", ParseUrl("HTTPS://a/").value(), "", ""};
+  for (const auto& [to, expected] : {std::pair{"http://a/", 1}, {"https://a/", 12}}) {
+    target = to;
+    EXPECT_FALSE(Fetch(request, {60'000, 60'000, 7}));
+    EXPECT_EQ(exchanges, expected);
+  }
+  EXPECT_LE(last.requestMs, 60'000u - 2 * 10);
+  EXPECT_EQ(last.connectMs, last.requestMs);
+}
+
+}  // namespace stand_in
+
 namespace {
 
 enum Method { kGet = 1, kHead, kPost, kPut, kDelete, kOptions, kPatch };
 
+constexpr std::uint32_t kLimit = 21;  // the bytes of each response below, or more
 const std::string kText = "hello from the server";
 const std::string kBody("a\0b", 3);
 const std::string kFailed = "failed";
 constexpr std::uint32_t kUntouched = 99;
 
-// A port of tests/support/http_server.py.
-std::string Port(const char* variable) {
-  const char* const port = std::getenv(variable);
-  return port != nullptr ? port : "no server: run this program by http_server.py";
-}
+// A port of tests/support/http_server.py. Throws without that server.
+std::string Port(const char* variable) { return std::getenv(variable); }
 
 class StandInHttp : public test::StandInTest {
  protected:
-  StandInHttp() { Start(R"({"httpBodyLimitBytes": 20000})"); }
+  StandInHttp() { Start(R"({"httpBodyLimitBytes": 21})"); }
 
   static std::uint32_t Create(int method, const std::string& url) {
     const std::string server = url[0] == '/' ? "http://127.0.0.1:" + Port("TEST_HTTP_PORT") : "";
@@ -33,7 +62,7 @@ class StandInHttp : public test::StandInTest {
   }
 
   static bool SetBody(std::uint32_t request, const char* type, std::uint32_t size) {
-    static std::uint8_t body[20002] = {'a', 0, 'b'};
+    static std::uint8_t body[kLimit + 1] = {'a', 0, 'b'};
     return SteamHTTP()->SetHTTPRequestRawPostBody(request, type, body, size);
   }
 
@@ -47,7 +76,7 @@ class StandInHttp : public test::StandInTest {
 
   // Sends and releases a request. Returns the response's body, or kFailed.
   static std::string Send(std::uint32_t request) {
-    std::uint8_t body[20002] = {};
+    std::uint8_t body[kUntouched] = {};
     std::uint64_t call = 0;
     const bool isSent = SteamHTTP()->SendHTTPRequest(request, &call);
     EXPECT_EQ(call != 0, isSent);
@@ -60,21 +89,16 @@ class StandInHttp : public test::StandInTest {
 };
 
 TEST_F(StandInHttp, SendsWhatIsAskedAndHasWholeResponsesOnly) {
-  std::string repeated;
-  for (int i = 0; i < 100; ++i) repeated += kText;
   std::string tenRedirects = "../text";
   for (int i = 0; i < 10; ++i) tenRedirects.insert(0, "/redirect/302?");
   const std::string secure = "https://localhost:" + Port("TEST_HTTPS_PORT");
   const std::tuple<int, std::string, std::string> cases[] = {
     {kGet, "/text", kText},
     {kGet, "/chunked", kText},
-    {kGet, "/gzip", repeated},
-    {kGet, "/size/20000", std::string(20000, 'x')},
-    {kGet, "/size/20001", kFailed},
     {kGet, "/status/500", "status 500"},
     {kGet, "/path/a%20b?c=d&e=%2F#f", "/path/a%20b?c=d&e=%2F"},
+    {kGet, "/path/a%20b?c=d&e=%2Fg", kFailed},
     {kGet, "/cut", kFailed},
-    {kGet, "/nothing", kFailed},
     {kGet, secure + "/text", kFailed},
     {kDelete, "/echo", "DELETE - "},
     {kOptions, "/echo", "OPTIONS - "},
@@ -85,21 +109,17 @@ TEST_F(StandInHttp, SendsWhatIsAskedAndHasWholeResponsesOnly) {
     {kPost, "/redirect/300?/echo", "not this"},
     {kPost, "/redirect/301?/echo", "GET - "},
     {kPost, "/redirect/302?/echo", "GET - "},
-    {kPost, "/redirect/303?/echo", "GET - "},
     {kPost, "/redirect/307?/echo", "POST text/plain " + kBody},
     {kPut, "/redirect/301?/echo", "PUT text/plain " + kBody},
     {kPut, "/redirect/302?/echo", "PUT text/plain " + kBody},
     {kPut, "/redirect/303?/echo", "GET - "},
     {kPatch, "/redirect/308?/echo", "PATCH text/plain " + kBody},
-#if !defined(_WIN32)
-    {kGet, "/chunked-cut", kFailed},  // Wine's WinHTTP counts such a body as whole
-    // Only this machine's own names are reached without the proxy, which is the server too. On
-    // Windows the proxy is not the environment's.
+#if !defined(_WIN32)  // WinHTTP of Wine does not decode, and does not read the environment
+    {kGet, "/gzip", kText},
+    // The server is also the proxy. Only this machine's own names are reached without it.
+    {kGet, "http://1278.a/path", "http://1278.a/path"},
     {kGet, "http://127.8.8.8:1/path", kFailed},
     {kGet, "http://LocalHost:1/path", kFailed},
-    {kGet, "http://[::1]:1/path", kFailed},
-    {kGet, "http://1278.0.0.1/path", "http://1278.0.0.1/path"},
-    {kGet, "http://127.a.example/path", "http://127.a.example/path"},
 #endif
   };
   for (const auto& [method, url, body] : cases) {
@@ -110,73 +130,72 @@ TEST_F(StandInHttp, SendsWhatIsAskedAndHasWholeResponsesOnly) {
     EXPECT_EQ(Send(request), body);
   }
   EXPECT_EQ(Send(Create(kPost, "/echo")), "POST - ");
-  Start(R"({"httpConnectLimitMs": 900})");  // the page takes a second
-  EXPECT_EQ(Send(Create(kGet, "/slow")), kText);
-  Start(R"({"httpRequestLimitMs": 300})");  // the page takes three seconds
-  EXPECT_EQ(Send(Create(kGet, "/trickle")), kFailed);
+  // The first two pages come in parts, the slow one within about a second.
+  const std::tuple<const char*, const char*, std::string> limits[] = {
+      {R"({"httpBodyLimitBytes": 20})", "/chunked", kFailed},
+      {R"({"httpConnectLimitMs": 500})", "/slow", kText},
+      {R"({"httpRequestLimitMs": 300})", "/slow", kFailed}};
+  for (const auto& [settings, page, body] : limits) {
+    Start(settings);
+    EXPECT_EQ(Send(Create(kGet, page)), body) << settings;
+  }
 }
 
 TEST_F(StandInHttp, RefusesWrongArguments) {
   for (const int method : {0, 8, -1}) EXPECT_EQ(Create(method, "/echo"), 0u);
   EXPECT_EQ(SteamHTTP()->CreateHTTPRequest(kGet, nullptr), 0u);
   for (const char* const url :
-       {"a.example", "ftp://a.example", "http:/a.example", "http://", "http:///a", "http://:80/",
-        "http://?a", "http://user@a.example/", " http://a.example", "http://a.example/\x1F",
-        "http://a.example\\b", "http://a.example/\x7F", "http://a.example/\xC3\xA4"}) {
+       {"a.example", "ftp://a", "http:/a", "http://", "http:///a", "http://:80/", "http://?a",
+        "http://user@a/", " http://a", "http://a\\b", "http://a/\x7F", "http://a/\xC3\xA4"}) {
     EXPECT_EQ(Create(kGet, url), 0u) << url;
   }
-  EXPECT_NE(Create(kGet, "http://a.example?b/c@d~#e f"), 0u);
+  EXPECT_NE(Create(kGet, "http://a?b/c@d~#e f"), 0u);
 
   const std::uint32_t request = Create(kPost, "/echo");
   // A line end would begin another header.
-  for (const char* const type : {"", "a\r\nb: c", "a\x1F", "a\x7F", "\xC3\xA4"}) {
-    EXPECT_FALSE(SetBody(request, type, 1)) << type;
+  for (const char* const type :
+       {"", "a\r\nb: c", "a\x1F", "a\x7F", "\xC3\xA4", static_cast<const char*>(nullptr)}) {
+    EXPECT_FALSE(SetBody(request, type, 1));
   }
-  EXPECT_FALSE(SetBody(request, nullptr, 1));
   EXPECT_FALSE(SteamHTTP()->SetHTTPRequestRawPostBody(request, "text/plain", nullptr, 1));
-  EXPECT_FALSE(SetBody(request, "text/plain", 20001));
+  EXPECT_FALSE(SetBody(request, "text/plain", kLimit + 1));
   EXPECT_FALSE(SetBody(request + 1, "text/plain", 1));
-  EXPECT_TRUE(SetBody(request, "a ~", 20000));
-  EXPECT_FALSE(SteamHTTP()->SendHTTPRequest(request, nullptr))
-      << "the echo is larger than the limit";
+  EXPECT_TRUE(SetBody(request, "a ~", kLimit));
+  EXPECT_FALSE(SteamHTTP()->SendHTTPRequest(request, nullptr)) << "the echo exceeds the limit";
   EXPECT_FALSE(SetBody(request, "text/plain", 1)) << "it was sent";
 }
 
 TEST_F(StandInHttp, NumbersItsRequestsAndHas64) {
-  const std::uint32_t first = Create(kGet, "/text");
-  for (std::uint32_t i = 1; i < 64; ++i) ASSERT_EQ(Create(kGet, "/text"), first + i);
-  EXPECT_EQ(Create(kGet, "/text"), 0u);
+  // Wine's WinHTTP takes an interim response for the response.
+  const char* const page = test::kIsWindows ? "/text" : "/interim";
+  const std::uint32_t first = Create(kGet, page);
+  for (std::uint32_t i = 1; i < 64; ++i) EXPECT_EQ(Create(kGet, page), first + i);
+  EXPECT_EQ(Create(kGet, page), 0u);
   EXPECT_TRUE(SteamHTTP()->ReleaseHTTPRequest(first + 6));
-  EXPECT_EQ(Create(kGet, "/text"), first + 64);
+  EXPECT_EQ(Create(kGet, page), first + 64);
   for (const std::uint32_t unknown : {0u, first + 6, first + 65}) {
     EXPECT_FALSE(SteamHTTP()->SendHTTPRequest(unknown, nullptr));
-    EXPECT_FALSE(SteamHTTP()->GetHTTPResponseBodyData(unknown, nullptr, 0));
     EXPECT_FALSE(SteamHTTP()->ReleaseHTTPRequest(unknown));
   }
-  std::uint64_t call = 0;
   EXPECT_TRUE(SteamHTTP()->SendHTTPRequest(first + 64, nullptr));
+  std::uint64_t call = 0;
   EXPECT_TRUE(SteamHTTP()->SendHTTPRequest(first, &call));
   EXPECT_EQ(call, 2u);
-  for (const char* const name : {"X-Zon", "", static_cast<const char*>(nullptr)}) {
+  for (const char* const name : {"X-Zon", static_cast<const char*>(nullptr)}) {
     EXPECT_EQ(Length(first, name), kUntouched);
   }
   EXPECT_EQ(Length(first, "x-zONE"), 5u) << "without the blanks around it";
   EXPECT_FALSE(SteamHTTP()->GetHTTPResponseHeaderSize(first, "X-Zone", nullptr));
   std::uint8_t buffer[22] = {};
-  for (const std::uint32_t wrong : {0u, 20u, 22u}) {
-    EXPECT_FALSE(SteamHTTP()->GetHTTPResponseBodyData(first, buffer, wrong));
+  for (const std::uint32_t size : {0u, 20u, 22u}) {
+    EXPECT_FALSE(SteamHTTP()->GetHTTPResponseBodyData(first, buffer, size));
   }
   EXPECT_EQ(buffer[0], 0);
   EXPECT_FALSE(SteamHTTP()->GetHTTPResponseBodyData(first, nullptr, 21));
   // A transfer can outlive its session; its handle must not get another request's response.
-  ASSERT_TRUE(Start("{}"));
-  EXPECT_EQ(Create(kGet, "/text"), first + 65);
+  Start("{}");
+  EXPECT_EQ(Create(kGet, page), first + 65);
   EXPECT_FALSE(SteamHTTP()->SendHTTPRequest(first + 1, nullptr));
-#if !defined(_WIN32)  // Wine's WinHTTP takes the interim response for the response
-  const std::uint32_t interim = Create(kGet, "/interim");
-  EXPECT_TRUE(SteamHTTP()->SendHTTPRequest(interim, nullptr));
-  EXPECT_EQ(Length(interim, "X-Zone"), 5u);
-#endif
 }
 
 using StandInThreads = StandInHttp;
@@ -185,31 +204,28 @@ TEST_F(StandInThreads, CallWhileARequestOrTheSessionEnds) {
   ISteamFriends* const friends = SteamFriends();
   ISteamRemoteStorage* const storage = SteamRemoteStorage();
   ISteamHTTP* const http = SteamHTTP();
+  const std::uint32_t requests[] = {Create(kGet, "/slow"), Create(kGet, "/slow")};
   std::atomic<int> failures = 0;
-  for (const bool endsSession : {false, true}) {
-    std::atomic<bool> isOver = false;
-    const std::uint32_t request = Create(kGet, "/slow");
-    test::RunInThreads(4, [&](int number) {
-      if (number == 0 && http->SendHTTPRequest(request, nullptr)) ++failures;
-      if (number == 1) {
-        Sleep(20);  // usually enough for the first thread to begin
-        if (!endsSession && !http->ReleaseHTTPRequest(request)) ++failures;
-        for (int i = 0; endsSession && i < 20; ++i) {
-          SteamAPI_Shutdown();
-          if (!SteamAPI_Init() || SteamHTTP() == nullptr) ++failures;
-        }
-        isOver = true;
+  std::atomic<bool> isOver = false;
+  test::RunInThreads(4, [&](int number) {
+    if (number < 2 && http->SendHTTPRequest(requests[number], nullptr)) ++failures;
+    if (number == 2) {
+      Sleep(20);  // usually enough for the requests to begin
+      if (!http->ReleaseHTTPRequest(requests[0])) ++failures;
+      for (int i = 0; i < 20; ++i) {
+        SteamAPI_Shutdown();
+        if (!SteamAPI_Init() || SteamHTTP() == nullptr) ++failures;
       }
-      while (!isOver) {
-        storage->FileWrite("a", "x", 1);
-        const std::string texts[] = {friends->GetPersonaName(),
-                                     storage->GetFileNameAndSize(0, nullptr)};
-        if (texts[0] != "Player" && !texts[0].empty()) ++failures;  // with and without a session
-        if (texts[1] != "a" && !texts[1].empty()) ++failures;
-        if (!SteamAPI_IsSteamRunning()) ++failures;
-      }
-    });
-  }
+      isOver = true;
+    }
+    while (!isOver) {
+      storage->FileWrite("a", "x", 1);
+      const std::string name = friends->GetPersonaName();
+      if (name != "Player" && !name.empty()) ++failures;  // with and without a session
+      storage->GetFileNameAndSize(0, nullptr);
+      if (!SteamAPI_IsSteamRunning()) ++failures;
+    }
+  });
   EXPECT_EQ(failures, 0);
 }
 

@@ -4,8 +4,8 @@
     http_server.py COMMAND [ARGUMENT...]
 
 The command finds the ports in TEST_HTTP_PORT and TEST_HTTPS_PORT. No client trusts the certificate
-for https; without the openssl program that port is 0. The server is also the proxy in http_proxy: of
-such a request it finds the whole URL as the path. Exit status: the command's.
+for https. The server is also the proxy in http_proxy: of such a request it finds the whole URL as the
+path. Exit status: the command's.
 """
 
 import gzip
@@ -20,16 +20,15 @@ import time
 import urllib.parse
 
 TEXT = b"hello from the server"
-CHUNKED = {"Transfer-Encoding": "chunked"}
-# The headers and the body.
+# The body, and the headers besides Content-Length or in place of it.
 PAGES = {
-    "text": ({"Content-Length": 21, "X-Zone": "  12345 "}, TEXT),
-    "interim": ({"Content-Length": 21, "X-Zone": "12345"}, TEXT),
-    "slow": ({"Content-Length": 21}, TEXT),
-    "chunked": (CHUNKED, b"5\r\nhello\r\n10\r\n from the server\r\n0\r\n\r\n"),
-    "chunked-cut": (CHUNKED, b"5\r\nhello\r\n"),
-    "cut": ({"Content-Length": 22}, TEXT),
-    "trickle": ({"Content-Length": 30}, b""),
+    "text": (TEXT, {"X-Zone": "  12345 "}),
+    "interim": (TEXT, {"X-Zone": "  12345 "}),
+    "slow": (TEXT, {}),
+    "cut": (TEXT, {"Content-Length": 22}),
+    "gzip": (gzip.compress(TEXT), {"Content-Encoding": "gzip"}),
+    "chunked": (b"5\r\nhello\r\n10\r\n from the server\r\n0\r\n\r\n",
+                {"Content-Length": None, "Transfer-Encoding": "chunked"}),
 }
 
 
@@ -41,43 +40,27 @@ class Handler(http.server.BaseHTTPRequestHandler):
         content = self.rfile.read(int(self.headers.get("Content-Length", 0)))
         url = urllib.parse.urlsplit(self.path)
         page, _, argument = url.path[1:].partition("/")
-        if page == "nothing":
-            return
-        if page == "slow":
-            time.sleep(1)  # so that a client cannot have the response before
+        echo = f"{self.command} {self.headers.get('Content-Type', '-')} ".encode() + content
+        body, headers = {
+            **PAGES,
+            "status": (b"status " + argument.encode(), {}),
+            "path": (self.path.encode(), {}),
+            "echo": (echo, {}),
+            "redirect": (b"not this", {"Location": url.query}),  # /redirect/STATUS?TARGET
+        }.get(page, (b"no such page", {}))
         if page == "interim":  # a response before the response
             self.wfile.write(b"HTTP/1.1 100 Continue\r\nX-Zone: 1\r\n\r\n")
-        headers, body = PAGES.get(page) or self.made_page(page, argument, url.query, content)
         self.send_response(int(argument) if page in ("status", "redirect") else 200)
-        for name, value in {**headers, "Connection": "close"}.items():
-            self.send_header(name, value)
+        for name, value in {"Content-Length": len(body), **headers, "Connection": "close"}.items():
+            if value is not None:
+                self.send_header(name, value)
         self.end_headers()
-        if self.command != "HEAD":
-            self.wfile.write(body)
-        if page == "trickle":
-            for _ in range(30):
-                self.wfile.write(b"x")
-                time.sleep(0.1)
+        for byte in body if self.command != "HEAD" else b"":
+            if page == "slow":
+                time.sleep(0.05)  # a client cannot have the response before a second
+            self.wfile.write(bytes([byte]))
 
     do_GET = do_HEAD = do_POST = do_PUT = do_DELETE = do_OPTIONS = do_PATCH = respond
-
-    def made_page(self, page, argument, query, content):
-        body, headers = b"no such page", {}
-        if page == "size":
-            body = b"x" * int(argument)
-        elif page == "status":
-            body = b"status " + argument.encode()
-        elif page == "path":
-            body = self.path.encode()
-        elif page == "echo":
-            body = f"{self.command} {self.headers.get('Content-Type', '-')} ".encode() + content
-        elif page == "redirect":  # /redirect/STATUS?TARGET
-            body, headers = b"not this", {"Location": query}
-        elif page == "gzip":
-            body = TEXT * 100
-            if "gzip" in self.headers.get("Accept-Encoding", ""):
-                body, headers = gzip.compress(body), {"Content-Encoding": "gzip"}
-        return {"Content-Length": len(body), **headers}, body
 
     def log_message(self, *_):
         pass
@@ -97,18 +80,12 @@ def serve(server):
 
 
 def serve_untrusted():
-    with tempfile.TemporaryDirectory() as folder:
-        key, certificate = os.path.join(folder, "key"), os.path.join(folder, "certificate")
-        try:
-            subprocess.run(
-                ["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256",
-                 "-nodes", "-keyout", key, "-out", certificate, "-days", "2", "-subj",
-                 "/CN=localhost", "-addext", "subjectAltName=DNS:localhost,IP:127.0.0.1"],
-                check=True, stdin=subprocess.DEVNULL, capture_output=True)
-        except FileNotFoundError:
-            return 0
-        context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
-        context.load_cert_chain(certificate, key)
+    context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
+    with tempfile.NamedTemporaryFile() as file:
+        subprocess.run(["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-subj",
+                        "/CN=localhost", "-keyout", file.name, "-out", file.name],
+                       check=True, stdin=subprocess.DEVNULL, capture_output=True)
+        context.load_cert_chain(file.name)
     server = Server(("127.0.0.1", 0), Handler)
     server.socket = context.wrap_socket(server.socket, server_side=True)
     return serve(server)
