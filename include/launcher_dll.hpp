@@ -72,14 +72,14 @@ class Error : public std::runtime_error {
         result_(result),
         systemCode_(systemCode) {}
 
-  // The export; "ReadClientData" if that function itself refused the data.
+  // The name of the export; "ReadClientData" if that function itself refused the data.
   const char* ExportName() const noexcept { return exportName_; }
 
   // What the export returned.
   std::int32_t Result() const noexcept { return result_; }
 
-  // The system's error code: of RunClient, ReadClientData, RemoveFile, RemoveFolder and Arguments,
-  // if a call of the system failed; else 0.
+  // The system's error code if a system call failed in RunClient, ReadClientData, RemoveFile,
+  // RemoveFolder or Arguments; else 0.
   int SystemCode() const noexcept { return systemCode_; }
 
  private:
