@@ -94,6 +94,7 @@ TEST_F(CppFace, ReportsWhatSteamRefuses) {
   ExpectErrors({{steam::UserFolder, "GetUserDataFolder 0: Steam gives no"}});
   script_.hasUser = script_.hasFriends = script_.hasApps = script_.hasStorage = script_.hasHttp =
       false;
+  script_.answer = true;
   script_.calls.clear();
   EXPECT_FALSE(steam::Session().IsUp());  // the export forgets an earlier session
   EXPECT_EQ(script_.calls, Calls{});
@@ -193,7 +194,9 @@ TEST_F(CppFace, RefusesForgedClientData) {
   };
   ExpectErrors({
       {[=] { read(0xFFFFD); }, "ReadClientData -1005:"},
-      {[=] { read(0xFFFFC); }, "ReadClientData -1:"},  // only the first bytes are readable
+#ifndef _WIN32  // there the memory after the page may be readable
+      {[=] { read(0xFFFFC); }, "ReadClientData -1:"},
+#endif
       {[=] { read(43); }, "Decode 0: no intact"},
       {[=] { read(44); }, "ReadClientData -1: the data are not signed"},
       {[=] { read(44, 0x7FFFFFFC); }, "ReadClientData -1: the launcher's memory cannot be read: "},
