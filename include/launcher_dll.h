@@ -606,9 +606,9 @@ QX_API ResultCode QX_CALL QX_CheckDisplayMode(uint32_t adapter, uint32_t reserve
  * not match.
  *
  * Returns 1 if hostName equals one of these two settings, or if certificateName equals one of two
- * fixed names: "*." with the name of the game's own domain, or the name of the CI game API (both
- * are in src/config/deployment.h). Otherwise returns 0. The "*" is an ordinary character. Only the
- * low 8 bits of the result are defined. */
+ * fixed names: "*." with the name of the game's own domain, or the name of the CI game API. Both
+ * are compiled in. Otherwise returns 0. The "*" is an ordinary character. Only the low 8 bits of
+ * the result are defined. */
 QX_API uint8_t QX_CALL QX_CheckCert(const char* certificateName, const char* hostName);
 
 /* Removes a file. If path is a link, removes the link and not its target.

@@ -1,7 +1,8 @@
 // The C++ wrapper of LauncherDll: launcher_dll.h with owners, spans, strings and exceptions.
 //
-// C++17, header only, namespace launcher_dll. Link as for launcher_dll.h, which says what each
-// function prints, reads and leaves unwritten.
+// C++17, header only, namespace launcher_dll. A program that uses it links the same library as one
+// that uses launcher_dll.h. The comments there also apply here: what each function prints and
+// reads, and which outputs it leaves unwritten.
 //
 // - A function throws Error if its export fails, whichever value that export returns for a failure.
 //   A function that asks a question returns a bool. A size that does not fit the export's argument

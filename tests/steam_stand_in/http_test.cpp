@@ -118,7 +118,7 @@ TEST_F(StandInHttp, SendsWhatIsAskedAndHasWholeResponsesOnly) {
 #if !defined(_WIN32)  // WinHTTP of Wine does not decode, and does not read the environment
     {kGet, "/gzip", kText},
     // The server is also the proxy. Only this machine's own names are reached without it.
-    {kGet, "http://1278.a/path", "http://1278.a/path"},
+    {kGet, "http://1278.8/path", "http://1278.8/path"},
     {kGet, "http://127.8.8.8:1/path", kFailed},
     {kGet, "http://LocalHost:1/path", kFailed},
 #endif
