@@ -247,6 +247,7 @@ TEST_F(CppFace, PassesFilesAndRequestsOn) {
     EXPECT_TRUE(steam::ReadUserFile("save", content.size()) == content);
   }
   EXPECT_TRUE(steam::UserFileExists("save"));
+  EXPECT_FALSE(steam::UserFileExists("none"));
   EXPECT_EQ(steam::UserFolder(), "user");
   EXPECT_EQ(steam::UserFilePath("a"), "user\\a");
   script_.number = 3;
