@@ -4,8 +4,8 @@
     http_server.py COMMAND [ARGUMENT...]
 
 The command finds the ports in TEST_HTTP_PORT and TEST_HTTPS_PORT. No client trusts the certificate
-for https; without the program openssl that port is 0. The server is also the proxy in http_proxy: of such a request it finds the whole URL as the
-path. Exit status: the command's.
+for https; without the program openssl that port is 0. The server is also the proxy in http_proxy: of
+such a request it finds the whole URL as the path. Exit status: the command's.
 """
 
 import gzip
