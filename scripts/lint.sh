@@ -8,6 +8,7 @@
 #
 # Exit status: 0 if nothing was found, 1 if something was, 2 if a tool is missing.
 set -euo pipefail
+
 case "${1:-}" in
   '') mode=(--dry-run -Werror) ;;
   --fix) mode=(-i) ;;

@@ -81,7 +81,7 @@ TEST_F(CppFace, ReportsEachFailure) {
 
 TEST_F(CppFace, ReportsWhatSteamRefuses) {
   test::WriteFile("user/empty", "");
-  script_.answer = false;
+  script_.succeeds = false;
   ExpectErrors({
       {[] { steam::ReadUserFile("a", 0); }, "ReadFile -2:"},
       {[] { steam::ReadUserFile("a"); }, "ReadFile -4:"},
@@ -94,7 +94,7 @@ TEST_F(CppFace, ReportsWhatSteamRefuses) {
   ExpectErrors({{steam::UserFolder, "GetUserDataFolder 0: Steam gives no"}});
   script_.hasUser = script_.hasFriends = script_.hasApps = script_.hasStorage = script_.hasHttp =
       false;
-  script_.answer = true;
+  script_.succeeds = true;
   script_.calls.clear();
   EXPECT_FALSE(steam::Session().IsUp());  // the export forgets an earlier session
   EXPECT_EQ(script_.calls, Calls{});
@@ -228,14 +228,14 @@ TEST_F(CppFace, ReadsWhatSteamKnows) {
     script_.ticket = test::BytesFromHex(ticket);
     EXPECT_EQ(steam::AuthTicket(), ticket);
   }
-  for (const bool answer : {false, true}) {
-    script_.answer = answer;
-    script_.steamId = answer ? 0x0110000112345678 : 0;
-    EXPECT_EQ(steam::UserId().value_or(1), answer ? script_.steamId : 1);
+  for (const bool isTrue : {false, true}) {
+    script_.succeeds = isTrue;
+    script_.steamId = isTrue ? 0x0110000112345678 : 0;
+    EXPECT_EQ(steam::UserId().value_or(1), isTrue ? script_.steamId : 1);
     EXPECT_EQ((std::vector<bool>{steam::IsRunning(), steam::IsLoggedOn(), steam::RestartsApp(480),
                                  steam::CloudFileExists("a"), steam::IsCloudEnabledForAccount(),
                                  steam::IsCloudEnabledForApp()}),
-              std::vector<bool>(6, answer));
+              std::vector<bool>(6, isTrue));
   }
 }
 

@@ -43,7 +43,7 @@ TEST_F(CloudStorage, PassesCallsAndResultsOn) {
     script_.number = 5;
     EXPECT_EQ(call(), yes);
     EXPECT_EQ(script_.calls, *asked != '\0' ? Calls{asked} : Calls{});
-    script_.answer = false;
+    script_.succeeds = false;
     script_.number = -4;
     EXPECT_EQ(call(), no);
   }

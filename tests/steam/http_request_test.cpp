@@ -63,7 +63,7 @@ TEST_F(HttpRequest, SendsABodyWithACompletePostOnly) {
 }
 
 TEST_F(HttpRequest, IsReleasedWhateverFails) {
-  script_.answer = false;  // the results of setting a body and of a release are ignored
+  script_.succeeds = false;  // the results of setting a body and of a release are ignored
   EXPECT_EQ(Printed(3, "text/plain", "data", 4), "Response: hello\n");
   const std::pair<const char*, std::size_t> cases[] = {
       {"Create", 1}, {"Send", 3}, {"GetHeaderSize", 4}, {"GetBody", 5}};

@@ -40,7 +40,7 @@ class Steam final : public ISteamUser,
                     public ISteamApps,
                     public ISteamRemoteStorage,
                     public ISteamHTTP {
-  bool BLoggedOn() override { return Give(script.answer); }
+  bool BLoggedOn() override { return Give(script.succeeds); }
   std::uint64_t GetSteamID() override { return Give(script.steamId); }
 
   bool GetUserDataFolder(char* buffer, int capacity) override {
@@ -67,15 +67,15 @@ class Steam final : public ISteamUser,
   const char* GetAvailableGameLanguages() override { return Give(script.languages); }
 
   bool FileWrite(const char* name, const void* data, std::int32_t size) override {
-    return Give(script.answer, "FileWrite", name, static_cast<const char*>(data), size);
+    return Give(script.succeeds, "FileWrite", name, static_cast<const char*>(data), size);
   }
   std::int32_t FileRead(const char* name, void* buffer, std::int32_t size) override {
     std::memset(buffer, 'r', static_cast<std::size_t>(size));
     return Give(script.number, "FileRead", name, size);
   }
-  bool FileForget(const char* name) override { return Give(script.answer, "FileForget", name); }
-  bool FileDelete(const char* name) override { return Give(script.answer, "FileDelete", name); }
-  bool FileExists(const char* name) override { return Give(script.answer, "FileExists", name); }
+  bool FileForget(const char* name) override { return Give(script.succeeds, "FileForget", name); }
+  bool FileDelete(const char* name) override { return Give(script.succeeds, "FileDelete", name); }
+  bool FileExists(const char* name) override { return Give(script.succeeds, "FileExists", name); }
   std::int32_t GetFileSize(const char* name) override {
     return Give(script.number, "GetFileSize", name);
   }
@@ -84,9 +84,9 @@ class Steam final : public ISteamUser,
     return Give(script.fileName, "GetFileNameAndSize", index, *size);
   }
   bool IsCloudEnabledForAccount() override {
-    return Give(script.answer, "IsCloudEnabledForAccount");
+    return Give(script.succeeds, "IsCloudEnabledForAccount");
   }
-  bool IsCloudEnabledForApp() override { return Give(script.answer, "IsCloudEnabledForApp"); }
+  bool IsCloudEnabledForApp() override { return Give(script.succeeds, "IsCloudEnabledForApp"); }
   void SetCloudEnabledForApp(std::int32_t enabled) override {
     Note("SetCloudEnabledForApp", enabled);
   }
@@ -98,7 +98,7 @@ class Steam final : public ISteamUser,
   }
   bool SetHTTPRequestRawPostBody(std::uint32_t request, const char* contentType, std::uint8_t* body,
                                  std::uint32_t size) override {
-    return Give(script.answer, "SetBody", request, contentType,
+    return Give(script.succeeds, "SetBody", request, contentType,
                 std::string_view(reinterpret_cast<char*>(body), size));
   }
   bool SendHTTPRequest(std::uint32_t request, std::uint64_t* call) override {
@@ -116,7 +116,7 @@ class Steam final : public ISteamUser,
   }
   bool ReleaseHTTPRequest(std::uint32_t request) override {
     if (!script.isShared) --script.openRequests;
-    return Give(script.answer, "Release", request);
+    return Give(script.succeeds, "Release", request);
   }
 };
 
@@ -132,11 +132,11 @@ extern "C" {
 // How the test reaches the script.
 SteamScript* GetSteamScript() { return &script; }
 
-bool STEAM_API_CALL SteamAPI_Init() { return Give(script.answer); }
+bool STEAM_API_CALL SteamAPI_Init() { return Give(script.succeeds); }
 void STEAM_API_CALL SteamAPI_Shutdown() { Note("Shutdown"); }
-bool STEAM_API_CALL SteamAPI_IsSteamRunning() { return Give(script.answer); }
+bool STEAM_API_CALL SteamAPI_IsSteamRunning() { return Give(script.succeeds); }
 bool STEAM_API_CALL SteamAPI_RestartAppIfNecessary(std::uint32_t appId) {
-  return Give(script.answer, "Restart", appId);
+  return Give(script.succeeds, "Restart", appId);
 }
 
 ISteamUser* STEAM_API_CALL SteamUser() { return Give(script.hasUser) ? &steam : nullptr; }

@@ -22,7 +22,7 @@ struct SteamScript {
   bool hasStorage = true;
   bool hasHttp = true;
 
-  bool answer = true;  // the result of each function that returns yes or no
+  bool succeeds = true;  // the result of each function that returns yes or no
 
   std::uint64_t steamId = 0;
   const char* folder = "";       // null: the call fails

@@ -24,7 +24,7 @@ TEST_F(Session, KeepsTheAppsOfTheLastInitialisation) {
                                                                     {false, false, 0, QX_SUCCEEDED},
                                                                     {true, false, 0, QX_NO_STEAM}};
   for (const auto& [starts, hasApps, result, languages] : cases) {
-    script_.answer = starts;
+    script_.succeeds = starts;
     script_.hasApps = hasApps;
     EXPECT_EQ(QX_SteamAPI_Init(), result);
     QX_SteamAPI_Shutdown();
@@ -39,7 +39,7 @@ TEST_F(Session, PassesResultsOn) {
   script_.steamId = 0x0110000112345678;
   EXPECT_EQ(QX_SteamAPI_GetSteamIDConvertToUint64(), 0x0110000112345678u);
   for (const bool isTrue : {false, true}) {
-    script_.answer = isTrue;
+    script_.succeeds = isTrue;
     EXPECT_EQ(QX_SteamAPI_IsSteamRunning(), isTrue);
     EXPECT_EQ(QX_SteamAPI_IsLoggedOn(), isTrue);
     EXPECT_EQ(QX_SteamAPI_RestartAppIfNecessary(480), isTrue ? 0 : QX_FAILED);
