@@ -1,15 +1,12 @@
 // Finds what the C++ wrapper itself can do wrong: a failure that becomes no Error or another one, a
 // wrong size or number, a text that is cut, a marker that stays, an owner that releases twice or
-// never. The wrapper is included first because it needs no other header.
-#include "launcher_dll.hpp"
-//
-#include <regex>
-
-#include "launch/launch_child.h"
+// never. The wrapper comes after <windows.h>, since both declare LocalFree; cpp_face_alone compiles
+// it without other headers.
 #include "platform/owners.h"
-#include "platform/win32.h"
+//
+#include "launch/launch_child.h"
+#include "launcher_dll.hpp"
 #include "steam/scripted_test.h"
-#include "support/captured_output.h"
 #include "support/data_file.h"
 
 namespace launcher {
@@ -29,11 +26,9 @@ class CppFace : public test::ScriptedTest {
     script_.folder = "user";
   }
 
-  // Each call throws an Error, of which the text is the export without "QX_" or "QX_SteamAPI_", the
-  // result and the start of the message.
-  static void ExpectErrors(
-      const std::vector<std::pair<std::function<void()>, std::string>>& cases) {
-    for (const auto& [call, expected] : cases) {
+  // Each call throws an Error, whose message with the result in it has the text.
+  static void ExpectErrors(const std::vector<std::pair<std::function<void()>, std::string>>& rows) {
+    for (const auto& [call, expected] : rows) {
       std::string found;
       try {
         call();
@@ -42,9 +37,8 @@ class CppFace : public test::ScriptedTest {
         EXPECT_EQ(found.rfind(error.ExportName(), 0), 0u);
         EXPECT_EQ(error.SystemCode() != 0, found.back() == ')');
         found.replace(found.find(" failed"), 7, ' ' + std::to_string(error.Result()));
-        found = std::regex_replace(found, std::regex("^QX_(SteamAPI_)?"), "");
       }
-      EXPECT_EQ(found.substr(0, expected.size()), expected);
+      EXPECT_PRED_FORMAT2(testing::IsSubstring, expected, found);
     }
   }
 };
@@ -53,17 +47,17 @@ TEST_F(CppFace, ReportsEachFailure) {
   static Bytes small(43);
   const std::string missing = std::system_category().message(2) + " (system error 2)";
   ExpectErrors({
-      {[] { face::Encode({}); }, "file_cipher_encode 7: the payload is empty"},
-      {[] { face::EncodeTo(small, BytesOf("x")); }, "file_cipher_encode 7: the output"},
-      {[] { face::ContainerSize(0x80000000); }, "file_cipher_get_encode_size 0: the payload"},
-      {[] { face::Decode(small, Bytes(4)); }, "file_cipher_decode 7: no intact"},
-      {[] { face::Decode(small, Bytes(56)); }, "file_cipher_decode 7: no intact"},
-      {[] { face::Decode(small, Bytes(3)); }, "file_cipher_decode 7: a key"},
-      {[] { face::Decode(small, Bytes(57)); }, "file_cipher_decode 7: a key"},
-      {[] { face::Block(0); }, "Allocate -2: an argument is not valid"},
+      {[] { face::Encode({}); }, "cipher_encode 7: the payload is empty"},
+      {[] { face::EncodeTo(small, BytesOf("x")); }, "cipher_encode 7: the output"},
+      {[] { face::ContainerSize(0x80000000); }, "get_encode_size 0: the payload"},
+      {[] { face::Decode(small, Bytes(4)); }, "cipher_decode 7: no intact"},
+      {[] { face::Decode(small, Bytes(56)); }, "cipher_decode 7: no intact"},
+      {[] { face::Decode(small, Bytes(3)); }, "cipher_decode 7: a key"},
+      {[] { face::Decode(small, Bytes(57)); }, "cipher_decode 7: a key"},
+      {[] { face::Block(0); }, "Allocate -2: an argument"},
       {[] { face::LoadText(1); }, "LoadStringToMemory -4: not found"},
-      {[] { face::Decode({}); }, "Decode -1005: the size is not"},
-      {[] { face::Decode(small); }, "Decode 0: no intact"},
+      {[] { face::Decode({}); }, "_Decode -1005: the size is not"},
+      {[] { face::Decode(small); }, "_Decode 0: no intact"},
       {[] { face::ReadClientData(nullptr); }, "RightAddress -1: the text"},
       {[] { face::ReadLaunchLine("x00abcdef"); }, "RightDWORD -1: the text"},
       {[] { face::RightBytes("ff0", 2); }, "RightBinary -1: the text"},
@@ -73,9 +67,7 @@ TEST_F(CppFace, ReportsEachFailure) {
       {[] { face::RemoveFolder("none"); }, "RemoveDirectory -1: " + missing},
       {[] { face::RemoveFolder(""); }, "RemoveDirectory -1: the path"},
   });
-  EXPECT_EQ(face::ContainerSize(0x7FFFFFFF), 0x8000002Cu);
   EXPECT_THROW(face::DecodeInPlace({small.data(), 0x80000000}), std::length_error);
-  EXPECT_THROW(steam::WriteCloudFile("a", {nullptr, 0x80000000}), std::length_error);
   EXPECT_THROW(face::RunClient("a", Bytes(face::kLargestClientData + 1)), std::length_error);
 }
 
@@ -83,36 +75,35 @@ TEST_F(CppFace, ReportsWhatSteamRefuses) {
   test::WriteFile("user/empty", "");
   script_.succeeds = false;
   ExpectErrors({
-      {[] { steam::ReadUserFile("a", 0); }, "ReadFile -2:"},
-      {[] { steam::ReadUserFile("a"); }, "ReadFile -4:"},
-      {[] { steam::ReadUserFile("empty"); }, "ReadFile -1002: the file could not be read"},
-      {[] { steam::ReadCloudFile("a"); }, "RemoteStorageFileRead 0: no such"},
+      {[] { steam::ReadUserFile("a", 0); }, "_ReadFile -2:"},
+      {[] { steam::ReadUserFile("a"); }, "_ReadFile -4:"},
+      {[] { steam::ReadUserFile("empty"); }, "_ReadFile -1002: the file could not be read"},
+      {[] { steam::ReadCloudFile("a"); }, "FileRead 0: no such"},
   });
   script_.terminatesFolder = false;
-  ExpectErrors({{steam::UserFolder, "GetUserDataFolder 1: Steam gives no"}});
+  ExpectErrors({{steam::UserFolder, "Folder 1: Steam gives no"}});
   script_.folder = nullptr;
-  ExpectErrors({{steam::UserFolder, "GetUserDataFolder 0: Steam gives no"}});
+  ExpectErrors({{steam::UserFolder, "Folder 0: Steam gives no"}});
   script_.hasUser = script_.hasFriends = script_.hasApps = script_.hasStorage = script_.hasHttp =
       false;
   script_.succeeds = true;
   script_.calls.clear();
   EXPECT_FALSE(steam::Session().IsUp());  // the export forgets an earlier session
   EXPECT_EQ(script_.calls, Calls{});
-  static const auto data = BytesOf("data");
   ExpectErrors({
       {steam::PersonaName, "GetPersonaName 0: no Steam"},
-      {steam::AuthTicket, "GetSteamAuthTicket -1: it returned -1"},
-      {steam::AvailableLanguages, "GetAvailableGameLanguages -3: Steam is not"},
-      {steam::CurrentLanguage, "GetCurrentGameLanguage -3:"},
-      {steam::UserFolder, "GetUserDataFolder -3:"},
+      {steam::AuthTicket, "AuthTicket -1: it returned -1"},
+      {steam::AvailableLanguages, "GameLanguages -3: Steam is not"},
+      {steam::CurrentLanguage, "GameLanguage -3:"},
+      {steam::UserFolder, "Folder -3:"},
       {[] { steam::UserFilePath("a"); }, "CatUserFilePath -3:"},
-      {[] { steam::WriteUserFile("a", data); }, "WriteFile -3:"},
-      {[] { steam::WriteCloudFile("a", data); }, "RemoteStorageFileWrite -3:"},
-      {[] { steam::ReadCloudFile("a"); }, "RemoteStorageFileRead -3:"},
-      {[] { steam::DeleteCloudFile("a"); }, "RemoteStorageFileDelete -1:"},
-      {[] { steam::ForgetCloudFile("a"); }, "RemoteStorageFileForget 0:"},
-      {steam::CloudFileNames, "RemoteStorageGetFileCount -1:"},
-      {[] { steam::SetCloudEnabledForApp(true); }, "RemoteStorageSetCloudEnabledForApp 1: no"},
+      {[] { steam::WriteUserFile("a", BytesOf("x")); }, "_WriteFile -3:"},
+      {[] { steam::WriteCloudFile("a", BytesOf("x")); }, "FileWrite -3:"},
+      {[] { steam::ReadCloudFile("a"); }, "FileRead -3:"},
+      {[] { steam::DeleteCloudFile("a"); }, "FileDelete -1:"},
+      {[] { steam::ForgetCloudFile("a"); }, "FileForget 0:"},
+      {steam::CloudFileNames, "GetFileCount -1:"},
+      {[] { steam::SetCloudEnabledForApp(true); }, "ForApp 1: no Steam"},
       {[] { steam::RequestHttp("a"); }, "HTTPRequest -3:"},
   });
 }
@@ -123,7 +114,6 @@ TEST_F(CppFace, OwnsReadsAndRemoves) {
   EXPECT_EQ(Bytes(moved.data(), moved.data() + moved.size()), Bytes(1000));
   EXPECT_EQ(block.size(), 0u);
   QX_Deallocate(face::Block(1).Release());
-  EXPECT_EQ(face::LoadText(face::Label::kForbidden), "Forbidden");
   const face::LibraryInformation information = face::ReadLibraryInformation();
   EXPECT_EQ(information.numbers, (std::array<std::uint32_t, 4>{0, 2, 5, 0}));
   EXPECT_EQ(information.buildName, face::LoadText(10));
@@ -131,13 +121,13 @@ TEST_F(CppFace, OwnsReadsAndRemoves) {
   EXPECT_TRUE(face::SettingsLoad());
   EXPECT_TRUE(face::IsOwnServer("x", face::LoadText(5000)));
   test::WriteFile("user/a", "x");
-  test::WriteFile("user/b", "x");
   face::RemoveFile("user/a");
-  EXPECT_FALSE(std::filesystem::exists("user/a"));
   face::EmptyFolder("user");
-  EXPECT_TRUE(std::filesystem::is_empty("user"));
-  face::RemoveFolder("user");
+  face::RemoveFolder("user");  // throws if the line before has removed it
   EXPECT_FALSE(std::filesystem::exists("user"));
+#ifdef _WIN32
+  EXPECT_NE(face::Arguments().at(0).find("steam_tests"), std::string::npos);
+#endif
 }
 
 TEST_F(CppFace, MakesAndReadsContainers) {
@@ -160,13 +150,11 @@ TEST_F(CppFace, MakesAndReadsContainers) {
 }
 
 TEST_F(CppFace, HandsDataToAClient) {
-  const face::LaunchLine line = face::ReadLaunchLine("\"C:\\client.exe\" 00001a2b00abcdef");
-  EXPECT_EQ(line.program, "\"C:\\client.exe\" ");
-  EXPECT_EQ(line.processId, 0x1A2Bu);
-  EXPECT_EQ(line.dataAddress, 0xABCDEFu);
+  EXPECT_EQ(face::ReadLaunchLine("\"C:\\a.exe\" 00001a2b00abcdef").program, "\"C:\\a.exe\" ");
   EXPECT_EQ(face::RightBytes("xff0a", 2), (Bytes{0xFF, 0x0A}));
   EXPECT_EQ(face::RightBytes("", 0), Bytes());
 
+  // The client uses the wrapper as well.
   const std::string child = test::ProgramBeside("launch_child");
   const Bytes data = test::Pattern(face::kLargestClientData);
   face::RunClient(child, data);
@@ -194,12 +182,9 @@ TEST_F(CppFace, RefusesForgedClientData) {
   };
   ExpectErrors({
       {[=] { read(0xFFFFD); }, "ReadClientData -1005:"},
-#ifndef _WIN32  // there the memory after the page may be readable
-      {[=] { read(0xFFFFC); }, "ReadClientData -1:"},
-#endif
-      {[=] { read(43); }, "Decode 0: no intact"},
+      {[=] { read(43); }, "_Decode 0: no intact"},
       {[=] { read(44); }, "ReadClientData -1: the data are not signed"},
-      {[=] { read(44, 0x7FFFFFFC); }, "ReadClientData -1: the launcher's memory cannot be read: "},
+      {[=] { read(44, 0x7FFFFFFC); }, "-1: the launcher's memory cannot be read: "},
   });
   VirtualFreeEx(self.Get(), page, 0, MEM_RELEASE);
 }
@@ -210,24 +195,22 @@ TEST_F(CppFace, ReadsWhatSteamKnows) {
     const steam::Session session;
     EXPECT_TRUE(session.IsUp());
     for (const std::size_t length : {0u, 255u, 256u, 5000u}) {
-      const std::string texts[] = {std::string(length, 'p'), std::string(length, 'a'),
-                                   std::string(length, 'l'), std::string(length, 'f')};
-      script_.personaName = texts[0].c_str();
-      script_.languages = texts[1].c_str();
-      script_.language = texts[2].c_str();
-      script_.fileName = texts[3].c_str();
-      EXPECT_EQ(steam::PersonaName(), texts[0]);
-      EXPECT_EQ(steam::AvailableLanguages(), texts[1]);
-      EXPECT_EQ(steam::CurrentLanguage(), texts[2]);
-      EXPECT_EQ(steam::CloudFileNames(), std::vector<std::string>(3, texts[3]));
+      const std::string name(length, 'p'), all(length, 'a'), one(length, 'l'), file(length, 'f');
+      script_.personaName = name.c_str();
+      script_.languages = all.c_str();
+      script_.language = one.c_str();
+      script_.fileName = file.c_str();
+      EXPECT_EQ(steam::PersonaName(), name);
+      EXPECT_EQ(steam::AvailableLanguages(), all);
+      EXPECT_EQ(steam::CurrentLanguage(), one);
+      EXPECT_EQ(steam::CloudFileNames(), std::vector<std::string>(3, file));
     }
     EXPECT_EQ(script_.calls.back(), "GetFileNameAndSize 2 0");
   }
   EXPECT_EQ(script_.calls.back(), "Shutdown");
-  for (const std::string& ticket : {std::string(), std::string(2048, 'F')}) {
-    script_.ticket = test::BytesFromHex(ticket);
-    EXPECT_EQ(steam::AuthTicket(), ticket);
-  }
+  EXPECT_EQ(steam::AuthTicket(), "");
+  script_.ticket.assign(1024, 0xFF);
+  EXPECT_EQ(steam::AuthTicket(), std::string(2048, 'F'));
   for (const bool isTrue : {false, true}) {
     script_.succeeds = isTrue;
     script_.steamId = isTrue ? 0x0110000112345678 : 0;
@@ -246,8 +229,7 @@ TEST_F(CppFace, PassesFilesAndRequestsOn) {
     EXPECT_TRUE(steam::ReadUserFile("save") == content);
     EXPECT_TRUE(steam::ReadUserFile("save", content.size()) == content);
   }
-  EXPECT_TRUE(steam::UserFileExists("save"));
-  EXPECT_FALSE(steam::UserFileExists("none"));
+  EXPECT_TRUE(steam::UserFileExists("save") && !steam::UserFileExists("none"));
   EXPECT_EQ(steam::UserFolder(), "user");
   EXPECT_EQ(steam::UserFilePath("a"), "user\\a");
   script_.number = 3;

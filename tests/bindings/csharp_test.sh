@@ -9,7 +9,6 @@ set -euo pipefail
 library=$(realpath "$1") work=$2
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
 
-rm -rf "$work"
 mkdir -p "$work"
 cd "$work"
 mcs -warnaserror+ -warn:4 -out:CallCheck.exe "$root"/{tests/bindings/CallCheck,bindings/csharp/*}.cs
