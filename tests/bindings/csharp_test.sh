@@ -15,9 +15,8 @@ mcs -warnaserror+ -warn:4 -out:CallCheck.exe "$root"/{tests/bindings/CallCheck,b
 # The native library has the plain names.
 {
   printf '<configuration><dllmap dll="LauncherDll.dll" target="%s">\n' "$library"
-  "$root/scripts/make_bindings.py" --list | while IFS=$'\t' read -r decorated name _; do
-    printf '<dllentry dll="%s" name="%s" target="%s"/>\n' "$library" "$decorated" "$name"
-  done
+  sed -n "s|.*EntryPoint = \"\(_\(.*\)@.*\)\",|<dllentry dll=\"$library\" name=\"\1\" target=\"\2\"/>|p" \
+    "$root/bindings/csharp/NativeMethods.cs"
   printf '</dllmap></configuration>\n'
 } >CallCheck.exe.config
 mono CallCheck.exe

@@ -25,13 +25,12 @@ TEST_F(NativeLayer, SplitsCommandLinesAsWindowsDoes) {
   const std::vector<std::string> texts = {R"(C:\a game\p\)", R"(a\\\b)",  "de fg", "h",
                                           R"(a\"b)",         R"(a\\c d)", R"(e\)"};
   EXPECT_EQ(SplitCommandLine(line), texts);
-  EXPECT_TRUE(SplitCommandLine(std::string()).empty());
 }
 
 TEST_F(NativeLayer, RefusesWhatIsNoFileOrProgram) {
   const int firstFree = dup(0);
   close(firstFree);
-  WIN32_FIND_DATAA entry = {};
+  WIN32_FIND_DATAA entry;
   for (const char* const pattern : {"\\\\*.*", "//*.*", "\\\\server\\share\\*.*", "C:\\*.*", "."}) {
     EXPECT_EQ(FindFirstFileA(pattern, &entry), INVALID_HANDLE_VALUE) << pattern;
   }
@@ -39,8 +38,9 @@ TEST_F(NativeLayer, RefusesWhatIsNoFileOrProgram) {
   EXPECT_EQ(OpenProcess(PROCESS_VM_READ, FALSE, 0x7FFFFFFF), nullptr);
   EXPECT_EQ(test::RunProgram("no_program"), -1);
   EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
+  mkfifo("pipe", 0600);
   NewFile file;
-  EXPECT_EQ(mkfifo("pipe", 0600) + file.CreateBeside("pipe"), 0);
+  EXPECT_EQ(file.CreateBeside("pipe"), 0);
   EXPECT_TRUE(MeansThatItExists(file.MoveTo("pipe", NewFile::Existing::kReplaced)));
   file.Abandon();
   EXPECT_EQ(dup(0), firstFree);
