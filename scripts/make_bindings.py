@@ -3,9 +3,6 @@
 
 Usage: scripts/make_bindings.py            write the files below
        scripts/make_bindings.py --check    write nothing; say which of them is stale
-       scripts/make_bindings.py --list     print the table, a line an export and tabs between the
-                                           columns: decorated name, name, result, each argument's
-                                           type
 
     bindings/python/launcher_dll/_exports.py
     bindings/csharp/NativeMethods.cs
@@ -156,18 +153,11 @@ def csharp_text(exports):
     return "\n".join(lines) + "\n    }\n}\n"
 
 
-def list_text(exports):
-    return "".join("\t".join([e.decorated, e.name, e.returns] + e.types()) + "\n" for e in exports)
-
-
 def main():
-    if sys.argv[1:] not in ([], ["--check"], ["--list"]):
+    if sys.argv[1:] not in ([], ["--check"]):
         print(__doc__, end="")
         sys.exit(0 if sys.argv[1:] == ["--help"] else 2)
     exports = read_table()
-    if sys.argv[1:] == ["--list"]:
-        sys.stdout.write(list_text(exports))
-        return
     header = (ROOT / HEADER).read_text(encoding="utf-8")
     version = re.search(r'^#define QX_VERSION "(.*)"$', header, re.MULTILINE)[1]
     faults = []

@@ -34,7 +34,6 @@ internal static class CallCheck
         Expect("data", () => LauncherDll.Decode(signed, null, Marker.Require));
         Expect("file_cipher_decode 7", () => LauncherDll.Decode(bare, null, Marker.Require));
         Expect("file_cipher_decode 7", () => LauncherDll.Decode(bare, data));
-        Expect("file_cipher_encode 7", () => LauncherDll.Encode(new byte[0]));
         Expect("QX_LoadStringToMemory -4", () => LauncherDll.LoadText(1));
         SystemInformation record = LauncherDll.ReadSystemInformation();
         Expect("0 2 5 0", () => string.Join(" ", record.Numbers));

@@ -39,62 +39,27 @@ TEST_F(CppFace, ReportsEachFailure) {
   static Bytes small(43);
   const std::string missing = std::system_category().message(2) + " (system error 2)";
   ExpectErrors({
-      {[] { face::Encode({}); }, "cipher_encode 7: the payload is empty"},
-      {[] { face::EncodeTo(small, BytesOf("x")); }, "cipher_encode 7: the output"},
-      {[] { face::ContainerSize(0x80000000); }, "get_encode_size 0: the payload"},
-      {[] { face::Decode(small, Bytes(4)); }, "cipher_decode 7: no intact"},
-      {[] { face::Decode(small, Bytes(56)); }, "cipher_decode 7: no intact"},
-      {[] { face::Decode(small, Bytes(3)); }, "cipher_decode 7: a key"},
-      {[] { face::Decode(small, Bytes(57)); }, "cipher_decode 7: a key"},
+      {[] { face::Encode({}); }, "encode 7: the payload is empty"},
+      {[] { face::EncodeTo(small, BytesOf("x")); }, "encode 7: the output"},
+      {[] { face::ContainerSize(0x80000000); }, "encode_size 0: the payload"},
+      {[] { face::Decode(small, Bytes(4)); }, "decode 7: no intact"},
+      {[] { face::Decode(small, Bytes(56)); }, "decode 7: no intact"},
+      {[] { face::Decode(small, Bytes(3)); }, "decode 7: a key"},
+      {[] { face::Decode(small, Bytes(57)); }, "decode 7: a key"},
       {[] { face::Block(0); }, "Allocate -2: an argument"},
-      {[] { face::LoadText(1); }, "LoadStringToMemory -4: not found"},
+      {[] { face::LoadText(1); }, "ToMemory -4: not found"},
       {[] { face::Decode({}); }, "_Decode -1005: the size is not"},
-      {[] { face::Decode(small); }, "_Decode 0: no intact"},
       {[] { face::ReadClientData(nullptr); }, "RightAddress -1: the text"},
       {[] { face::ReadLaunchLine("x00abcdef"); }, "RightDWORD -1: the text"},
       {[] { face::RightBytes("ff0", 2); }, "RightBinary -1: the text"},
-      {[] { face::ReadClientData("7ffffffc00010000"); },
-       "-1: the launcher's memory cannot be read: "},
-      {[] { face::RunClient("none"); }, "CreateProcess -1: " + missing},
-      {[] { face::RunClient(std::string(2029, 'x')); }, "CreateProcess -1: the client"},
-      {[] { face::RemoveFile("none"); }, "RemoveFile -1: " + missing},
-      {[] { face::RemoveFolder("none"); }, "RemoveDirectory -1: " + missing},
-      {[] { face::RemoveFolder(""); }, "RemoveDirectory -1: the path"},
+      {[] { face::ReadClientData("7ffffffc00010000"); }, "-1: the launcher's memory cannot be"},
+      {[] { face::RunClient("none"); }, "Process -1: " + missing},
+      {[] { face::RemoveFile("none"); }, "File -1: " + missing},
+      {[] { face::RemoveFolder("none"); }, "Directory -1: " + missing},
+      {[] { face::RemoveFolder(""); }, "Directory -1: the path"},
   });
   EXPECT_THROW(face::DecodeInPlace({small.data(), 0x80000000}), std::length_error);
   EXPECT_THROW(face::RunClient("a", Bytes(face::kLargestClientData + 1)), std::length_error);
-}
-
-TEST_F(CppFace, ReportsWhatSteamRefuses) {
-  test::WriteFile("empty", "");
-  script_.folder = ".";
-  script_.succeeds = false;
-  ExpectErrors({
-      {[] { steam::ReadUserFile("a", 0); }, "_ReadFile -2:"},
-      {[] { steam::ReadUserFile("a"); }, "_ReadFile -4:"},
-      {[] { steam::ReadUserFile("empty"); }, "_ReadFile -1002: the file could not be read"},
-      {[] { steam::ReadCloudFile("a"); }, "FileRead 0: no such"},
-  });
-  script_.terminatesFolder = false;
-  ExpectErrors({{steam::UserFolder, "Folder 1: Steam gives no"}});
-  script_.folder = nullptr;
-  ExpectErrors({{steam::UserFolder, "Folder 0: Steam gives no"}});
-  script_.hasUser = script_.hasFriends = script_.hasApps = script_.hasStorage = false;
-  script_.succeeds = true;
-  script_.calls.clear();
-  EXPECT_FALSE(steam::Session().IsUp());  // the export forgets an earlier session
-  EXPECT_EQ(script_.calls, Calls{});
-  ExpectErrors({
-      {steam::PersonaName, "GetPersonaName 0: no Steam"},
-      {steam::AuthTicket, "AuthTicket -1: it returned -1"},
-      {steam::AvailableLanguages, "GameLanguages -3: Steam is not"},
-      {steam::CurrentLanguage, "GameLanguage -3:"},
-      {steam::UserFolder, "Folder -3:"},
-      {[] { steam::UserFilePath("a"); }, "CatUserFilePath -3:"},
-      {[] { steam::WriteUserFile("a", BytesOf("x")); }, "_WriteFile -3:"},
-      {[] { steam::ReadCloudFile("a"); }, "FileRead -3:"},
-      {steam::CloudFileNames, "GetFileCount -1:"},
-  });
 }
 
 TEST_F(CppFace, OwnsReadsAndRemoves) {
@@ -106,8 +71,7 @@ TEST_F(CppFace, OwnsReadsAndRemoves) {
   const face::LibraryInformation information = face::ReadLibraryInformation();
   EXPECT_EQ(information.numbers, (std::array<std::uint32_t, 4>{0, 2, 5, 0}));
   EXPECT_EQ(information.buildName + information.vendorName, face::LoadText(10) + face::LoadText(0));
-  EXPECT_TRUE(face::SettingsLoad());
-  EXPECT_TRUE(face::IsOwnServer("x", face::LoadText(5000)));
+  EXPECT_TRUE(face::SettingsLoad() && face::IsOwnServer("x", face::LoadText(5000)));
   std::filesystem::create_directory("folder");
   test::WriteFile("file", "");
   face::RemoveFile("file");
@@ -124,10 +88,8 @@ TEST_F(CppFace, MakesAndReadsContainers) {
   const std::string key = face::LoadText(11000), marker = face::LoadText(11001);
   EXPECT_EQ(face::Sign({}), test::BytesOf(marker));
   for (const Bytes& payload : {data, face::Sign(data)}) {
-    Bytes area(200, 0xEE);  // in place, and with room to spare
-    std::copy(payload.begin(), payload.end(), area.begin() + face::kPayloadOffset);
-    const face::ByteSpan made =
-        face::EncodeTo(area, face::ConstByteSpan(area).Part(face::kPayloadOffset, payload.size()));
+    Bytes area(200);  // with room to spare
+    const face::ByteSpan made = face::EncodeTo(area, payload);
     const Bytes container(made.begin(), made.end());
     EXPECT_EQ(face::Encode(payload), container);
     EXPECT_EQ(face::Decode(container), payload);
@@ -177,16 +139,14 @@ TEST_F(CppFace, ReadsWhatSteamKnows) {
   script_.number = 3;
   {
     const steam::Session session;
+    // The exports report a long text in different ways.
     for (const std::size_t length : {0u, 255u, 256u, 5000u}) {
-      const std::string name(length, 'p'), all(length, 'a'), one(length, 'l'), file(length, 'f');
-      script_.personaName = name.c_str();
-      script_.languages = all.c_str();
-      script_.language = one.c_str();
-      script_.fileName = file.c_str();
-      EXPECT_EQ(steam::PersonaName(), name);
-      EXPECT_EQ(steam::AvailableLanguages(), all);
-      EXPECT_EQ(steam::CurrentLanguage(), one);
-      EXPECT_EQ(steam::CloudFileNames(), std::vector<std::string>(3, file));
+      const std::string text(length, 'x');
+      script_.personaName = script_.languages = script_.language = script_.fileName = text.c_str();
+      EXPECT_EQ(steam::PersonaName(), text);
+      EXPECT_EQ(steam::AvailableLanguages(), text);
+      EXPECT_EQ(steam::CurrentLanguage(), text);
+      EXPECT_EQ(steam::CloudFileNames(), std::vector<std::string>(3, text));
     }
     EXPECT_EQ(script_.calls.back(), "GetFileNameAndSize 2 0");
   }
@@ -205,7 +165,7 @@ TEST_F(CppFace, ReadsWhatSteamKnows) {
   }
 }
 
-TEST_F(CppFace, PassesFilesAndRequestsOn) {
+TEST_F(CppFace, ReadsAndWritesFiles) {
   script_.folder = ".";
   // A file ends in bytes of either fill. The first buffer has 65,536 bytes.
   for (const Bytes& content : {Bytes(0x10001, 0x00), Bytes(0x10000, 0xFF)}) {
@@ -217,20 +177,49 @@ TEST_F(CppFace, PassesFilesAndRequestsOn) {
   EXPECT_EQ(steam::UserFolder() + ' ' + steam::UserFilePath("a"), ". .\\a");
   script_.number = 3;
   EXPECT_EQ(steam::ReadCloudFile("name"), Bytes(3, 'r'));
-  script_.calls.clear();
+  script_.number = 0;
+  script_.succeeds = false;
+  test::WriteFile("empty", "");
+  ExpectErrors({{[] { steam::ReadUserFile("a", 0); }, "_ReadFile -2:"},
+                {[] { steam::ReadUserFile("a"); }, "_ReadFile -4:"},
+                {[] { steam::ReadUserFile("empty"); }, "_ReadFile -1002: the file"},
+                {[] { steam::ReadCloudFile("a"); }, "FileRead 0: no such"}});
+  script_.terminatesFolder = false;
+  ExpectErrors({{steam::UserFolder, "Folder 1: Steam gives no"}});
+  script_.folder = nullptr;
+  ExpectErrors({{steam::UserFolder, "Folder 0: Steam gives no"}});
+}
+
+TEST_F(CppFace, PassesCallsOnAndNeedsSteam) {
+  script_.folder = ".";
   const Rows rows = {
       {[] { steam::WriteCloudFile("n", BytesOf("data")); }, "FileWrite -3:"},
       {[] { steam::DeleteCloudFile("n"); }, "FileDelete -1:"},
       {[] { steam::ForgetCloudFile("n"); }, "FileForget 0:"},
       {[] { steam::SetCloudEnabledForApp(true); }, "ForApp 1: no Steam"},
-      {[] { steam::RequestHttp("url", steam::HttpMethod::kPost, "text/plain", BytesOf("body")); },
-       "HTTPRequest -3:"}};
+      {[] { steam::RequestHttp("u", steam::HttpMethod::kPost, "t", BytesOf("b")); },
+       "HTTPRequest -3:"},
+      {steam::PersonaName, "PersonaName 0: no Steam"},
+      {steam::AuthTicket, "AuthTicket -1: it returned -1"},
+      {steam::AvailableLanguages, "GameLanguages -3: Steam is not"},
+      {steam::CurrentLanguage, "GameLanguage -3:"},
+      {steam::UserFolder, "Folder -3:"},
+      {[] { steam::UserFilePath("a"); }, "UserFilePath -3:"},
+      {[] { steam::WriteUserFile("a", BytesOf("x")); }, "_WriteFile -3:"},
+      {[] { steam::ReadCloudFile("a"); }, "FileRead -3:"},
+      {steam::CloudFileNames, "FileCount -1:"},
+  };
+  EXPECT_TRUE(steam::Session().IsUp());
+  script_.calls.clear();
   for (const auto& [call, error] : rows) call();
   script_.calls.resize(6);
-  EXPECT_EQ(script_.calls,
-            (Calls{"FileWrite n data 4", "FileDelete n", "FileForget n", "SetCloudEnabledForApp 1",
-                   "Create 3 url", "SetBody 1 text/plain body"}));
+  EXPECT_EQ(script_.calls, (Calls{"FileWrite n data 4", "FileDelete n", "FileForget n",
+                                  "SetCloudEnabledForApp 1", "Create 3 u", "SetBody 1 t b"}));
+  script_.hasUser = script_.hasFriends = script_.hasApps = false;
   script_.hasStorage = script_.hasHttp = false;
+  script_.calls.clear();
+  EXPECT_FALSE(steam::Session().IsUp());  // the export forgets the earlier session
+  EXPECT_EQ(script_.calls, Calls{});
   ExpectErrors(rows);
 }
 

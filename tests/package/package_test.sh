@@ -20,7 +20,7 @@ if [ "${4:-}" = run ]; then
 fi
 
 rm -rf "$work"
-mkdir -p "$work/archives"
+mkdir -p "$work"
 cd "$work"
 trap '[ "$?" -eq 0 ] || cat "$work/log"' EXIT
 cmake --install "$build" --prefix package >log
@@ -40,8 +40,8 @@ cp -r package as_typed
 
 # One archive holds what was installed, and at least what the package's page lists; the other one the
 # symbols.
-(cd archives && cpack --config "$build/CPackConfig.cmake" -B "$PWD" >../log &&
-  sha256sum --quiet --check ./*.sha256)
+cpack --config "$build/CPackConfig.cmake" -B "$work/archives" >log
+(cd archives && sha256sum --quiet --check ./*.sha256)
 name=LauncherDll-$version-windows-x86
 python3 -m zipfile -e "archives/$name.zip" .
 python3 -m zipfile -e "archives/$name-symbols.zip" symbols
@@ -49,7 +49,5 @@ diff <(cd package && find . -name '*.debug' | sort) <(cd "symbols/$name" && find
 rm package/{bin,steam-stand-in}/*.debug
 diff -r package "$name"
 cd "$name"
-sed -n 's/^| \(`[^-*][^|]*\).*/\1/p' README.md | tr -d '`,' | xargs ls -d \
-  steam-stand-in/steam_api.dll bindings/{python/launcher_dll/_exports.py,csharp/NativeMethods.cs} \
-  >../log
+sed -n 's/^| \(`[^-*][^|]*\).*/\1/p' README.md | tr -d '`,' | xargs ls -d steam-stand-in/*.dll >../log
 [ "$(grep -c versionInfo LauncherDll.spdx.json)" -gt 4 ]
