@@ -31,6 +31,7 @@ internal static class CallCheck
         Expect(marker, () => LauncherDll.Sign(new byte[0]));
         Expect(marker + "data", () => LauncherDll.Decode(signed));
         Expect("data", () => LauncherDll.Decode(bare, null, Marker.Strip));
+        Expect("data", () => LauncherDll.Decode(signed, null, Marker.Strip));
         Expect("data", () => LauncherDll.Decode(signed, null, Marker.Require));
         Expect("file_cipher_decode 7", () => LauncherDll.Decode(bare, null, Marker.Require));
         Expect("file_cipher_decode 7", () => LauncherDll.Decode(bare, data));

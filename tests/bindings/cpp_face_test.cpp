@@ -89,14 +89,14 @@ TEST_F(CppFace, MakesAndReadsContainers) {
   EXPECT_EQ(face::Sign({}), test::BytesOf(marker));
   for (const Bytes& payload : {data, face::Sign(data)}) {
     Bytes area(200);  // with room to spare
-    const face::ByteSpan made = face::EncodeTo(area, payload);
+    const auto made = face::EncodeTo(area, payload);
     const Bytes container(made.begin(), made.end());
     EXPECT_EQ(face::Encode(payload), container);
     EXPECT_EQ(face::Decode(container), payload);
-    EXPECT_EQ(face::Decode(container, BytesOf(key)), payload);
     EXPECT_EQ(face::Decode(container, face::Marker::kSkip), data);
     EXPECT_EQ(face::Decode(container, BytesOf(key), marker.c_str()), data);
-    EXPECT_EQ(face::DecodeInPlace(made, face::Marker::kSkip)->hadMarker, payload != data);
+    const auto found = face::DecodeInPlace(made, face::Marker::kSkip)->payload;
+    EXPECT_EQ(Bytes(found.begin(), found.end()), data);
   }
 }
 
