@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""docs_test.py ROOT: finds a page with a broken link, or with code or output that is no longer true,
-and a wrong label in the C++ wrapper. The site's own build finds the rest."""
+"""docs_test.py ROOT: finds a broken link, code or output that is no longer true, and a wrong label in
+the C++ wrapper. The site's own build finds the rest."""
 
 import json
 import os
@@ -49,7 +49,7 @@ class Documents(unittest.TestCase):
         for name in ("README.md", "docs/package.md", "docs/index.md"):
             self.assertIn(code, blocks("c", name))
 
-    def test_bfbr_prints_what_the_first_page_shows(self):
+    def test_bfbr_prints_what_is_shown(self):
         shown = blocks("text", "README.md")[0]
         script = "".join(f"printf '$ %s\\n' {shlex.quote(line)}\n{line} || :\n"
                          for line in re.findall(r"^\$ (.*)$", shown, re.M))
@@ -75,7 +75,7 @@ class Documents(unittest.TestCase):
         for number, name in re.findall(r"\b(\d{4}) ([A-Z]\w+_\w+)", text_of("include/launcher_dll.h")):
             self.assertEqual(labels[number], name.replace("_", "").lower())
 
-    def test_the_reader_agrees_with_every_vector(self):
+    def test_the_reader_reads_every_vector(self):
         for vector in json.loads(text_of("docs/container-vectors.json"))["vectors"]:
             for whole in (False, True):
                 is_read = vector["verdict"] in ("valid", "delivered whole" if whole else "")

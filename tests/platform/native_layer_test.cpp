@@ -1,14 +1,17 @@
 // The native layer, if it could differ from Windows without another test noticing: backslashes
-// before quotes, paths of the network that would lead to the root, and a pipe that a file replaces.
+// before quotes, paths of the network that would lead to the root, a process that stays, and a pipe
+// that a file replaces.
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "platform/new_file.h"
 #include "platform/posix/command_line.h"
 #include "platform/win32.h"
 #include "support/scratch_directory.h"
+#include "support/system.h"
 
 namespace launcher::posix {
 namespace {
@@ -24,14 +27,17 @@ TEST_F(NativeLayer, SplitsCommandLinesAsWindowsDoes) {
   EXPECT_EQ(SplitCommandLine(line), texts);
 }
 
-TEST_F(NativeLayer, RefusesWhatIsNoFile) {
+TEST_F(NativeLayer, RefusesWhatIsNone) {
   const int firstFree = dup(0);
   close(firstFree);
   WIN32_FIND_DATAA entry;
   for (const char* const pattern : {"\\\\*.*", "//*.*", "\\\\server\\share\\*.*", "C:\\*.*", "."}) {
-    EXPECT_EQ(FindFirstFileA(pattern, &entry), INVALID_HANDLE_VALUE) << pattern;
+    EXPECT_EQ(FindFirstFileA(pattern, &entry), INVALID_HANDLE_VALUE);
   }
   EXPECT_EQ(_fsopen(".", "r", _SH_DENYNO), nullptr);
+  EXPECT_EQ(OpenProcess(PROCESS_VM_READ, FALSE, 0x7FFFFFFF), nullptr);
+  EXPECT_EQ(test::RunProgram("none"), -1);
+  EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
   mkfifo("pipe", 0600);
   NewFile file;
   EXPECT_EQ(file.CreateBeside("pipe"), 0);
