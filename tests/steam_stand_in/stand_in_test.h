@@ -8,7 +8,6 @@
 #include <filesystem>
 #include <string>
 
-#include "platform/steam_api.h"
 #include "steam_stand_in/stand_in.h"
 #include "support/data_file.h"
 #include "support/scratch_directory.h"
