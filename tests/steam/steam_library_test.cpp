@@ -43,7 +43,7 @@ TEST_F(SteamLibrary, IsTakenFromTheFoldersOfTheProgramAndTheLibraryOnly) {
     copy(LAUNCHER_LIBRARY, library);
     copy(steam, folder);
     test::SetLibraryPath(fs::absolute(path).string());
-    EXPECT_EQ(test::RunProgram('"' + program.string() + '"'), isFound) << library << folder;
+    EXPECT_EQ(test::RunProgram('"' + program.string() + '"'), isFound);
   }
   test::SetLibraryPath("");
 }

@@ -55,14 +55,14 @@ TEST_F(UserDataFiles, FailOnWhatIsNoFileOrDoesNotFit) {
   test::WriteFile("user/huge", "");
   // More than 31 bits; the file takes no room until it is written.
   std::error_code failed;
-  fs::resize_file("user/huge", std::uintmax_t{1} << 32, failed);
+  fs::resize_file("user/huge", std::uintmax_t{1} << 31, failed);
   const GuardedBuffer buffer(5000);
   EXPECT_EQ(QX_SteamAPI_IsFileExist("folder"), 1);
   EXPECT_EQ(Read("empty", buffer), QX_READ_FAILED);
   EXPECT_TRUE(failed || Read("huge", buffer) == QX_READ_FAILED);
   // Which of the two depends on whether the system reports a size for a folder.
   const ResultCode ofFolder = Read("folder", buffer);
-  EXPECT_TRUE(ofFolder == QX_OPEN_FAILED || ofFolder == QX_READ_FAILED) << ofFolder;
+  EXPECT_TRUE(ofFolder == QX_OPEN_FAILED || ofFolder == QX_READ_FAILED);
   EXPECT_TRUE(buffer.IsUntouched());
   EXPECT_EQ(QX_SteamAPI_WriteFile("folder", "data", 4), QX_OPEN_FAILED);
   EXPECT_EQ(QX_SteamAPI_WriteFile("no such folder\\save", "data", 4), QX_OPEN_FAILED);
