@@ -30,6 +30,7 @@ TEST(Redirects, KeepASecretAndTheLimits) {
     EXPECT_EQ(exchanges.size(), count);
   }
   EXPECT_LE(exchanges.back().requestMs, 60'000u - 2 * 10);
+  EXPECT_EQ(exchanges.back().connectMs, exchanges.back().requestMs);
 }
 
 }  // namespace stand_in
@@ -108,7 +109,7 @@ TEST_F(StandInHttp, SendsWhatIsAskedAndHasWholeResponsesOnly) {
     {kGet, "/gzip", kText},
     // The server is also the proxy. Only this machine's own names are reached without it.
     {kGet, "http://1278.8/path", "http://1278.8/path"},
-    {kGet, "http://LocalHost:1/path", kFailed},
+    {kGet, "http://LocalHost:1/echo", kFailed},
 #endif
   };
   for (const auto& [method, url, body] : cases) {
@@ -133,7 +134,7 @@ TEST_F(StandInHttp, RefusesWrongArguments) {
   EXPECT_EQ(Http().CreateHTTPRequest(kGet, nullptr), 0u);
   for (const char* const url :
        {"a.example", "ftp://a", "http:///a", "http://:80/", "http://?a", "http://user@a/",
-        " http://a", "http://a\\b", "http://a/\x7F", "http://a/\xC3\xA4"}) {
+        "http://a b", "http://a\\b", "http://a/\x7F", "http://a/\xC3\xA4"}) {
     EXPECT_EQ(Create(kGet, url), 0u) << url;
   }
   EXPECT_NE(Create(kGet, "http://a?b/c@d~#e f"), 0u);
@@ -166,9 +167,7 @@ TEST_F(StandInHttp, NumbersItsRequestsAndHas64) {
   EXPECT_TRUE(Http().SendHTTPRequest(first, &call));
   EXPECT_EQ(call, 2u);
   EXPECT_EQ(Length(first, "X-Zon"), kUntouched);
-  EXPECT_EQ(Length(first, nullptr), kUntouched);
   EXPECT_EQ(Length(first, "x-zONE"), 5u);  // without the blanks around it
-  EXPECT_FALSE(Http().GetHTTPResponseHeaderSize(first, "X-Zone", nullptr));
   std::uint8_t buffer[22] = {};
   EXPECT_FALSE(Http().GetHTTPResponseBodyData(first, buffer, 20));
   EXPECT_FALSE(Http().GetHTTPResponseBodyData(first, buffer, 22));
