@@ -92,8 +92,7 @@ TEST_F(CppFace, ReportsWhatSteamRefuses) {
   ExpectErrors({{steam::UserFolder, "GetUserDataFolder 1: Steam gives no"}});
   script_.folder = nullptr;
   ExpectErrors({{steam::UserFolder, "GetUserDataFolder 0: Steam gives no"}});
-  script_.hasUser = script_.hasFriends = script_.hasApps = script_.hasStorage = script_.hasHttp =
-      false;
+  script_.hasInterfaces = false;
   script_.succeeds = true;
   script_.calls.clear();
   EXPECT_FALSE(steam::Session().IsUp());  // the export forgets an earlier session
