@@ -452,8 +452,9 @@ QX_API int32_t QX_CALL QX_SteamAPI_IsFileExist(const char* fileName);
  *
  * Returns 0; QX_BAD_ARGUMENT if a pointer is null, capacity is 0 or the file is larger than
  * capacity, and then reads nothing; QX_NO_STEAM; QX_FAILED if Steam returns no folder or the path
- * is too long; QX_NOT_FOUND if the file does not exist; QX_READ_FAILED if the file is empty or
- * cannot be read completely; QX_OPEN_FAILED. The function does not report the file's size. */
+ * is too long; QX_NOT_FOUND if the file does not exist; QX_READ_FAILED if the file is empty, has
+ * 2 GiB or more, or cannot be read completely; QX_OPEN_FAILED. The function does not report the
+ * file's size. */
 QX_API ResultCode QX_CALL QX_SteamAPI_ReadFile(const char* fileName, void* buffer,
                                                uint32_t capacity);
 

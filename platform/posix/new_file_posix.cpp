@@ -107,17 +107,14 @@ SystemError NewFile::MoveTo(const SystemPath& place, Existing existing) {
   const bool isClosed = close(descriptor) == 0;
   if (const SystemError error = ErrorOf("close", [&] { return isClosed ? 0 : -1; })) return error;
 
-  // Without a temporary name any more, Abandon has nothing to remove.
-  if (temporary_ == place) {
-    temporary_.clear();
-    return 0;
+  if (temporary_ != place) {
+    const SystemError error = ErrorOf("rename", [&] {
+      return replaces ? std::rename(temporary_.c_str(), place.c_str())
+                      : RenameWithoutReplacing(temporary_.c_str(), place.c_str());
+    });
+    if (error != 0) return error;
   }
-  const SystemError error = ErrorOf("rename", [&] {
-    return replaces ? std::rename(temporary_.c_str(), place.c_str())
-                    : RenameWithoutReplacing(temporary_.c_str(), place.c_str());
-  });
-  if (error != 0) return error;
-  temporary_.clear();
+  temporary_.clear();  // Abandon has nothing to remove any more
   if (isFlushed_) FlushDirectoryOf(place);
   return 0;
 }

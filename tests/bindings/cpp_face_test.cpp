@@ -215,8 +215,7 @@ TEST_F(CppFace, PassesCallsOnAndNeedsSteam) {
   script_.calls.resize(6);
   EXPECT_EQ(script_.calls, (Calls{"FileWrite n data 4", "FileDelete n", "FileForget n",
                                   "SetCloudEnabledForApp 1", "Create 3 u", "SetBody 1 t b"}));
-  script_.hasUser = script_.hasFriends = script_.hasApps = false;
-  script_.hasStorage = script_.hasHttp = false;
+  script_.hasInterfaces = false;
   script_.calls.clear();
   EXPECT_FALSE(steam::Session().IsUp());  // the export forgets the earlier session
   EXPECT_EQ(script_.calls, Calls{});

@@ -43,17 +43,17 @@ TEST_F(HttpRequest, PrintsTheResponse) {
                                   "GetHeaderSize 1 Content-Length", "GetBody 1 5", "Release 1"}));
   Respond("");
   EXPECT_EQ(Printed(), "Response: \n");
-  Respond(std::string("up to\0the NUL", 13));
-  EXPECT_EQ(Printed(), "Response: up to\n");
-  Respond(std::string(100000, 'x') + "%s");
-  EXPECT_EQ(Printed(), "Response: " + std::string(100000, 'x') + "%s\n");
+  Respond(std::string("%s\0after the NUL", 16));
+  EXPECT_EQ(Printed(), "Response: %s\n");
 }
 
 TEST_F(HttpRequest, SendsABodyWithACompletePostOnly) {
   const std::tuple<std::int32_t, const char*, const char*, std::uint32_t, bool> cases[] = {
-      {3, "text/plain", "data", 4, true},   {3, nullptr, "data", 4, false},
-      {3, "text/plain", nullptr, 4, false}, {3, "text/plain", "data", 0, false},
-      {4, "text/plain", "data", 4, false},  {0x103, "text/plain", "data", 4, false}};
+      {3, "text/plain", "data", 4, true},
+      {3, nullptr, "data", 4, false},
+      {3, "text/plain", nullptr, 4, false},
+      {3, "text/plain", "data", 0, false},
+      {4, "text/plain", "data", 4, false}};
   for (const auto& [method, contentType, body, bodyLength, isSent] : cases) {
     Printed(method, contentType, body, bodyLength);
     EXPECT_EQ(script_.calls[0], "Create " + std::to_string(method) + " http://host/");
@@ -79,7 +79,7 @@ TEST_F(HttpRequest, IsReleasedWhateverFails) {
 
 TEST_F(HttpRequest, NeedsSteamAndThenAUrl) {
   EXPECT_EQ(QX_SteamAPI_HTTPRequest(nullptr, 1, nullptr, nullptr, 0), QX_BAD_ARGUMENT);
-  script_.hasHttp = false;
+  script_.hasInterfaces = false;
   EXPECT_EQ(QX_SteamAPI_HTTPRequest(nullptr, 1, nullptr, nullptr, 0), QX_NO_STEAM);
   EXPECT_EQ(script_.calls, Calls{});
 }

@@ -1,6 +1,7 @@
 #include "steam/scripted_steam.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 #include <sstream>
 #include <string_view>
@@ -46,11 +47,8 @@ class Steam final : public ISteamUser,
   bool GetUserDataFolder(char* buffer, int capacity) override {
     if (!Give(script.folder != nullptr, "GetUserDataFolder", capacity)) return false;
     const auto size = static_cast<std::size_t>(capacity);
-    if (!script.terminatesFolder) {
-      std::memset(buffer, 'f', size);
-    } else if (std::strlen(script.folder) < size) {
-      std::strcpy(buffer, script.folder);
-    }
+    std::snprintf(buffer, size, "%s", script.folder);
+    if (!script.terminatesFolder) std::memset(buffer, 'f', size);
     return true;
   }
 
@@ -76,20 +74,14 @@ class Steam final : public ISteamUser,
   bool FileForget(const char* name) override { return Give(script.succeeds, "FileForget", name); }
   bool FileDelete(const char* name) override { return Give(script.succeeds, "FileDelete", name); }
   bool FileExists(const char* name) override { return Give(script.succeeds, "FileExists", name); }
-  std::int32_t GetFileSize(const char* name) override {
-    return Give(script.number, "GetFileSize", name);
-  }
+  std::int32_t GetFileSize(const char* name) override { return Give(script.number, "Size", name); }
   std::int32_t GetFileCount() override { return Give(script.number); }
   const char* GetFileNameAndSize(int index, std::int32_t* size) override {
     return Give(script.fileName, "GetFileNameAndSize", index, *size);
   }
-  bool IsCloudEnabledForAccount() override {
-    return Give(script.succeeds, "IsCloudEnabledForAccount");
-  }
-  bool IsCloudEnabledForApp() override { return Give(script.succeeds, "IsCloudEnabledForApp"); }
-  void SetCloudEnabledForApp(std::int32_t enabled) override {
-    Note("SetCloudEnabledForApp", enabled);
-  }
+  bool IsCloudEnabledForAccount() override { return Give(script.succeeds, "ForAccount"); }
+  bool IsCloudEnabledForApp() override { return Give(script.succeeds, "ForApp"); }
+  void SetCloudEnabledForApp(std::int32_t on) override { Note("SetCloudEnabledForApp", on); }
 
   std::uint32_t CreateHTTPRequest(int method, const char* url) override {
     const auto request = Give(1U, "Create", method, url);
@@ -122,6 +114,8 @@ class Steam final : public ISteamUser,
 
 Steam steam;
 
+Steam* Interface() { return Give(script.hasInterfaces) ? &steam : nullptr; }
+
 }  // namespace
 }  // namespace launcher::test
 
@@ -139,12 +133,10 @@ bool STEAM_API_CALL SteamAPI_RestartAppIfNecessary(std::uint32_t appId) {
   return Give(script.succeeds, "Restart", appId);
 }
 
-ISteamUser* STEAM_API_CALL SteamUser() { return Give(script.hasUser) ? &steam : nullptr; }
-ISteamFriends* STEAM_API_CALL SteamFriends() { return Give(script.hasFriends) ? &steam : nullptr; }
-ISteamApps* STEAM_API_CALL SteamApps() { return Give(script.hasApps) ? &steam : nullptr; }
-ISteamRemoteStorage* STEAM_API_CALL SteamRemoteStorage() {
-  return Give(script.hasStorage) ? &steam : nullptr;
-}
-ISteamHTTP* STEAM_API_CALL SteamHTTP() { return Give(script.hasHttp) ? &steam : nullptr; }
+ISteamUser* STEAM_API_CALL SteamUser() { return Interface(); }
+ISteamFriends* STEAM_API_CALL SteamFriends() { return Interface(); }
+ISteamApps* STEAM_API_CALL SteamApps() { return Interface(); }
+ISteamRemoteStorage* STEAM_API_CALL SteamRemoteStorage() { return Interface(); }
+ISteamHTTP* STEAM_API_CALL SteamHTTP() { return Interface(); }
 
 }  // extern "C"

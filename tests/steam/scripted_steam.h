@@ -15,13 +15,7 @@
 namespace launcher::test {
 
 struct SteamScript {
-  // The interfaces that exist.
-  bool hasUser = true;
-  bool hasFriends = true;
-  bool hasApps = true;
-  bool hasStorage = true;
-  bool hasHttp = true;
-
+  bool hasInterfaces = true;
   bool succeeds = true;  // the result of each function that returns yes or no
 
   std::uint64_t steamId = 0;

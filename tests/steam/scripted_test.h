@@ -5,9 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
-
 #include "launcher_dll.h"
 #include "steam/scripted_steam.h"
 #include "support/guarded_buffer.h"

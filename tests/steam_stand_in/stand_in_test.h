@@ -5,10 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <string>
-
-#include "platform/steam_api.h"
 #include "steam_stand_in/stand_in.h"
 #include "support/data_file.h"
 #include "support/scratch_directory.h"

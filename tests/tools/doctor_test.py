@@ -99,7 +99,7 @@ LOADING = {
 # Arguments, exit status, what is printed. Catches: a status that changes, a command that is not named.
 COMMANDS = [
     (["frobnicate"], 3, "frobnicate"), (["config"], 3, "subcommand"), (["bundle"], 3, "OUT"),
-    (["--jsom"], 3, "--jsom"), (["--config", "no.json"], 3, "no.json does not exist"),
+    (["--jsom"], 3, "--jsom"), (["--config", "config.json"], 3, "config.json does not exist"),
     (["config", "repair", "--config", "no.json"], 3, "no.json"), (["--help"], 0, '"config repair" changes'),
     (["-V"], 0, "doctor "), (["explain"], 3, "FUNCTION"), (["explain", "QX_Encod"], 3, "QX_Encod"),
     (["explain", "QX_Encode", "many"], 3, "many"), (["explain", "QX_Encode", "4294967296"], 3, "4294967296"),

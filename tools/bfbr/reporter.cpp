@@ -132,7 +132,10 @@ void Reporter::Emit(const std::string& text) {
 }
 
 void Reporter::FlushReport() {
-  if (report_.empty() || !canWriteReport_) return;
+  // A report in a file can be empty: with -q it names only the files that failed. After an
+  // interrupt an empty one would say that none did.
+  const bool isNone = report_.empty() && (!ReportGoesToFile() || exitCode_ == kInterruptedExitCode);
+  if (isNone || !canWriteReport_) return;
   PrintLine("");
   SystemError error = 0;
   if (!ReportGoesToFile()) {

@@ -25,7 +25,7 @@ namespace fs = std::filesystem;
 
 struct Options {
   std::string library;
-  std::string config = "config.json";
+  std::string config;
   bool isJson = false;
   bool isVerbose = false;
   bool isDryRun = false;
@@ -106,10 +106,14 @@ int Run(std::vector<std::string> arguments) {
     return app.exit(error) == 0 ? 0 : kUsageStatus;
   }
 
-  const Subject subject = {fs::u8path(options.library), fs::u8path(options.config)};
-  std::error_code ignored;
-  if (options.config != Options().config && !fs::exists(subject.config, ignored)) {
-    throw std::invalid_argument(options.config + " does not exist");
+  Subject subject;
+  subject.library = fs::u8path(options.library);
+  if (!options.config.empty()) {
+    subject.config = fs::u8path(options.config);
+    std::error_code ignored;
+    if (!fs::exists(subject.config, ignored)) {
+      throw std::invalid_argument(options.config + " does not exist");
+    }
   }
   if (check->parsed()) {
     return RunCheckUp(options, [&](Report& report) { CheckConfig(subject, report); });

@@ -57,11 +57,12 @@ std::string Without(const std::string& text, const std::vector<Token>& tokens) {
 // The end of the first word that looks like the name of a secret, or npos.
 std::size_t EndOfSecretName(const std::string& text) {
   const std::string lower = LowerCase(text);
+  std::size_t end = std::string::npos;
   for (const std::string word : {"pass", "token", "secret", "key"}) {
     const std::size_t at = lower.find(word);
-    if (at != std::string::npos) return at + word.size();
+    if (at != std::string::npos) end = std::min(end, at + word.size());
   }
-  return std::string::npos;
+  return end;
 }
 
 }  // namespace
@@ -145,7 +146,9 @@ std::string WithoutSecrets(const std::string& text) {
       const std::size_t sign =
           content.find_first_of(token.kind == TokenKind::comment ? "=:" : "=", end);
       if (sign != std::string::npos) begin = token.begin + sign + 1;
-      isSecret = MarkOf(text, tokens, i + 1) == ':' ||
+      std::size_t next = i + 1;
+      while (next < tokens.size() && tokens[next].kind == TokenKind::comment) ++next;
+      isSecret = MarkOf(text, tokens, next) == ':' ||
                  (token.kind == TokenKind::word && sign != std::string::npos);
     }
     for (; begin < token.end; ++begin) {
