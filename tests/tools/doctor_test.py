@@ -7,6 +7,7 @@ import pathlib
 import re
 import resource
 import shutil
+import signal
 import struct
 import subprocess
 import sys
@@ -112,7 +113,7 @@ def with_checksum(content):
 
 def header(machine=0x14C, flags=0x2102):
     start = b"MZ".ljust(60, b"\0") + struct.pack("<I4sH", 64, b"PE", machine)
-    return with_checksum(start.ljust(86, b"\0") + struct.pack("<H", flags) + bytes(range(151)))
+    return with_checksum(start.ljust(86, b"\0") + struct.pack("<H", flags) + bytes(range(255)) * 999)
 
 
 def shared_library(source, file):
@@ -174,8 +175,8 @@ class Both(Case):
         for content, kind, text in libraries():
             pathlib.Path(LIBRARY.name).write_bytes(content)
             status, found = findings(library=LIBRARY.name)
-            isAccepted = kind == "version"
-            self.assertEqual((status, "calls" in found), (2 - isAccepted, isAccepted and RUN != []), found)
+            is_accepted = kind == "version"
+            self.assertEqual((status, "calls" in found), (2 - is_accepted, is_accepted and RUN != []), found)
             self.assertIn(text, found[kind]["text"])
 
 
@@ -229,11 +230,15 @@ class Settings(Case):
         self.assertEqual((done.returncode, files()), (2, {"config.json": b"{\n"}), done)
 
     def test_a_repair_that_fails_changes_nothing(self):
-        self.write(b"{")
-        limit = (len(DEFAULTS) - 1,) * 2
-        done = doctor(*REPAIR, preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, limit))
-        self.assertEqual((done.returncode != 0, doctor(*REPAIR, library="no.so").returncode), (True, 2))
-        self.assertEqual(([*findings(*CHECK, library="no.so")[1]][0], files()), ("library", {"config.json": b"{"}))
+        # Not enough room for the copy of the old file, and for the new one.
+        for content, room in ((b"{" + b" " * 2000, -1), (staging(b"7") + b" " * 2000, 1)):
+            self.write(content)
+            limit = (len(content) + room,) * 2
+            done = doctor(*REPAIR, preexec_fn=lambda: (signal.signal(signal.SIGXFSZ, signal.SIG_IGN),
+                                                       resource.setrlimit(resource.RLIMIT_FSIZE, limit)))
+            self.assertEqual((done.returncode, files()), (2, {"config.json": content}), done)
+        self.assertEqual(doctor(*REPAIR, library="no.so").returncode, 2)
+        self.assertEqual(([*findings(*CHECK, library="no.so")[1]][0], files()), ("library", {"config.json": content}))
 
 
 class Checks(Case):
