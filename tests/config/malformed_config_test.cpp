@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "launcher_dll.h"
+#include "support/captured_output.h"
 #include "support/data_file.h"
 #include "support/scratch_directory.h"
-#include "support/system.h"
 
 namespace launcher {
 namespace {
@@ -27,14 +27,13 @@ std::string WrittenByIsStaging(std::FILE* stream, std::int32_t isStaging) {
   dup2(fileno(file), fileno(stream));
   std::setvbuf(stream, nullptr, _IOFBF, BUFSIZ);
   EXPECT_EQ(QX_IsStaging(), isStaging);
-  std::string text = test::ReadFile("written");
+  const std::string text = test::ReadFile("written");
   if (stream == stderr) std::setvbuf(stream, nullptr, _IONBF, 0);
   dup2(before, fileno(stream));
   close(before);
   std::fclose(file);
   std::filesystem::remove("written");
-  const std::size_t end = text.find(test::kLineEnd);
-  return end == std::string::npos ? text : text.replace(end, std::string::npos, "\n");
+  return test::WithoutReturns(text);
 }
 
 std::string DefaultsWith(const std::string& from, const std::string& to) {
@@ -69,15 +68,10 @@ TEST_F(MalformedConfig, IsReportedByTheFirstError) {
   const std::string orvane = "{\"Orvane\": ";
   const std::pair<std::string, std::string> cases[] = {
       {"", "parse_error."},
-      {std::string(1, '\0'), "parse_error."},
-      {"{", "parse_error."},
-      {"{\"Orvane\": {\"Api_server\": \"\xFF\"}}", "parse_error."},
       {DefaultsWith(": \"false\"", ": 'false'"), "parse_error."},
       {std::string(100000, '['), "parse_error."},
       {"null", "string, but is null\n"},
       {"{}", "string, but is null\n"},
-      {"[]", "argument with array\n"},
-      {"false", "argument with boolean\n"},
       {"-1.5", "argument with number\n"},
       {"\"text\"", "argument with string\n"},
       {orvane + "[{\"Api_server\": \"a\"}]}", "argument with array\n"},
@@ -85,7 +79,6 @@ TEST_F(MalformedConfig, IsReportedByTheFirstError) {
       {orvane + "{\"Api_server\": [\"a\"]}}", "string, but is array\n"},
       {orvane + "{\"Api_server\": {}}}", "string, but is object\n"},
       {orvane + "{\"Api_server\": -1}, \"Settings\": []}", "string, but is number\n"},
-      {orvane + "{}, \"Settings\": []}", "string, but is null\n"},
       {DefaultsWith("\"Settings\": {", "\"Settings\": 1, \"x\": {"), "argument with number\n"},
       {DefaultsWith("\"Api_server\": ", "\"Api_server\": null, \"x\": "), "string, but is null\n"},
       // A member counts in its own section alone, and of equal sections the last.

@@ -60,8 +60,7 @@ ScriptedDirect3D direct3D;
 
 IDirect3D9* WINAPI Direct3DCreate9(UINT sdkVersion) {
   using launcher::test::script;
-  const bool fails = !script.isCreated || sdkVersion != launcher::test::kSdkVersion;
-  if (fails || script.failures.IsDue()) return nullptr;
+  if (sdkVersion != launcher::test::kSdkVersion || script.failures.IsDue()) return nullptr;
   if (!script.isShared) ++script.openObjects;
   return &launcher::test::direct3D;
 }

@@ -22,7 +22,6 @@ struct Direct3DScript {
     bool succeeds = true;  // the query of this mode
   };
 
-  bool isCreated = true;      // false: Direct3DCreate9 returns null
   std::uint32_t adapter = 0;  // the only one that has modes
   std::vector<Mode> modes;    // in the format X8R8G8B8, the only one
   FailurePlan failures;       // a call that fails returns null, 0 or an error

@@ -90,11 +90,9 @@ TEST_F(LaunchCalls, PackArgumentsWithinALengthInCharacters) {
     std::int32_t count = -1;
     char* block = nullptr;
     EXPECT_EQ(QX_CommandLineToArgvA(&block, length - 1, &count), QX_BAD_ARGUMENT);
-    // Each argument is converted twice.
-    for (int n = 1; n <= 2 * count; ++n) {
+    for (int n = 1; n <= 2 * count; ++n) {  // each argument is converted twice
       posix::FailCall("WideCharToMultiByte", n);
       EXPECT_EQ(QX_CommandLineToArgvA(&block, length, &count), QX_FAILED);
-      EXPECT_TRUE(posix::StopFailing());
     }
     EXPECT_EQ(block, nullptr);
     EXPECT_EQ(QX_CommandLineToArgvA(&block, length, &count), QX_SUCCEEDED);

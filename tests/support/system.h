@@ -23,9 +23,6 @@ inline const char* const kLineEnd = kIsWindows ? "\r\n" : "\n";
 // False if some thousand exceptions and processes take minutes, as they do in an emulator.
 inline constexpr bool kTriesEverything = !kIsWindows;
 
-// True if the system has Direct3D 9, with a display.
-inline constexpr bool kHasDirect3D = kIsWindows;
-
 // The path of a file beside this program, by its whole name, and of a program by its name without
 // extension.
 std::string PathBeside(const std::string& name);
