@@ -78,11 +78,15 @@ TEST(EcbKernels, MakeTheSameContainers) {
     ASSERT_EQ(file_cipher_encode(payload.data(), size, block.data()), 0);
 
     const test::ImitatedCpu plain({});
-    Bytes plainBlock(block.size());
+    Bytes plainBlock(block.size(), 0xFF);
     ASSERT_EQ(file_cipher_encode(payload.data(), size, plainBlock.data()), 0);
     ASSERT_EQ(plainBlock, block);
     ASSERT_EQ(DecodedSize(block), size);
-    ASSERT_TRUE(std::equal(payload.begin(), payload.end(), &block[40]));
+    plainBlock[8] ^= 1;  // damaged, and deciphered as a whole
+    ASSERT_EQ(DecodedSize(plainBlock), 0u);
+    for (const Bytes& deciphered : {block, plainBlock}) {
+      ASSERT_TRUE(std::equal(payload.begin(), payload.end(), &deciphered[40]));
+    }
   }
 }
 

@@ -36,7 +36,7 @@ struct Outputs {
   char* copy = text;
   char* arguments = text;
   std::int32_t count = 0;
-  Container container = {};
+  Container container = {1};
   Container encoded = kContainer;
   std::uint32_t size = 7;
   std::uint32_t offset = 7;
@@ -45,7 +45,7 @@ struct Outputs {
   Outcome With(std::int64_t result) {
     constexpr std::size_t kCapacity = sizeof outcome.output;
     outcome.result = result;
-    if (container != Container()) std::strcpy(text, container == encoded ? "container" : "wrong");
+    if (container != Container{1}) std::strcpy(text, container == encoded ? "container" : "wrong");
     if (size != 7 || offset != 7) std::snprintf(text, kCapacity, "%u at %u", size, offset);
     if (record.numbers[0] == 0) {
       std::snprintf(text, kCapacity, "%.30s, %.30s", record.buildName, record.vendorName);
