@@ -53,8 +53,8 @@ TEST_F(StringTable, HoldsItsTextsAndNoOthers) {
 }
 
 TEST_F(StringTable, CreatesTheSettingsOnceWithAnyLabel) {
-  EXPECT_EQ(StandardOutputOf([] { EXPECT_EQ(QX_GetLengthOfRString(1), 0u); }),
-            CallLine(1) + "Created default config: config.json\n");
+  EXPECT_EQ(StandardOutputOf([] { EXPECT_EQ(QX_GetLengthOfRString(0x7FFFFFFF), 0u); }),
+            CallLine(0x7FFFFFFF) + "Created default config: config.json\n");
   const std::string made = test::ReadFile("config.json");
   EXPECT_EQ(test::WithoutReturns(made), test::ReadDataFile("default_config.json"));
   EXPECT_EQ(made.substr(1, std::strlen(test::kLineEnd)), test::kLineEnd);

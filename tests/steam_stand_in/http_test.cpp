@@ -109,7 +109,7 @@ TEST_F(StandInHttp, SendsWhatIsAskedAndHasWholeResponsesOnly) {
     {kGet, "/gzip", kText},
     // The server is also the proxy. Only this machine's own names are reached without it.
     {kGet, "http://1278.8/path", "http://1278.8/path"},
-    {kGet, "http://LocalHost:1/echo", kFailed},
+    {kGet, "http://LOCALHOST:1/echo", kFailed},
 #endif
   };
   for (const auto& [method, url, body] : cases) {

@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "steam_stand_in/stand_in_test.h"
+#include "steam_stand_in/steam_settings.h"
 #include "support/captured_output.h"
 #include "support/guarded_buffer.h"
 
@@ -42,6 +43,11 @@ TEST_F(StandInSession, HasTheStateOfItsSettings) {
   SteamAPI_Shutdown();
   EXPECT_STREQ(friends->GetPersonaName(), "");
   EXPECT_STREQ(name, "Player");  // a caller may still read it
+  const stand_in::SteamSettings limits;
+  EXPECT_EQ(limits.quotaBytes, 104857600u);
+  EXPECT_EQ(limits.httpConnectLimitMs, 10000u);
+  EXPECT_EQ(limits.httpRequestLimitMs, 60000u);
+  EXPECT_EQ(limits.httpBodyLimitBytes, 16777216u);
   // The settings, the state, and why no session starts, if none does.
   const std::tuple<const char*, std::string, std::string> cases[] = {
       {R"({"accountId": 18446744073709551615, "personaName": "Ad\u00e1", "currentLanguage": "",
