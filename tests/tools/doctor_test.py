@@ -292,9 +292,10 @@ class Checks(Case):
                 self.assertEqual((doctor(*arguments, preexec_fn=close).returncode, files()), (2, {}), arguments)
 
     def test_a_report_needs_a_yes(self):
-        done = subprocess.run(["script", "-qec", f"{DOCTOR} bundle report.txt --library {LIBRARY}", "/dev/null"],
-                              input=b"n\n", capture_output=True)
-        self.assertEqual((done.returncode, b"[y/N]" in done.stdout, files()), (2, True, {}))
+        for end, asks in ("", True), ("</dev/null", False):
+            ask = f"{DOCTOR} bundle report.txt --library {LIBRARY} {end}"
+            done = subprocess.run(["script", "-qec", ask, "/dev/null"], input=b"n\n", capture_output=True)
+            self.assertEqual((done.returncode, b"[y/N]" in done.stdout, files()), (2, asks, {}))
 
 
 def load_tests(loader, _tests, _pattern):
