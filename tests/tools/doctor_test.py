@@ -201,6 +201,8 @@ class Settings(Case):
             status, found = findings(*CHECK)
             self.assertEqual((status, [*found][1:]), (len(kinds), kinds))
             self.assertEqual((doctor(*REPAIR).returncode, files()), (0, {"config.json": content}))
+        self.write(DEFAULTS.ljust((4 << 20) + 1))
+        self.assertEqual(findings(*CHECK)[0], 2)
 
     def test_the_line_and_the_words(self):
         # Catches: a caret that counts bytes, a secret in the line, words for programmers.
