@@ -11,9 +11,9 @@ Without --file the faults are in src/. For a sample outside:
 
 Each fault is planted in a copy of the tree. The copy is built, without sanitizers unless some are
 named, and tested until the first failure. Programs that noticed most faults of the same folder run
-first. A fault does not count if it does not compile, if the object code stays the same, or if
-scripts/mutation_equivalents.txt lists it. A test that takes too long counts as noticing and is
-reported separately.
+first. A fault does not count if it does not compile, if the object code stays the same, if this
+processor cannot run it, or if scripts/mutation_equivalents.txt lists it. A test that takes too long
+counts as noticing and is reported separately.
 
 The tests run in a sandbox of bubblewrap, in which everything except an empty folder is read-only: a
 changed QX_RemoveDirectory can remove anything. The figures and the faults that survived are written
@@ -47,6 +47,8 @@ REPORT = ROOT / "build" / "mutations.txt"
 EQUIVALENTS = ROOT / "scripts" / "mutation_equivalents.txt"
 # Files of the other system, which the native build does not compile.
 OTHER_SYSTEM = ("_windows.cpp", "_winhttp.cpp")
+# Files whose code runs only on processors that /proc/cpuinfo lists with this feature.
+NEEDS = {"src/cipher/ecb_byte_planes.cpp": "avx512_vbmi"}
 SLOW = 0.3  # seconds from which on a test runs in a process of its own
 GIBIBYTE = 1 << 30
 
@@ -370,6 +372,7 @@ def report_text(verdicts):
                if verdict in ("killed", "too long", "survived")}
     lines = [f"{len(verdicts)} faults: "
              f"{sum(v == 'equivalent' for v in verdicts.values())} listed as equivalent, "
+             f"{sum(v == 'cannot run' for v in verdicts.values())} cannot run on this processor, "
              f"{sum(v == 'not compiled' for v in verdicts.values())} did not compile, "
              f"{sum(v == 'same code' for v in verdicts.values())} gave the same code, "
              f"{len(counted)} counted", ""]
@@ -427,6 +430,9 @@ def main():
     # Removed after sampling, so that a longer list does not change the sample.
     listed = equivalents()
     verdicts = {change: "equivalent" for change in changes if (change.file, *change.lines) in listed}
+    features = pathlib.Path("/proc/cpuinfo").read_text(encoding="ascii").split()
+    verdicts.update({change: "cannot run" for change in changes
+                     if change.file in NEEDS and NEEDS[change.file] not in features})
     changes = [change for change in changes if change not in verdicts]
     areas = sorted({area_of(change) for change in changes})
     tests = [test for test in TESTS
