@@ -20,7 +20,8 @@ using face::BytesOf;
 using CppFace = test::ScriptedTest;
 using Rows = std::vector<std::pair<std::function<void()>, std::string>>;
 
-// Each call throws an Error, whose message with the result in it has the text.
+// Each call must throw an Error. Its message, with the result in place of " failed", contains the
+// text.
 void ExpectErrors(const Rows& rows) {
   for (const auto& [call, expected] : rows) {
     std::string found;
@@ -69,9 +70,11 @@ TEST_F(CppFace, OwnsReadsAndRemoves) {
   EXPECT_EQ(block.size(), 0u);
   QX_Deallocate(face::Block(1).Release());
   const face::LibraryInformation information = face::ReadLibraryInformation();
+  // The numbers that launcher_dll.h documents.
   EXPECT_EQ(information.numbers, (std::array<std::uint32_t, 4>{0, 2, 5, 0}));
   EXPECT_EQ(information.buildName + information.vendorName, face::LoadText(10) + face::LoadText(0));
-  EXPECT_TRUE(face::SettingsLoad() && face::IsOwnServer("x", face::LoadText(5000)));
+  EXPECT_TRUE(face::SettingsLoad());
+  EXPECT_TRUE(face::IsOwnServer("x", face::LoadText(5000)));
   std::filesystem::create_directory("folder");
   test::WriteFile("file", "");
   face::RemoveFile("file");
@@ -122,6 +125,7 @@ TEST_F(CppFace, RefusesForgedClientData) {
   const KernelHandle self(OpenProcess(0x1FFFFF, FALSE, GetCurrentProcessId()));
   auto* const page = static_cast<std::uint32_t*>(
       VirtualAllocEx(self.Get(), nullptr, 4096, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
+  // The size of the container, and a container of 44 bytes.
   std::memcpy(page + 1, face::Encode(Bytes(1)).data(), 44);
   char line[17];
   std::snprintf(line, sizeof line, "%08lx%08x", static_cast<unsigned long>(GetCurrentProcessId()),
@@ -158,16 +162,17 @@ TEST_F(CppFace, ReadsWhatSteamKnows) {
     script_.succeeds = isTrue;
     script_.steamId = isTrue ? 0x0110000112345678 : 0;
     EXPECT_EQ(steam::UserId().value_or(1), isTrue ? script_.steamId : 1);
-    EXPECT_EQ(steam::IsRunning() + steam::IsLoggedOn() + steam::RestartsApp(480) +
-                  steam::CloudFileExists("a") + steam::IsCloudEnabledForAccount() +
-                  steam::IsCloudEnabledForApp(),
-              isTrue ? 6 : 0);
+    EXPECT_EQ((std::vector<bool>{steam::IsRunning(), steam::IsLoggedOn(), steam::RestartsApp(480),
+                                 steam::CloudFileExists("a"), steam::IsCloudEnabledForAccount(),
+                                 steam::IsCloudEnabledForApp()}),
+              std::vector<bool>(6, isTrue));
   }
 }
 
 TEST_F(CppFace, ReadsAndWritesFiles) {
   script_.folder = ".";
-  // A file ends in bytes of either fill. The first buffer has 65,536 bytes.
+  // The wrapper finds the end of a file by reading it into buffers filled with 0x00 and with 0xFF.
+  // The first buffer has 65,536 bytes.
   for (const Bytes& content : {Bytes(0x10001, 0x00), Bytes(0x10000, 0xFF)}) {
     steam::WriteUserFile("save", content);
     EXPECT_TRUE(steam::ReadUserFile("save") == content);
@@ -190,8 +195,9 @@ TEST_F(CppFace, ReadsAndWritesFiles) {
   ExpectErrors({{steam::UserFolder, "Folder 0: Steam gives"}});
 }
 
-TEST_F(CppFace, PassesCallsOnAndNeedsSteam) {
+TEST_F(CppFace, PassesCallsOnAndReportsMissingSteam) {
   script_.folder = ".";
+  // Each call, and its error without Steam.
   const Rows rows = {
       {[] { steam::WriteCloudFile("n", BytesOf("data")); }, "FileWrite -3:"},
       {[] { steam::DeleteCloudFile("n"); }, "FileDelete -1:"},

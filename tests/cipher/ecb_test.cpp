@@ -1,5 +1,5 @@
-// For faults of the cipher's kernels and of what passes them a container in stretches: a size at
-// which a kernel changes its step, bytes outside the region, a byte of the digest left out.
+// For faults of the cipher's kernels and of the code that calls them in stretches: a size at which
+// a kernel changes its step, bytes outside the region, a byte of the digest that is not compared.
 
 #include "cipher/ecb.h"
 
@@ -69,7 +69,8 @@ std::uint32_t DecodedSize(Bytes& block) {
   return size;
 }
 
-// Around the stretch of 64 KiB, on this processor and on one without extensions.
+// Sizes around the stretch of 64 KiB, which begins with 36 bytes of length and digest; on this
+// processor and on one without extensions.
 TEST(EcbKernels, MakeTheSameContainers) {
   for (const std::uint32_t size : {1u, 65499u, 65500u, 65501u, 131036u, 200000u}) {
     SCOPED_TRACE(size);
@@ -90,8 +91,8 @@ TEST(EcbKernels, MakeTheSameContainers) {
   }
 }
 
-// A changed byte of the container changes eight of the digest. These change one.
-TEST(Container, IsRefusedForEachByteOfItsDigest) {
+// Changing a byte of the container changes eight bytes of the digest. Here only one changes.
+TEST(Digest, IsComparedByteForByte) {
   Bytes block(file_cipher_get_encode_size(5));
   ASSERT_EQ(file_cipher_encode(test::Pattern(5).data(), 5, block.data()), 0);
   const auto regionSize = static_cast<std::uint32_t>(block.size() - 4);

@@ -27,7 +27,8 @@ const Container kContainer = [] {
 }();
 const std::string kClientPath = ProgramBeside("launch_child");
 
-// What a call in the table below uses. Without a change its outcome is "untouched".
+// The outputs of one call, with initial values that no call writes. With() writes the changed ones
+// into `outcome` as text, and releases them.
 struct Outputs {
   const Caller& caller;
   Outcome outcome = {};
@@ -101,12 +102,12 @@ const std::vector<ExportCall> kEveryExport = {
     CALL(QX_CommandLineToArgvA, (&out.arguments, 100000, &out.count), {0}, {{QX_FAILED}},
          {{QX_FAILED}}),
 
-    // One row for each interface of Steam: nothing else can fail in the exports without a file.
+    // One row for each interface of Steam: the other exports that use no file fail in the same way.
     CALL(QX_SteamAPI_GetPersonaName, (out.text, 80), {0, "persona"}, {{QX_BAD_ARGUMENT, ""}, {0}},
          {}),
+    // The next two read four bytes, over the beginning of "untouched".
     CALL(QX_SteamAPI_RemoteStorageFileRead, ("save", out.text, 4), {4, "rrrruched"},
          {{0, "rrrruched"}, {QX_NO_STEAM}}, {}),
-    // Four bytes are read, over the beginning of "untouched".
     CALL(QX_SteamAPI_ReadFile, (caller.userFile.c_str(), out.text, 4), {0, "saveuched"},
          {{QX_FAILED}, {QX_NO_STEAM}, {QX_NOT_FOUND}, {QX_OPEN_FAILED}, {QX_READ_FAILED}},
          {{QX_NOT_FOUND}, {QX_OPEN_FAILED}}),

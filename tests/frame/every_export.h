@@ -1,4 +1,5 @@
-// Calls of the exports that take or ask for something, with good arguments and all their outcomes.
+// Calls of the exports that can fail for reasons other than their arguments, with all their
+// outcomes.
 
 #ifndef LAUNCHER_TESTS_FRAME_EVERY_EXPORT_H_
 #define LAUNCHER_TESTS_FRAME_EVERY_EXPORT_H_
@@ -25,7 +26,7 @@ struct Caller {
   std::string userFile;
 };
 
-// A result, and what the outputs hold, as text.
+// A result, and the contents of the outputs as text.
 struct Outcome {
   std::int64_t result;
   char output[80] = "untouched";

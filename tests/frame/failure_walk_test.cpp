@@ -1,6 +1,7 @@
-// Fails every call and every request for memory of each export, one after the other, alone and with
-// all that follow. Finds a wrong result, an output that should have stayed as it was, an object or
-// a block that is not released, a temporary file that stays, and an exception that gets out.
+// Fails every call and every request for memory of each export, one after the other, first only
+// that one, then that one and all later ones. Finds a wrong result, an output that should not have
+// changed, an object or a block that is not released, a temporary file that stays, and an exception
+// that leaves an export.
 
 #include <gtest/gtest.h>
 
@@ -28,7 +29,7 @@ using test::Outcome;
 class FailureWalk : public test::ScratchTest {
  protected:
   FailureWalk() {
-    // What the runtime takes for its first exception stays.
+    // The runtime's memory for its first exception is never freed.
     test::WriteFile("config.json", "no JSON");
     EXPECT_EQ(QX_IsStaging(), 0);
     fs::remove("config.json");
@@ -38,11 +39,12 @@ class FailureWalk : public test::ScratchTest {
     return test::OpenObjectCount() + steam_.openRequests + direct3D_.openObjects;
   }
 
-  // Fails the first call, then the second, and so on. Returns how many there are.
+  // Fails the first call, then the second, and so on. Returns how many there are. Success is always
+  // accepted, so a failure that an export ignores is noticed only if an output changes.
   int Walk(const ExportCall& walked, const FaultKind& kind, bool andAllAfter, bool hasSettings) {
     const bool failsMemory = kind.name == "memory";
     const std::vector<Outcome>& others = failsMemory ? walked.outOfMemory : walked.failures;
-    // The parser of the settings is what asks for memory so often.
+    // Only the parser of the settings requests memory so often.
     const int step = failsMemory && !test::kTriesEverything ? 9 : 1;
     for (int n = 1; n < 3000; n += n < 10 ? 1 : step) {
       SCOPED_TRACE(walked.name + ", " + kind.name + ", failure " + std::to_string(n) +
@@ -89,7 +91,7 @@ TEST_F(FailureWalk, FindsDocumentedResultsAndNothingOpen) {
   for (const FaultKind& kind : kinds) {
     int uses = 0;
     for (const ExportCall& walked : test::kEveryExport) {
-      // Each failure starts a client.
+      // Starts a client for each failure: slow.
       if (!test::kTriesEverything && walked.name == "QX_CreateProcess") continue;
       const std::string printed = test::StandardOutputOf([&] {
         for (const bool andAllAfter : {false, true}) {
@@ -104,7 +106,7 @@ TEST_F(FailureWalk, FindsDocumentedResultsAndNothingOpen) {
   }
 }
 
-// An exception needs memory too, and the message of a parse error even more.
+// An exception needs memory too, and the message of a parse error needs more.
 TEST_F(FailureWalk, ReportsThatThereIsNoMemoryAtAll) {
   for (const char* const settings : {"{}", "no JSON"}) {
     test::WriteFile("config.json", settings);

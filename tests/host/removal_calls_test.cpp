@@ -30,8 +30,8 @@ HANDLE __wrap__Z14FindFirstFileAPKcP16WIN32_FIND_DATAA(const char* path, WIN32_F
   return listing;
 }
 
-// The native layer locks nothing. Windows would: others may list and change a directory, but not
-// move it. The caller's path can be a link, and what the library finds must not be.
+// The native layer locks nothing, so this checks the arguments: others may list and change a
+// directory but not move it. Only the caller's own path may be a link.
 HANDLE __real__Z11CreateFileAPKcjjPvjjS1_(const char*, DWORD, DWORD, void*, DWORD, DWORD, HANDLE);
 HANDLE __wrap__Z11CreateFileAPKcjjPvjjS1_(const char* path, DWORD access, DWORD share, void* none,
                                           DWORD creation, DWORD flags, HANDLE pattern) {
@@ -61,7 +61,7 @@ class RemovalCalls : public test::ScratchTest {
     for (const char* const file : {"tree/a", "tree/inner/b", "tree/z"}) test::WriteFile(file, "");
   }
 
-  // Removes a directory, and returns the names of the calls that this takes.
+  // Removes a directory, and returns the names of the calls.
   static std::string CallsFor(const char* path, std::uint32_t keepDirectory, ResultCode result) {
     posix::StartRecording();
     EXPECT_EQ(QX_RemoveDirectory(path, keepDirectory), result);
@@ -70,8 +70,7 @@ class RemovalCalls : public test::ScratchTest {
     return calls;
   }
 
-  // Returns the calls of emptying a directory between the listing of this first entry and that of
-  // the next.
+  // Empties the tree, whose listing begins with this entry. Returns the calls for this entry.
   static std::string CallsForEntry(const std::string& name, DWORD attributes) {
     MakeTree();
     WIN32_FIND_DATAA entry = {attributes, ""};
@@ -79,12 +78,13 @@ class RemovalCalls : public test::ScratchTest {
     firstEntry = &entry;
     const std::string calls = CallsFor("tree", 1, QX_SUCCEEDED);
     firstEntry = nullptr;
-    const std::size_t listed = calls.find("FindFirstFileA ") + 15;
+    const std::size_t listed = calls.find("FindFirstFileA ") + sizeof "FindFirstFileA";
     return calls.substr(listed, calls.find("FindNextFileA") - listed);
   }
 };
 
-// The search pattern after these would list the root of a drive. Were it asked for, it would fail.
+// With a search pattern after them, these paths name the root of a drive. All calls fail, so that a
+// fault removes nothing.
 TEST_F(RemovalCalls, AreNoneForAPathThatNamesNothing) {
   posix::FailCall(nullptr, 1, true);
   for (const char* const path : {"", "C:", "\\\\?\\C:"}) {
@@ -104,6 +104,7 @@ TEST_F(RemovalCalls, GoDepthFirst) {
 }
 
 TEST_F(RemovalCalls, GoOnIfOneFails) {
+  // The call, which one fails, and how many entries stay.
   const std::tuple<const char*, int, std::ptrdiff_t> cases[] = {
       {"FindFirstFileA", 2, 3},
       {"FindNextFileA", 3, 4},  // a listing that breaks off
@@ -124,20 +125,22 @@ TEST_F(RemovalCalls, GoOnIfOneFails) {
   }
 }
 
-TEST_F(RemovalCalls, LeaveNamesThatLeadElsewhere) {
+TEST_F(RemovalCalls, TakeOnlyNamesThatLeadToTheEntry) {
+  // Names that only look like a path. 0x83 and the byte after it are one character; at the end of a
+  // name, 0x83 is alone.
   for (const std::string& name : {std::string("\x83\\.txt"), std::string("a\x83\0\\", 4),
                                   std::string(".a"), std::string("..a"), std::string(" a")}) {
     EXPECT_EQ(CallsForEntry(name, FILE_ATTRIBUTE_NORMAL), "DeleteFileA ") << name;
   }
   for (const char* const name :
-       {"\x83\x83\\x", "\\x", "x\\", "\x83/x", "a/x", "..\\z", "dot.", "blank ", ".", "..", ""}) {
+       {"\x83\x83\\x", "\\x", "x\\", "\x83/x", "a/x", "dot.", "blank ", ""}) {
     EXPECT_EQ(CallsForEntry(name, FILE_ATTRIBUTE_NORMAL), "") << name;
   }
 }
 
-// The listing, the handle and the path are asked, and one of them is enough.
+// The listing, the handle and the path can each report a link. One report is enough.
 TEST_F(RemovalCalls, EnterOnlyWhatIsNoLink) {
-  fs::create_symlink("missing", "tree/link");  // no link by its path
+  fs::create_symlink("missing", "tree/link");  // only its handle reports it
   EXPECT_EQ(CallsForEntry("link", FILE_ATTRIBUTE_DIRECTORY),
             "CreateFileA GetFileInformationByHandle GetFileAttributesA CloseHandle "
             "RemoveDirectoryA ");

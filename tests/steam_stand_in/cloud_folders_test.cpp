@@ -1,6 +1,6 @@
-// Finds a cloud file that is lost, half written, over the quota or out of step with its copy in the
-// cloud, and a name that leads out of the cloud's folder. On Linux the test takes the place of
-// system calls, to see the order of a write, and to let each fail.
+// Finds a cloud file that is lost, half written, over the quota or different from its copy in the
+// cloud, and a name that leads out of the cloud's folder. On Linux the test replaces system calls,
+// to see their order in a write, and to let each fail.
 
 #include "steam_stand_in/stand_in_test.h"
 
@@ -42,13 +42,15 @@ class StandInCloud : public test::StandInTest {
 
   static ISteamRemoteStorage& Storage() { return *SteamRemoteStorage(); }
 
+  // For kStart, first replaces or removes the local file `name`. For kStartWithoutCloud, `name` is
+  // App or Account.
   static bool Do(Action action, const std::string& name = "none", const std::string& content = "") {
     const auto size = static_cast<std::int32_t>(content.size());
     if (action == kWrite) return Storage().FileWrite(name.c_str(), content.data(), size);
     if (action == kForget) return Storage().FileForget(name.c_str());
     if (action == kDelete) return Storage().FileDelete(name.c_str());
     const std::string off = action == kStart ? "" : ", \"cloudEnabledFor" + name + "\": false";
-    fs::remove(kLocal + name);  // between two sessions
+    fs::remove(kLocal + name);
     if (size != 0) test::WriteFile(kLocal + name, content);
     return Start(R"({"accountId": 7, "quotaBytes": 4)" + off + '}');
   }
@@ -80,13 +82,14 @@ TEST_F(StandInCloud, KeepsFilesAndTheirCopies) {
       {kWrite, "b\\c", "3", true, "a=12 b/c=3 ", "a=12 b/c=3 "},
       {kDelete, "b/c", "", true, "a=12 ", "a=12 "},
       {kWrite, "b", "3", true, "a=12 b=3 ", "a=12 b=3 "},
-      // A session begins with what was changed without it, if that fits the quota, and fetches
-      // what only the cloud has.
+      // A new session copies to the cloud what changed outside a session, if it fits the quota, and
+      // fetches files that only the cloud has.
       {kStart, "a", "5678", true, "a=5678 b=3 ", "a=12 b=3 "},
       {kStart, "a", "56", true, "a=56 b=3 ", "a=56 b=3 "},
       {kForget, "b", "", true, "a=56 b=3 ", "a=56 "},
       {kStart, "a", "", true, "a=56 b=3 ", "a=56 "},
       {kStart, "../cloud/c", "12345", true, "a=56 b=3 c=12345 ", "a=56 c=12345 "},
+      // The cloud is over its quota already.
       {kWrite, "d", "", false, "a=56 b=3 c=12345 ", "a=56 c=12345 "},
       {kDelete, "c", "", true, "a=56 b=3 ", "a=56 "},
       // Without the cloud there are neither copies nor a quota.
@@ -103,7 +106,7 @@ TEST_F(StandInCloud, KeepsFilesAndTheirCopies) {
   }
 }
 
-TEST_F(StandInCloud, ReadsWhatFits) {
+TEST_F(StandInCloud, ReadsWhatFitsAndSwitchesTheCloud) {
   EXPECT_TRUE(Do(kWrite, "a", "1\r\n\x1A"));
   const std::tuple<int, int, const char*> cases[] = {
       {5, 4, "1\r\n\x1A#"}, {3, 3, "1\r\n##"}, {-1, 0, "#####"}};
@@ -119,7 +122,7 @@ TEST_F(StandInCloud, ReadsWhatFits) {
   }
 }
 
-TEST_F(StandInCloud, ListsFilesUntilItCountsOrChangesThem) {
+TEST_F(StandInCloud, KeepsItsListUntilFilesAreCountedOrChanged) {
   std::int32_t size = 99;
   const auto name = [&](int index) { return Storage().GetFileNameAndSize(index, &size); };
   for (const char* const file : {"b", "a/z", "a.x"}) Do(kWrite, file, "1");
@@ -155,9 +158,13 @@ TEST_F(StandInCloud, RefusesNamesThatWindowsCannotHave) {
 
 #if !defined(_WIN32)
 TEST_F(StandInCloud, KeepsTheOldFileIfAWriteFails) {
+  const int lowest = dup(0);  // the next free descriptor
   // The call that fails, the calls up to it, and the contents of the file and its copy.
-  const std::tuple<std::size_t, std::string, std::string> cases[] = {
-      {0, "ffmfmf", "newnew"}, {1, "f", "oldold"}, {2, "ff", "oldold"}, {5, "ffmfm", "newold"}};
+  const std::tuple<std::size_t, std::string, std::string> cases[] = {{0, "ffmfmf", "newnew"},
+                                                                     {1, "f", "oldold"},
+                                                                     {2, "ff", "oldold"},
+                                                                     {3, "ffm", "oldold"},
+                                                                     {5, "ffmfm", "newold"}};
   for (const auto& [failing, expected, contents] : cases) {
     failingCall = 0;
     Do(kWrite, "a", "old");
@@ -165,15 +172,17 @@ TEST_F(StandInCloud, KeepsTheOldFileIfAWriteFails) {
     failingCall = failing;
     EXPECT_EQ(Do(kWrite, "a", "new"), contents[0] == 'n');
     EXPECT_EQ(calls, expected);
-    // The next session does not make the copy if a call fails.
+    // If its first call fails, a new session leaves the copy as it is.
     calls.clear();
     failingCall = 1;
     Do(kStart);
     EXPECT_EQ(test::ReadFile(kLocal + "a") + test::ReadFile(kCloud + "a"), contents);
   }
+  EXPECT_EQ(dup(0), lowest + 1) << "a file stayed open";
 }
 
 TEST_F(StandInCloud, RemovesWhatEndedProcessesWereWriting) {
+  // This process writes nothing now, so a file with its id is from an earlier process.
   const std::string running = "1", writers[] = {running, "999999999", std::to_string(getpid())};
   const std::string folder = "stand_in/7/staging/";
   fs::create_directories(folder);
@@ -190,7 +199,7 @@ TEST_F(StandInCloud, FollowsNoLinks) {
     fs::create_directories(folder);
     fs::create_directory_symlink(fs::absolute("."), folder + "folder");
     fs::create_symlink(fs::absolute("a"), folder + "file");
-    test::WriteFile(folder + "con", "x");  // nor is a file listed whose name is refused
+    test::WriteFile(folder + "con", "x");  // a refused name: not listed
     for (const char* const name : {"folder/a", "file"}) {
       EXPECT_FALSE(Do(kWrite, name, "y") || Do(kDelete, name) || Storage().FileExists(name));
     }
@@ -198,9 +207,6 @@ TEST_F(StandInCloud, FollowsNoLinks) {
     fs::remove_all(folder);
   }
   EXPECT_EQ(test::ReadFile("a"), "x");
-  const int lowest = dup(0);  // the next free descriptor
-  Do(kStart);
-  EXPECT_EQ(dup(0), lowest + 1) << "a file stayed open";
 }
 #endif
 
