@@ -137,7 +137,7 @@ TEST_F(Container, IsNeitherReadNorMadeWithABadArgument) {
   refuse(block.Data(), nullptr, 16, &size, &offset);
   refuse(block.Data(), kKey.data(), 16, nullptr, &offset);
   refuse(block.Data(), kKey.data(), 16, &size, nullptr);
-  for (const std::int32_t keyLength : {-4, 256 + 16}) {
+  for (const std::int32_t keyLength : {-0x7FFFFFF0, 256 + 16}) {
     refuse(block.Data(), kKey.data(), keyLength, &size, &offset);
   }
   EXPECT_EQ(size + offset, 18u);
@@ -225,7 +225,8 @@ TEST_F(Container, IsDecodedBelowAMebibyte) {
   const Bytes payload = test::Pattern(0xFFFD4);
   Bytes largest(0xFFFFF);
   QX_Encode(largest.data(), payload.data(), 0xFFFD4);
-  // Accepted, but no container has this size.
+  // Accepted, but no container has such a size.
+  EXPECT_EQ(QxDecode(largest.data(), 1, 0), Decoding(0, 0, 0));
   EXPECT_EQ(QxDecode(largest.data(), 0xFFFFF, 0), Decoding(0, 0, 0));
   EXPECT_EQ(QxDecode(largest.data(), 0xFFFFC, 0), Decoding(0, 0xFFFD4, 40));
 }

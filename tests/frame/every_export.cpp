@@ -55,7 +55,10 @@ struct Outputs {
       std::snprintf(text, kCapacity, "%s", copy);
       QX_UnloadStringFromMemory(&copy);
     }
-    if (arguments != text) LocalFree(arguments);
+    if (arguments != text) {
+      std::strcpy(text, "arguments");
+      LocalFree(arguments);
+    }
     if (block == nullptr) std::strcpy(text, "null");
     if (block != text) QX_Deallocate(block);
     return outcome;
@@ -99,8 +102,8 @@ const std::vector<ExportCall> kEveryExport = {
 
     CALL(QX_CreateProcess, (kClientPath.c_str(), kEndAtOnce, sizeof kEndAtOnce), {0}, {{QX_FAILED}},
          {{QX_FAILED}}),
-    CALL(QX_CommandLineToArgvA, (&out.arguments, 100000, &out.count), {0}, {{QX_FAILED}},
-         {{QX_FAILED}}),
+    CALL(QX_CommandLineToArgvA, (&out.arguments, 100000, &out.count), {0, "arguments"},
+         {{QX_FAILED}}, {{QX_FAILED}}),
 
     // One row for each interface of Steam: the other exports that use no file fail in the same way.
     CALL(QX_SteamAPI_GetPersonaName, (out.text, 80), {0, "persona"}, {{QX_BAD_ARGUMENT, ""}, {0}},

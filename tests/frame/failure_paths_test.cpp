@@ -82,7 +82,7 @@ TEST_F(FailurePaths, HaveOneResultAndOneOrder) {
        "_fsopen " NEW_FILE " rename " READ_FILE READ_FILE CNG},
       {"QX_CommandLineToArgvA", "CommandLineToArgvW", {-1}, "CommandLineToArgvW"},
       {"QX_CommandLineToArgvA", "WideCharToMultiByte", {-1}, ARGV},
-      {"QX_CommandLineToArgvA", "", {0}, ARGV " LocalAlloc WideCharToMultiByte"},
+      {"QX_CommandLineToArgvA", "", {0, "arguments"}, ARGV " LocalAlloc WideCharToMultiByte"},
       {"QX_SteamAPI_ReadFile", "_stat64", {-4}, "SteamUser _stat64"},
       {"QX_SteamAPI_ReadFile", "_fsopen", {-1000}, "SteamUser _stat64 _fsopen"},
       {"QX_SteamAPI_ReadFile", "fread", {-1002}, "SteamUser _stat64 _fsopen fread fclose"},

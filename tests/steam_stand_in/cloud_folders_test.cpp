@@ -147,13 +147,16 @@ TEST_F(StandInCloud, KeepsItsListUntilFilesAreCountedOrChanged) {
 TEST_F(StandInCloud, RefusesNamesThatWindowsCannotHave) {
   for (const char* const name :
        {"", "/a", "C:a", "..", "a\\", "a ", "a\x1F", "a\x7F", "Con.txt", "con .txt", "nul/a",
-        "conin$", "lpt9", "COM\xC2\xB9", "\xFF", "\xC3", "\xC3z", "\xED\xA0\x80"}) {
+        "conin$", "lpt9", "COM\xC2\xB9", "a\xFF", "\xC3", "\xC3z", "\xED\xA0\x80"}) {
     EXPECT_FALSE(Do(kWrite, name)) << name;
   }
   EXPECT_FALSE(Storage().FileWrite(nullptr, "", 0) || fs::exists("stand_in/7"));
   for (const char* const name : {"..a b", "con1", "xcon", "com0", "com10", "~", "\xC2\x80"}) {
     EXPECT_TRUE(Do(kWrite, name)) << name;
   }
+  const std::string longest = std::string(200, 'a') + '/' + std::string(58, 'b');
+  EXPECT_TRUE(test::kIsWindows || Do(kWrite, longest));
+  EXPECT_FALSE(Do(kWrite, longest + 'b'));
 }
 
 #if !defined(_WIN32)
