@@ -80,6 +80,7 @@ TEST_F(StandInUser, HasADataFolderIfItsPathFits) {
   const char* const named = std::getenv("STEAM_STAND_IN");
   const fs::path root = fs::absolute(named != nullptr ? named : test::PathBeside("steam_stand_in"));
   const std::string id = std::to_string(SteamUser()->GetSteamID());
+  fs::remove_all(root / id);  // of a run that was killed
   const std::string expected = (root / id / "local").string();
   const int length = static_cast<int>(expected.size());
   const test::GuardedBuffer buffer(expected.size() + 1);
