@@ -70,6 +70,7 @@ TEST_F(StandInCloud, KeepsFilesAndTheirCopies) {
   // An action, its result, and the files and copies after it. The quota is 4 bytes.
   using Step = std::tuple<Action, const char*, const char*, bool, const char*, const char*>;
   const Step steps[] = {
+      {kForget, "a", "", false, "", ""},
       {kWrite, "a", "12", true, "a=12 ", "a=12 "},
       {kWrite, "b", "345", false, "a=12 ", "a=12 "},
       {kWrite, "b", "34", true, "a=12 b=34 ", "a=12 b=34 "},
@@ -81,10 +82,11 @@ TEST_F(StandInCloud, KeepsFilesAndTheirCopies) {
       {kDelete, "b", "", true, "a=12 ", "a=12 "},
       {kWrite, "b\\c", "3", true, "a=12 b/c=3 ", "a=12 b/c=3 "},
       {kDelete, "b/c", "", true, "a=12 ", "a=12 "},
-      {kWrite, "b", "3", true, "a=12 b=3 ", "a=12 b=3 "},
+      {kWrite, "b", "9", true, "a=12 b=9 ", "a=12 b=9 "},
       // A new session copies to the cloud what changed outside a session, if it fits the quota, and
       // fetches files that only the cloud has.
-      {kStart, "a", "5678", true, "a=5678 b=3 ", "a=12 b=3 "},
+      {kStart, "a", "5678", true, "a=5678 b=9 ", "a=12 b=9 "},
+      {kStart, "b", "3", true, "a=5678 b=3 ", "a=12 b=3 "},
       {kStart, "a", "56", true, "a=56 b=3 ", "a=56 b=3 "},
       {kForget, "b", "", true, "a=56 b=3 ", "a=56 "},
       {kStart, "a", "", true, "a=56 b=3 ", "a=56 "},

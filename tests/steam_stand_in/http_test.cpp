@@ -24,9 +24,11 @@ std::optional<HttpResponse> Exchange(const HttpRequest& request, const HttpLimit
 }
 
 TEST(Redirects, KeepASecretAndTheLimits) {
-  for (const auto& [url, count] : {std::pair{"http://a/", 1u}, {"https://a/", 11u}}) {
+  for (const auto& [from, to, count] : {std::tuple{"HTTPS://a/", "http://a/", 1u},
+                                        {"HTTPS://a/", "https://a/", 11u},
+                                        {"http://a/", "https://a/", 11u}}) {
     exchanges.clear();
-    EXPECT_FALSE(Fetch({"GET", *ParseUrl("HTTPS://a/"), "", url}, {60'000, 60'000, 7}));
+    EXPECT_FALSE(Fetch({"GET", *ParseUrl(from), "", to}, {60'000, 60'000, 7}));
     EXPECT_EQ(exchanges.size(), count);
   }
   EXPECT_LE(exchanges.back().requestMs, 60'000u - 2 * 10);

@@ -23,8 +23,8 @@ import urllib.parse
 TEXT = b"hello from the server"
 # The body, and the headers besides Content-Length or in place of it.
 PAGES = {
-    "text": (TEXT, {"X-Zone": "  12345 "}),
-    "interim": (TEXT, {"X-Zone": "  12345 "}),
+    "text": (TEXT, {"X-Zone": "  12345 ", "x-zone": "6"}),
+    "interim": (TEXT, {"X-Zone": "  12345 ", "x-zone": "6"}),
     "slow": (TEXT, {}),
     "cut": (TEXT, {"Content-Length": 22}),
     "gzip": (gzip.compress(TEXT), {"Content-Encoding": "gzip"}),
