@@ -80,7 +80,8 @@ TEST_F(FileRemoval, ReportsWhatItCannotRemove) {
 }
 
 TEST_F(FileRemoval, RemovesLinksAndDoesNotFollowThem) {
-  const ResultCode result = test::SystemRemovesLinks() ? QX_SUCCEEDED : QX_FAILED;
+  // Wine's functions cannot remove a link to a directory.
+  const ResultCode result = test::kIsWindows ? QX_FAILED : QX_SUCCEEDED;
   MakeTree();
   const std::pair<const char*, std::string> links[] = {
       {"tree/b/c/link", fs::absolute("witness").string()},

@@ -17,9 +17,6 @@ inline constexpr bool kIsWindows = true;
 inline constexpr bool kIsWindows = false;
 #endif
 
-// How a line ends in a text file.
-inline const char* const kLineEnd = kIsWindows ? "\r\n" : "\n";
-
 // False if some thousand exceptions and processes take minutes, as they do in an emulator.
 inline constexpr bool kTriesEverything = !kIsWindows;
 
@@ -52,9 +49,6 @@ int RunProgram(std::string commandLine);
 // Wine.
 void MakeLink(const std::string& target, const std::string& link);
 void RemoveLink(const std::string& link);
-
-// True if the system's functions can remove a link to a directory. Those of Wine cannot.
-inline bool SystemRemovesLinks() { return !kIsWindows; }
 
 // Runs `body` in a new thread and `meanwhile` in this one, and waits. A stack size of 0 is the
 // system's.
