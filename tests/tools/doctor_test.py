@@ -102,7 +102,7 @@ COMMANDS = [
 
 # Settings of the stand-in, finding. Catches: a result of Steam that is read wrongly.
 STEAM = [('"running": false', "client"), ('"subscribed": false', "session"), ('"loggedOn": false', "user"),
-         ('"currentLanguage": ""', "language"), ('"currentLanguage": "klingon"', "language"),
+         ('"currentLanguage": ""', "language"), ('"currentLanguage": "eng"', "language"),
          ('"cloudEnabledForApp": false', "cloud")]
 
 
