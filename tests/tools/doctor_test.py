@@ -280,6 +280,7 @@ class Checks(Case):
         self.write(edit(b'"Settings": {', b'"Settings": {"apiToken": "s-1", "a": {"passwords": ["s-2", '
                         b'{"b": "s-3"}], "c": "kept"}, "home": "%s/x", ' % home.encode()))
         self.assertEqual((doctor(*bundle, env=env).returncode, [*files()]), (2, ["config.json"]))
+        self.assertEqual(doctor("bundle", "none/report.txt", "--yes").returncode, 2)
         text = doctor(*bundle, "--yes", env=env).stdout.decode()
         self.assertIn(files()["report.txt"].decode(), text)
         self.assertEqual(re.findall(f"s-[123]|kept|~/x|{home}", text), ["kept", "~/x"])
