@@ -4,6 +4,7 @@
 import json
 import os
 import pathlib
+import pwd
 import re
 import resource
 import shutil
@@ -274,16 +275,16 @@ class Checks(Case):
             self.assertEqual((found[kind]["status"], found["calls"]["status"]), (status, "ok"), found)
 
     def test_a_report_hides_secrets(self):
-        home = os.getcwd()
+        home, name = os.getcwd(), pwd.getpwuid(os.getuid()).pw_name.encode()
         bundle = ("bundle", home + "/report.txt")
-        env = dict(os.environ, HOME=home)
+        env = dict(os.environ, HOME=home + "/")
         self.write(edit(b'"Settings": {', b'"Settings": {"apiToken": "s-1", "a": {"passwords": ["s-2", '
-                        b'{"b": "s-3"}], "c": "kept"}, "home": "%s/x", ' % home.encode()))
+                        b'{"b": "s-3"}], "c": "kept %s"}, "home": "%s/x", ' % (name, home.encode())))
         self.assertEqual((doctor(*bundle, env=env).returncode, [*files()]), (2, ["config.json"]))
         self.assertEqual(doctor("bundle", "none/report.txt", "--yes").returncode, 2)
         text = doctor(*bundle, "--yes", env=env).stdout.decode()
         self.assertIn(files()["report.txt"].decode(), text)
-        self.assertEqual(re.findall(f"s-[123]|kept|~/x|{home}", text), ["kept", "~/x"])
+        self.assertEqual(re.findall(rf"s-[123]|kept \$USER|~/x|{home}", text), ["kept $USER", "~/x"])
         CONFIG.write_bytes(b'{"key" /**/: "s-1" oops, Secret: s-2,\n "x": "kept\a" // token: s-3, pass\n')
         self.assertIn(b"--force", doctor(*bundle, "--yes").stderr)
         doctor(*bundle, "--yes", "--force")
