@@ -92,7 +92,7 @@ LOADING = [
 # Arguments, exit status, what is printed. Catches: a status that changes, a command that is not named.
 COMMANDS = [
     (["config"], 3, "subcommand"), (["--jsom"], 3, "--jsom"), (["--help"], 0, '"config repair"'),
-    (["--config", "config.json"], 3, "config.json does not exist"),
+    (["--config", "config.json"], 3, "config.json does not exist"), (["--config", ""], 3, "does not exist"),
     (["explain", "QX_Encode", "-2147483648"], 0, "never"), (["explain", "1.5"], 3, "1.5"),
     (["explain", "QX_Encod"], 3, "QX_Encod"),
     (["explain", "QX_Encode", "4294967296"], 3, "4294967296"), (["explain", "-2"], 0, "SteamAPI_ReadFile -2: "),

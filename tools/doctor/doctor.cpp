@@ -25,7 +25,8 @@ namespace fs = std::filesystem;
 
 struct Options {
   std::string library;
-  std::string config;
+  std::string config = "config.json";
+  bool hasConfig = false;  // whether the user named it
   bool isJson = false;
   bool isVerbose = false;
   bool isDryRun = false;
@@ -52,8 +53,10 @@ int RunCheckUp(const Options& options, CheckUp checkUp) {
 void AddSubject(CLI::App& command, Options& options) {
   command.add_option("--library", options.library,
                      "The library's file, instead of the one that the launcher would get");
-  command.add_option("--config", options.config,
-                     "The settings file, instead of config.json in the current directory");
+  command
+      .add_option("--config", options.config,
+                  "The settings file, instead of config.json in the current directory")
+      ->each([&options](const std::string&) { options.hasConfig = true; });
 }
 
 void AddFormat(CLI::App& command, Options& options) {
@@ -106,14 +109,10 @@ int Run(std::vector<std::string> arguments) {
     return app.exit(error) == 0 ? 0 : kUsageStatus;
   }
 
-  Subject subject;
-  subject.library = fs::u8path(options.library);
-  if (!options.config.empty()) {
-    subject.config = fs::u8path(options.config);
-    std::error_code ignored;
-    if (!fs::exists(subject.config, ignored)) {
-      throw std::invalid_argument(options.config + " does not exist");
-    }
+  const Subject subject = {fs::u8path(options.library), fs::u8path(options.config)};
+  std::error_code ignored;
+  if (options.hasConfig && !fs::exists(subject.config, ignored)) {
+    throw std::invalid_argument(options.config + " does not exist");
   }
   if (check->parsed()) {
     return RunCheckUp(options, [&](Report& report) { CheckConfig(subject, report); });
